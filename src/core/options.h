@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+namespace zun {
+
+class SettingsStore;
+struct AppState;
+
+inline const QString kAppName = QStringLiteral("KESTA_ZUN");
+
+// Reads "CommPort", "Retry" and "Baudrate", replacing anything invalid by its
+// default. Nothing is written back.
+void loadLinkOptions(const SettingsStore &store, AppState &state);
+
+// "TVtype" repaired to 0..5 (default 4).
+int readTvType(const SettingsStore &store);
+
+// "ChangeBaudrate" / "MainKOB": only the exact text "1" switches them on.
+bool readFunctionFlag(const SettingsStore &store, const QString &key);
+
+// VB's IsNumeric for the texts a settings file or an input box may hold:
+// optional blanks and sign, digits with an optional decimal point and exponent.
+bool isNumericText(const QString &text, double *value = nullptr);
+
+} // namespace zun

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <functional>
+
+namespace zun {
+
+struct AppState;
+
+// The program's one cooperative loop: each pass runs the step that WorkMode
+// selects (1..4, tested in that order so a step that changes the mode lets a
+// later one run in the same pass), then lets the UI run its waiting events.
+class WorkLoop
+{
+public:
+    // A step returns false when it found nothing to do on the line; a pass in
+    // which no step worked waits for the next UI event instead of spinning.
+    using Step = std::function<bool()>;
+
+    explicit WorkLoop(AppState &state);
+
+    void setStep(int mode, Step step);
+
+    // One pass without the event processing; true when some step worked.
+    bool runSteps();
+
+    // Runs passes until stop().
+    void run();
+    void stop() { m_stopped = true; }
+    bool stopped() const { return m_stopped; }
+
+private:
+    AppState &m_state;
+    std::array<Step, 5> m_steps;
+    bool m_stopped = false;
+};
+
+} // namespace zun

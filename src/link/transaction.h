@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace zun {
+
+class Clock;
+class SerialLine;
+
+// The single command transaction on the shared line. One blocking exchange at
+// a time; nothing here processes UI events.
+class Link
+{
+public:
+    Link(SerialLine &line, Clock &clock, const int &retry);
+
+    // Sends the whole frame (carriage return included) and waits for a reply
+    // that starts with "$" and the frame's two address characters. Address
+    // "00" is a broadcast: nothing is read and the result is always true.
+    bool SendCommand(const QString &command, int replyLength, QString &reply, int timeoutMillis);
+
+    // Waits at least millis milliseconds without yielding to the UI.
+    void Delay(int millis);
+
+    SerialLine &line() { return m_line; }
+    Clock &clock() { return m_clock; }
+
+private:
+    bool exchange(const QByteArray &frame, const QString &address, int replyLength, QString &reply,
+                  int timeoutMillis);
+
+    SerialLine &m_line;
+    Clock &m_clock;
+    const int &m_retry;
+};
+
+// "%"/"#" + two hex digits of the address + body + carriage return.
+QString frame(QChar prefix, int address, const QString &body);
+
+} // namespace zun

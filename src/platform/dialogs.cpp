@@ -1,0 +1,99 @@
+#include "platform/dialogs.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QMessageBox>
+
+namespace zun {
+
+namespace {
+const QString kCaption = QStringLiteral("Zunoria");
+
+// "Receiver Setting(*.zun)|*.zun" -> "Receiver Setting (*.zun)"
+QString qtFilter(const QString &filter)
+{
+    const QStringList parts = filter.split(QLatin1Char('|'));
+    QStringList out;
+    for (int i = 0; i + 1 < parts.size(); i += 2) {
+        QString label = parts.at(i);
+        const int paren = label.indexOf(QLatin1Char('('));
+        if (paren > 0)
+            label = label.left(paren).trimmed();
+        out << label + QStringLiteral(" (") + parts.at(i + 1) + QLatin1Char(')');
+    }
+    return out.join(QStringLiteral(";;"));
+}
+} // namespace
+
+MessageAnswer QtDialogs::message(const QString &text, MessageButtons buttons)
+{
+    QWidget *parent = QApplication::activeWindow();
+    if (buttons == MessageButtons::YesNo) {
+        const auto answer = QMessageBox::question(parent, kCaption, text, QMessageBox::Yes | QMessageBox::No,
+                                                  QMessageBox::Yes);
+        return answer == QMessageBox::Yes ? MessageAnswer::Yes : MessageAnswer::No;
+    }
+    QMessageBox::information(parent, kCaption, text);
+    return MessageAnswer::Ok;
+}
+
+std::optional<QString> QtDialogs::inputBox(const QString &prompt, const QString &title,
+                                           const QString &defaultText)
+{
+    bool ok = false;
+    const QString text = QInputDialog::getText(QApplication::activeWindow(), title.isEmpty() ? kCaption : title,
+                                               prompt, QLineEdit::Normal, defaultText, &ok);
+    if (!ok)
+        return std::nullopt;
+    return text;
+}
+
+QString QtDialogs::openFileName(const QString &filter)
+{
+    return QFileDialog::getOpenFileName(QApplication::activeWindow(), kCaption, QString(), qtFilter(filter));
+}
+
+QString QtDialogs::saveFileName(const QString &filter)
+{
+    return QFileDialog::getSaveFileName(QApplication::activeWindow(), kCaption, QString(), qtFilter(filter));
+}
+
+MessageAnswer ScriptedDialogs::message(const QString &text, MessageButtons buttons)
+{
+    m_shown.append({QStringLiteral("message"), text, buttons});
+    if (buttons == MessageButtons::Ok)
+        return MessageAnswer::Ok;
+    return m_answers.isEmpty() ? MessageAnswer::No : m_answers.takeFirst();
+}
+
+std::optional<QString> ScriptedDialogs::inputBox(const QString &prompt, const QString &, const QString &)
+{
+    m_shown.append({QStringLiteral("input"), prompt, MessageButtons::Ok});
+    if (m_inputs.isEmpty())
+        return std::nullopt;
+    return m_inputs.takeFirst();
+}
+
+QString ScriptedDialogs::openFileName(const QString &filter)
+{
+    m_shown.append({QStringLiteral("open"), filter, MessageButtons::Ok});
+    return m_files.isEmpty() ? QString() : m_files.takeFirst();
+}
+
+QString ScriptedDialogs::saveFileName(const QString &filter)
+{
+    m_shown.append({QStringLiteral("save"), filter, MessageButtons::Ok});
+    return m_files.isEmpty() ? QString() : m_files.takeFirst();
+}
+
+QStringList ScriptedDialogs::messages() const
+{
+    QStringList texts;
+    for (const Shown &s : m_shown)
+        if (s.kind == QLatin1String("message"))
+            texts << s.text;
+    return texts;
+}
+
+} // namespace zun

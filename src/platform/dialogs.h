@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+class QWidget;
+
+namespace zun {
+
+enum class MessageButtons { Ok, YesNo };
+enum class MessageAnswer { Ok, Yes, No };
+
+// Every modal question or message the program asks goes through here, so that
+// a test can script the answers and read back what the user would have seen.
+class Dialogs
+{
+public:
+    virtual ~Dialogs() = default;
+
+    // The box carries the application caption "Zunoria".
+    virtual MessageAnswer message(const QString &text, MessageButtons buttons = MessageButtons::Ok) = 0;
+    // Empty optional when the user cancelled.
+    virtual std::optional<QString> inputBox(const QString &prompt, const QString &title = {},
+                                            const QString &defaultText = {}) = 0;
+    // The filter is given in the form "Receiver Setting(*.zun)|*.zun".
+    // Empty text when the user cancelled.
+    virtual QString openFileName(const QString &filter) = 0;
+    virtual QString saveFileName(const QString &filter) = 0;
+};
+
+// Real modal dialogs, parented to the active window.
+class QtDialogs final : public Dialogs
+{
+public:
+    MessageAnswer message(const QString &text, MessageButtons buttons) override;
+    std::optional<QString> inputBox(const QString &prompt, const QString &title,
+                                    const QString &defaultText) override;
+    QString openFileName(const QString &filter) override;
+    QString saveFileName(const QString &filter) override;
+};
+
+// Test double: answers come from queues; everything shown is recorded.
+class ScriptedDialogs final : public Dialogs
+{
+public:
+    struct Shown
+    {
+        QString kind; // "message", "input", "open", "save"
+        QString text;
+        MessageButtons buttons = MessageButtons::Ok;
+    };
+
+    MessageAnswer message(const QString &text, MessageButtons buttons) override;
+    std::optional<QString> inputBox(const QString &prompt, const QString &title,
+                                    const QString &defaultText) override;
+    QString openFileName(const QString &filter) override;
+    QString saveFileName(const QString &filter) override;
+
+    // Yes/No questions take the next queued answer, else No.
+    void queueAnswer(MessageAnswer answer) { m_answers.append(answer); }
+    // Input boxes take the next queued text; nullopt stands for Cancel.
+    void queueInput(std::optional<QString> text) { m_inputs.append(text); }
+    void queueFileName(const QString &name) { m_files.append(name); }
+
+    const QList<Shown> &shown() const { return m_shown; }
+    QStringList messages() const;
+    void clear() { m_shown.clear(); }
+
+private:
+    QList<MessageAnswer> m_answers;
+    QList<std::optional<QString>> m_inputs;
+    QStringList m_files;
+    QList<Shown> m_shown;
+};
+
+} // namespace zun

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace zun {
+
+// The serial line as the program uses it: one port at a time, chosen by its
+// number n (COM1..COM8). Every operation reports failure instead of throwing;
+// a transaction that meets a closed or broken port simply fails.
+class SerialLine
+{
+public:
+    virtual ~SerialLine() = default;
+
+    // The existence test of port n: opens it read-write and exclusively, then
+    // closes it again. Only existing devices count.
+    virtual bool portExists(int n) = 0;
+
+    virtual void selectPort(int n) = 0;
+    virtual int portNumber() const = 0;
+    virtual bool open() = 0;
+    virtual void close() = 0;
+    virtual bool isOpen() const = 0;
+
+    // Settings text such as "115200,N,8,1". False when the text is not understood.
+    virtual bool applySettings(const QString &settings) = 0;
+    virtual void setRequestToSend(bool on) = 0;
+    virtual void setTextMode() = 0;
+
+    virtual bool write(const QByteArray &text) = 0;
+    virtual int bytesWaiting() = 0;
+    virtual QByteArray readAll() = 0;
+    virtual void discardInput() = 0;
+    virtual void discardOutput() = 0;
+
+    // Blocks until more input may be waiting or the time is up. It neither
+    // processes UI events nor spins; it may return early, so callers keep
+    // their own deadline.
+    virtual void waitForInput(int millis) = 0;
+};
+
+} // namespace zun
