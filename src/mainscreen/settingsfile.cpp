@@ -1,0 +1,244 @@
+#include "mainscreen/settingsfile.h"
+
+#include "core/context.h"
+#include "link/hex.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QSaveFile>
+
+namespace zun {
+
+namespace {
+
+constexpr int kFieldCount = 10;
+constexpr int kMaxLines = 1000;
+
+QString quoted(QString text)
+{
+    // The format has no escape for a quote inside a string.
+    text.replace(QLatin1Char('"'), QLatin1Char('\''));
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+QString flag(bool on)
+{
+    return on ? QStringLiteral("-1") : QStringLiteral("0");
+}
+
+struct Field
+{
+    QString text;
+    bool quoted = false;
+};
+
+// Splits one line into its fields; nothing when a quote is left open.
+std::optional<QList<Field>> splitFields(const QString &line)
+{
+    QList<Field> fields;
+    int i = 0;
+    const int n = line.size();
+    for (;;) {
+        while (i < n && line.at(i) == QLatin1Char(' '))
+            ++i;
+        Field field;
+        if (i < n && line.at(i) == QLatin1Char('"')) {
+            const int close = line.indexOf(QLatin1Char('"'), i + 1);
+            if (close < 0)
+                return std::nullopt;
+            field.text = line.mid(i + 1, close - i - 1);
+            field.quoted = true;
+            i = close + 1;
+            while (i < n && line.at(i) == QLatin1Char(' '))
+                ++i;
+        } else {
+            const int comma = line.indexOf(QLatin1Char(','), i);
+            const int end = comma < 0 ? n : comma;
+            field.text = line.mid(i, end - i).trimmed();
+            i = end;
+        }
+        fields.append(field);
+        if (i >= n)
+            break;
+        if (line.at(i) != QLatin1Char(','))
+            return std::nullopt;
+        ++i;
+    }
+    return fields;
+}
+
+std::optional<int> integerIn(const Field &field, int low, int high)
+{
+    static const QRegularExpression pattern(QStringLiteral("^[+-]?\\d{1,6}$"));
+    if (field.quoted || !pattern.match(field.text).hasMatch())
+        return std::nullopt;
+    const int value = field.text.toInt();
+    if (value < low || value > high)
+        return std::nullopt;
+    return value;
+}
+
+bool isFrequencyText(const QString &text)
+{
+    static const QRegularExpression pattern(QStringLiteral("^[0-9A-Fa-f]{1,4}$"));
+    return pattern.match(text).hasMatch();
+}
+
+QString padCut(const QString &text, int width)
+{
+    return text.leftJustified(width, QLatin1Char(' '), true);
+}
+
+QString lineError(int lineNumber, const QString &what)
+{
+    return QStringLiteral("Line %1 of the settings file %2.").arg(lineNumber).arg(what);
+}
+
+} // namespace
+
+QByteArray formatSettings(const QList<ReceiverRecord> &records)
+{
+    QByteArray out;
+    for (const ReceiverRecord &r : records) {
+        const QStringList fields = {QString::number(r.address), quoted(r.name),
+                                    QString::number(r.group),   QString::number(r.channel),
+                                    quoted(r.channelFreqCode),  quoted(r.manualFreqCode),
+                                    QString::number(r.squelch), QString::number(r.secondLevel),
+                                    flag(r.manualFreq),         flag(r.mute)};
+        out += fields.join(QLatin1Char(',')).toLatin1();
+        out += "\r\n";
+    }
+    return out;
+}
+
+SettingsParse parseSettings(const QByteArray &text)
+{
+    SettingsParse result;
+    if (text.contains('\0')) {
+        result.error = QStringLiteral("The file is not a receiver settings file.");
+        return result;
+    }
+    const QList<QByteArray> rawLines = text.split('\n');
+    if (rawLines.size() > kMaxLines + 1) {
+        result.error = QStringLiteral("The file has more lines than a settings file of 64 receivers can have.");
+        return result;
+    }
+    for (int i = 0; i < rawLines.size(); ++i) {
+        const int number = i + 1;
+        QByteArray raw = rawLines.at(i);
+        if (raw.endsWith('\r'))
+            raw.chop(1);
+        if (raw.trimmed().isEmpty())
+            continue;
+        for (char c : raw) {
+            const auto u = static_cast<unsigned char>(c);
+            if (u < 0x20 || u > 0x7E) {
+                result.error = lineError(number, QStringLiteral("holds characters that do not belong there"));
+                return result;
+            }
+        }
+        const auto fields = splitFields(QString::fromLatin1(raw));
+        if (!fields) {
+            result.error = lineError(number, QStringLiteral("has a quote that is not closed"));
+            return result;
+        }
+        if (fields->size() != kFieldCount) {
+            result.error = lineError(number, QStringLiteral("has %1 fields instead of %2")
+                                                 .arg(fields->size())
+                                                 .arg(kFieldCount));
+            return result;
+        }
+        const QList<Field> &f = *fields;
+        SettingsLine line;
+        const auto address = integerIn(f[0], 1, 64);
+        const auto group = integerIn(f[2], 1, 15);
+        const auto channel = integerIn(f[3], 1, 16);
+        const auto squelch = integerIn(f[6], 0, 99);
+        const auto second = integerIn(f[7], 0, 255);
+        const auto manual = integerIn(f[8], -1, 0);
+        const auto mute = integerIn(f[9], -1, 0);
+        QString bad;
+        if (!address)
+            bad = QStringLiteral("an address that is not a number from 1 to 64");
+        else if (!f[1].quoted)
+            bad = QStringLiteral("a name that is not in quotes");
+        else if (!group)
+            bad = QStringLiteral("a group that is not a number from 1 to 15");
+        else if (!channel)
+            bad = QStringLiteral("a channel that is not a number from 1 to 16");
+        else if (!f[4].quoted || !isFrequencyText(f[4].text) || !f[5].quoted || !isFrequencyText(f[5].text))
+            bad = QStringLiteral("a frequency that is not four hexadecimal digits in quotes");
+        else if (!squelch)
+            bad = QStringLiteral("a squelch that is not a number from 0 to 99");
+        else if (!second)
+            bad = QStringLiteral("a level setting that is not a number from 0 to 255");
+        else if (!manual || !mute)
+            bad = QStringLiteral("a flag that is neither 0 nor -1");
+        if (!bad.isEmpty()) {
+            result.error = lineError(number, QStringLiteral("has ") + bad);
+            return result;
+        }
+        line.address = *address;
+        line.name = f[1].text;
+        line.group = *group;
+        line.channel = *channel;
+        line.channelFreqCode = f[4].text.toUpper();
+        line.manualFreqCode = f[5].text.toUpper();
+        line.squelch = *squelch;
+        line.secondLevel = *second;
+        line.manualFreq = *manual != 0;
+        line.mute = *mute != 0;
+        result.lines.append(line);
+    }
+    return result;
+}
+
+QString settingsWriteFrame(const ReceiverRecord &record)
+{
+    const int mode = (record.manualFreq ? 1 : 0) + (record.mute ? 2 : 0);
+    const QString freq = padCut(record.manualFreq ? record.manualFreqCode : record.channelFreqCode, 4);
+    return QLatin1Char('#') + NumToHex(record.address, 2) + QLatin1Char('M') + padCut(record.name, 6) +
+           NumToHex(record.group, 1) + NumToHex(record.channel, 1) + freq + NumToHex(record.squelch, 2) +
+           NumToHex(record.secondLevel, 2) + QString::number(mode) + QLatin1Char('\r');
+}
+
+std::optional<int> programReceiver(Context &ctx, const SettingsLine &line)
+{
+    AppState &state = ctx.state;
+    const int found = std::min(state.foundCount, state.receiverCount());
+    for (int i = 0; i < found; ++i) {
+        ReceiverRecord &record = state.receivers[i];
+        if (record.address != line.address)
+            continue;
+        record.name = padCut(line.name, 6);
+        record.group = line.group;
+        record.channel = line.channel;
+        record.channelFreqCode = padCut(line.channelFreqCode, 4);
+        record.manualFreqCode = line.manualFreqCode;
+        record.squelch = line.squelch;
+        record.secondLevel = line.secondLevel;
+        record.manualFreq = line.manualFreq;
+        record.mute = line.mute;
+        QString reply;
+        ctx.link.SendCommand(settingsWriteFrame(record), 4, reply, 250);
+        return i;
+    }
+    return std::nullopt;
+}
+
+QString saveSettingsFile(const QString &path, const QByteArray &content)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return file.errorString();
+    if (file.write(content) != content.size()) {
+        const QString error = file.errorString();
+        file.cancelWriting();
+        return error;
+    }
+    if (!file.commit())
+        return file.errorString();
+    return {};
+}
+
+} // namespace zun
