@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <array>
+#include <functional>
+#include <optional>
+
+class QCommandLineOption;
+
+namespace zun {
+
+class SettingsStore;
+
+// Which Linux device stands behind "COM" + n (n = 1..8). In order of
+// precedence: a "--port COMn=DEVICE" option, the "Ports"/"COMn" entry of the
+// settings store, else the n-th serial port of the machine (USB adapters
+// first, the kernel console left out).
+//
+// The enumerated list is taken once, on first use, so that plugging in an
+// adapter while the program runs cannot shift the numbers under it.
+class PortMap
+{
+public:
+    // Device paths of the serial ports present, in any order.
+    using Enumerator = std::function<QStringList()>;
+    enum class Source { None, Override, Settings, Enumerated };
+
+    static constexpr int kPortCount = 8;
+
+    // The real machine: Qt's port list and /sys/class/tty/console/active.
+    explicit PortMap(const SettingsStore &settings);
+    // consoleFile names a file listing console devices, e.g. "tty0 ttyS0".
+    PortMap(const SettingsStore &settings, Enumerator enumerate, QString consoleFile);
+
+    // Takes "COM3=/dev/ttyUSB0" (later texts for the same n win). False,
+    // and nothing changes, when the text is malformed.
+    bool addOverride(const QString &spec);
+
+    // The device for port n with symbolic links resolved; empty when n is
+    // out of range or nothing is mapped to it.
+    QString devicePath(int n) const;
+    Source source(int n) const;
+
+    // "--port COMn=DEVICE", for the program's command-line parser.
+    static QCommandLineOption commandLineOption();
+    static QStringList systemDevices();
+    // USB adapters (ttyUSB, then ttyACM) before other ports, each by number;
+    // names listed in consoles are dropped.
+    static QStringList orderCandidates(const QStringList &devices, const QStringList &consoles);
+
+private:
+    QString mappedPath(int n, Source *source) const;
+    const QStringList &candidates() const;
+
+    const SettingsStore &m_settings;
+    Enumerator m_enumerate;
+    QString m_consoleFile;
+    std::array<QString, kPortCount + 1> m_overrides; // index 1..8
+    mutable std::optional<QStringList> m_candidates;
+};
+
+} // namespace zun

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/linesettings.h"
+#include "platform/serialline.h"
+
+#include <QSerialPort>
+
+namespace zun {
+
+class PortMap;
+
+// The serial line on a real device through QSerialPort. Port numbers are
+// turned into devices by the PortMap, which must outlive the line.
+class QtSerialLine final : public SerialLine
+{
+public:
+    explicit QtSerialLine(const PortMap &ports);
+    ~QtSerialLine() override;
+
+    bool portExists(int n) override;
+
+    // Ignored while the port is open: the open port keeps its number.
+    void selectPort(int n) override;
+    int portNumber() const override { return m_portNumber; }
+    bool open() override;
+    void close() override;
+    bool isOpen() const override;
+
+    bool applySettings(const QString &settings) override;
+    void setRequestToSend(bool on) override;
+    void setTextMode() override;
+
+    bool write(const QByteArray &text) override;
+    int bytesWaiting() override;
+    QByteArray readAll() override;
+    void discardInput() override;
+    void discardOutput() override;
+    void waitForInput(int millis) override;
+
+private:
+    void onError(QSerialPort::SerialPortError error);
+    void closeIfLost();
+    void pullInput();
+    bool configurePort();
+
+    const PortMap &m_ports;
+    QSerialPort m_port;
+    LineSettings m_settings;
+    QString m_openPath; // resolved device of the open port
+    int m_portNumber = 1;
+    bool m_requestToSend = false;
+    bool m_lost = false; // the device went away; close at the next safe point
+};
+
+} // namespace zun
