@@ -2,6 +2,7 @@
 
 #include "core/context.h"
 #include "core/options.h"
+#include "core/workloop.h"
 #include "link/ports.h"
 
 #include <QActionGroup>
@@ -108,6 +109,15 @@ void FrmMain::load()
     mnuAutoClicked();
     m_ctx.state.WorkMode = 1;
 }
+
+void FrmMain::installSteps(WorkLoop &loop)
+{
+    loop.setStep(1, [this] { return ReadAllAD(m_ctx, *this); });
+}
+
+void FrmMain::UpdateRcvPanel(int, const QString &) {}
+
+void FrmMain::showOffline(int) {}
 
 void FrmMain::UpdateLinkMenus()
 {

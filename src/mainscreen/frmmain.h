@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mainscreen/polling.h"
+
 #include <QMainWindow>
 
 #include <array>
@@ -12,7 +14,9 @@ namespace zun {
 struct Context;
 
 // The main screen: menus, the receiver panels and the exit path.
-class FrmMain : public QMainWindow
+class WorkLoop;
+
+class FrmMain : public QMainWindow, public PanelSink
 {
     Q_OBJECT
 public:
@@ -25,6 +29,12 @@ public:
     void UpdateLinkMenus();
 
     QAction *action(const QString &objectName) const;
+
+    // Hands the work loop its steps: main-screen polling and the detail window's work.
+    void installSteps(WorkLoop &loop);
+
+    void UpdateRcvPanel(int index, const QString &reply) override;
+    void showOffline(int index) override;
 
 protected:
     void closeEvent(QCloseEvent *event) override;
