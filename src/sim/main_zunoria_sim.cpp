@@ -15,21 +15,20 @@
 
 namespace {
 
-const char kUsage[] =
-    "usage: zunoria-sim [options]\n"
-    "  --receivers A,B,...   receivers at these addresses (1..64)\n"
-    "  --count N             receivers at addresses 1..N\n"
-    "                        (neither: the demonstration set of a dozen)\n"
-    "  --baud N              speed of the receivers and the line (default 115200)\n"
-    "  --seed N              seed of levels and faults (default 1)\n"
-    "  --log FILE            every frame heard, one per line with a time stamp\n"
-    "  --log-replies         the log shows the replies as well\n"
-    "  --turnaround-us N     reply delay of every receiver (default 1500)\n"
-    "  --kob-ms N            time a receiver stays off the line after KOB (default 3000)\n"
-    "  --late-ms N           delay of a late reply (default 400)\n"
-    "  --fault KIND=RATE     fault rate on every reply, KIND one of noreply, garbled,\n"
-    "                        corrupt, wrongaddr, partial, late, noise (repeatable)\n"
-    "stdin: stop N | start N | fault N KIND [COUNT] | list | quit\n";
+const char kUsage[] = "usage: zunoria-sim [options]\n"
+                      "  --receivers A,B,...   receivers at these addresses (1..64)\n"
+                      "  --count N             receivers at addresses 1..N\n"
+                      "                        (neither: the demonstration set of a dozen)\n"
+                      "  --baud N              speed of the receivers and the line (default 115200)\n"
+                      "  --seed N              seed of levels and faults (default 1)\n"
+                      "  --log FILE            every frame heard, one per line with a time stamp\n"
+                      "  --log-replies         the log shows the replies as well\n"
+                      "  --turnaround-us N     reply delay of every receiver (default 1500)\n"
+                      "  --kob-ms N            time a receiver stays off the line after KOB (default 3000)\n"
+                      "  --late-ms N           delay of a late reply (default 400)\n"
+                      "  --fault KIND=RATE     fault rate on every reply, KIND one of noreply, garbled,\n"
+                      "                        corrupt, wrongaddr, partial, late, noise (repeatable)\n"
+                      "stdin: stop N | start N | fault N KIND [COUNT] | list | quit\n";
 
 struct Options
 {

@@ -37,7 +37,13 @@ SimReceiver &SimBus::addReceiver(const SimReceiver &receiver)
     auto r = std::make_unique<SimReceiver>(receiver);
     if (r->transmitter.code < 0)
         r->transmitter.code = r->tunedCode();
-    m_entries.push_back({m_nextId++, std::move(r)});
+    // Its signal belongs to the address it joined with, whatever else is on
+    // the line; a second receiver at the same address gets its own.
+    const auto sameAddress = std::count_if(m_entries.begin(), m_entries.end(),
+                                           [&](const Entry &e) { return e.joinAddress == r->address; });
+    const std::uint64_t id =
+        static_cast<std::uint64_t>(r->address) * 1000u + static_cast<std::uint64_t>(sameAddress);
+    m_entries.push_back({id, r->address, std::move(r)});
     return *m_entries.back().receiver;
 }
 
@@ -75,7 +81,7 @@ std::vector<SimReceiver *> SimBus::receivers()
 
 void SimBus::addCarrier(const SimTransmitter &carrier)
 {
-    m_carriers.push_back({0x10000 + m_nextId++, carrier});
+    m_carriers.push_back({0x100000 + m_carriers.size(), carrier});
 }
 
 std::vector<SimEmitter> SimBus::emitters() const
@@ -154,7 +160,7 @@ void SimBus::handleFrame(const QByteArray &frame, std::uint64_t micros, int baud
             continue;
         if (address == 0) {
             if (prefix == '#')
-                broadcast(r, body, micros);
+                broadcast(r, body);
             continue;
         }
         if (r.address != address)
@@ -174,7 +180,7 @@ void SimBus::handleFrame(const QByteArray &frame, std::uint64_t micros, int baud
     }
 }
 
-void SimBus::broadcast(SimReceiver &r, QByteArrayView body, std::uint64_t) const
+void SimBus::broadcast(SimReceiver &r, QByteArrayView body) const
 {
     if (body == "A0" || body == "A1") {
         r.hostPresent = body == "A1";

@@ -71,18 +71,18 @@ private:
     struct Entry
     {
         std::uint64_t id;
+        int joinAddress;
         std::unique_ptr<SimReceiver> receiver;
     };
 
     void handleFrame(const QByteArray &frame, std::uint64_t micros, int baud, std::vector<SimTimedByte> &out);
-    void broadcast(SimReceiver &r, QByteArrayView body, std::uint64_t micros) const;
+    void broadcast(SimReceiver &r, QByteArrayView body) const;
     std::optional<QByteArray> respond(const Entry &e, char prefix, QByteArrayView body, std::uint64_t micros);
     QByteArray levelText(const Entry &e, int code, std::uint64_t micros) const;
     std::vector<SimEmitter> emitters() const;
     const Entry *entryOf(const SimReceiver &r) const;
 
     std::uint64_t m_seed;
-    std::uint64_t m_nextId = 1;
     std::vector<Entry> m_entries;
     std::vector<SimEmitter> m_carriers;
     SimFaultInjector m_faults;

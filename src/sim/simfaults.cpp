@@ -66,8 +66,8 @@ SimFault SimFaultInjector::draw(const SimFaultRates &own)
     // One draw against the stacked probabilities, receiver and bus combined.
     double u = m_random.uniform();
     for (const Named &n : kNames) {
-        const double p = 1.0 - (1.0 - std::clamp(own.*n.rate, 0.0, 1.0)) *
-                                   (1.0 - std::clamp(m_rates.*n.rate, 0.0, 1.0));
+        const double p =
+            1.0 - (1.0 - std::clamp(own.*n.rate, 0.0, 1.0)) * (1.0 - std::clamp(m_rates.*n.rate, 0.0, 1.0));
         if (u < p)
             return n.fault;
         u -= p;

@@ -38,7 +38,7 @@ struct SimFaultRates
 // A reply as it goes onto the wire after fault injection.
 struct SimReplyPlan
 {
-    QByteArray bytes;          // empty: nothing is sent
+    QByteArray bytes; // empty: nothing is sent
     std::uint64_t delayMicros = 0;
 };
 

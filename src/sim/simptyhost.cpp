@@ -20,8 +20,8 @@ struct Speed
     speed_t code;
     int baud;
 };
-constexpr Speed kSpeeds[] = {{B1200, 1200},     {B2400, 2400},     {B4800, 4800},   {B9600, 9600},
-                             {B19200, 19200},   {B38400, 38400},   {B57600, 57600}, {B115200, 115200},
+constexpr Speed kSpeeds[] = {{B1200, 1200},     {B2400, 2400},     {B4800, 4800},    {B9600, 9600},
+                             {B19200, 19200},   {B38400, 38400},   {B57600, 57600},  {B115200, 115200},
                              {B230400, 230400}, {B460800, 460800}, {B921600, 921600}};
 
 bool makeRaw(int fd, int baud)
@@ -59,7 +59,8 @@ bool SimPtyHost::open(QString &error)
 {
     m_master = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
     if (m_master < 0 || grantpt(m_master) != 0 || unlockpt(m_master) != 0) {
-        error = QStringLiteral("cannot create a pseudo-terminal: %1").arg(QString::fromLocal8Bit(strerror(errno)));
+        error = QStringLiteral("cannot create a pseudo-terminal: %1")
+                    .arg(QString::fromLocal8Bit(strerror(errno)));
         return false;
     }
     char name[128] = {};
@@ -163,7 +164,8 @@ int SimPtyHost::run()
     bool consoleOpen = true;
 
     for (;;) {
-        pollfd fds[3] = {{m_master, POLLIN, 0}, {signalFd, POLLIN, 0}, {consoleOpen ? STDIN_FILENO : -1, POLLIN, 0}};
+        pollfd fds[3] = {
+            {m_master, POLLIN, 0}, {signalFd, POLLIN, 0}, {consoleOpen ? STDIN_FILENO : -1, POLLIN, 0}};
         timespec wait{};
         timespec *timeout = nullptr;
         if (!m_outgoing.empty()) {

@@ -82,8 +82,8 @@ int rfReading(std::uint64_t seed, std::uint64_t listener, int antenna, int code,
         double v = e.tx.strength - 30 * smoothNoise(seed, path, seconds / 1.5) + 15;
         // Multipath now and then wipes out one antenna for a moment; the
         // other one, at another place, usually keeps the signal.
-        if (smoothNoise(seed, path + 1, seconds / 0.4) > 0.88)
-            v -= 110;
+        if (smoothNoise(seed, path + 1, seconds / 0.5) > 0.95)
+            v -= 150;
         best = std::max(best, v - kStepLoss * distance);
     }
     return std::clamp(static_cast<int>(std::lround(best)), 0, 255);

@@ -12,8 +12,8 @@ class SimRandom
 public:
     explicit SimRandom(std::uint64_t seed) : m_state(seed) {}
     std::uint64_t next();
-    double uniform();        // [0, 1)
-    int below(int bound);    // [0, bound), 0 when bound < 1
+    double uniform();     // [0, 1)
+    int below(int bound); // [0, bound), 0 when bound < 1
 
 private:
     std::uint64_t m_state;
@@ -30,12 +30,12 @@ double smoothNoise(std::uint64_t seed, std::uint64_t key, double x);
 // A transmitter on the air somewhere in the band.
 struct SimTransmitter
 {
-    int code = -1;            // frequency code; -1 until the bus places it
-    int strength = 190;       // mean raw reading at the receivers while on the air
-    int dutyPercent = 100;    // share of time slices in which it is on the air
+    int code = -1;         // frequency code; -1 until the bus places it
+    int strength = 190;    // mean raw reading at the receivers while on the air
+    int dutyPercent = 100; // share of time slices in which it is on the air
     double segmentSeconds = 20;
-    double batteryStart = 18;          // battery reading at time 0
-    double batteryDrainSeconds = 900;  // seconds per step of the reading; 0 = none
+    double batteryStart = 18;         // battery reading at time 0
+    double batteryDrainSeconds = 900; // seconds per step of the reading; 0 = none
 };
 
 // One transmitter as the physics sees it; id keeps its fading independent.
