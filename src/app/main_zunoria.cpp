@@ -4,9 +4,12 @@
 #include "mainscreen/frmmain.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
+#include "sim/demobus.h"
+#include "sim/simserialline.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDateTime>
 
 #include <cstdio>
 #include <cstdlib>
@@ -45,7 +48,14 @@ int main(int argc, char *argv[])
     const Options options = parseArguments(app);
 
     zun::SystemClock clock;
-    zun::FileSettingsStore settings;
+    zun::FileSettingsStore fileSettings;
+    zun::MemorySettingsStore demoSettings;
+    // A demonstration must not change the user's stored port or speed; it
+    // runs on settings of its own with every optional feature switched on.
+    zun::SettingsStore &settings = options.demo ? static_cast<zun::SettingsStore &>(demoSettings) : fileSettings;
+    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("MSComm"), QStringLiteral("CommPort"), QStringLiteral("1"));
+    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("Function"), QStringLiteral("ChangeBaudrate"), QStringLiteral("1"));
+    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("Function"), QStringLiteral("MainKOB"), QStringLiteral("1"));
     zun::QtDialogs dialogs;
     zun::QtDesktop desktop;
     zun::PortMap portMap(settings);
@@ -56,7 +66,11 @@ int main(int argc, char *argv[])
             return 2;
         }
     }
-    zun::QtSerialLine line(portMap);
+    zun::QtSerialLine realLine(portMap);
+    zun::SimSerialLine demoLine(clock);
+    const auto demoBus = zun::makeDemoBus(static_cast<std::uint64_t>(QDateTime::currentMSecsSinceEpoch()));
+    demoLine.attachBus(1, demoBus.get());
+    zun::SerialLine &line = options.demo ? static_cast<zun::SerialLine &>(demoLine) : realLine;
 
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
     zun::WorkLoop loop(ctx.state);
