@@ -1,58 +1,113 @@
 #pragma once
 
+#include "detail/detailhost.h"
+#include "mainscreen/panelreadout.h"
 #include "mainscreen/polling.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <array>
 
 class QAction;
 class QMenu;
+class QPushButton;
+class QTimer;
 
 namespace zun {
 
 struct Context;
+class FrmMore;
+class PanelGrid;
+class RcvPanel;
+class WorkLoop;
+class frmCheckNet;
 
 // The main screen: menus, the receiver panels and the exit path.
-class WorkLoop;
-
-class FrmMain : public QMainWindow, public PanelSink
+class FrmMain : public QMainWindow, public PanelSink, public DetailHost
 {
     Q_OBJECT
 public:
     explicit FrmMain(Context &ctx, QWidget *parent = nullptr);
+    ~FrmMain() override;
 
     // The load step: options, panels, detection, polling on.
     void load();
 
-    // Port, baud-rate and hide menus after a detection.
-    void UpdateLinkMenus();
-
-    QAction *action(const QString &objectName) const;
-
     // Hands the work loop its steps: main-screen polling and the detail window's work.
     void installSteps(WorkLoop &loop);
 
+    // Port, baud-rate and hide menus after a detection.
+    void UpdateLinkMenus();
+
+    void EnableRcvPanel(int index);
+    void DisableRcvPanel(int index);
     void UpdateRcvPanel(int index, const QString &reply) override;
     void showOffline(int index) override;
 
+    // Detection as the menu runs it: this port first, then the others.
+    void mnuAutoClicked();
+    void mnuReconnectClicked();
+
+    // Display modes from the popup menu, and the refresh the detail window asks for.
+    void showDisplayMode(int mode);
+    void mnu_PM_Refresh() override;
+    int displayMode() const { return m_displayMode; }
+
+    // Detail window host.
+    void setPanelMute(int index, bool muted) override;
+    void setPanelNameCaption(int index, const QString &caption) override;
+    QString panelBatteryText(int index) const override;
+
+    void showPage(int page);
+    void mnuHideClicked();
+    void mnuFullViewClicked();
+    void mnuSaveClicked();
+    void mnuLoadClicked();
+
+    void muteClicked(int index);
+    void pilotClicked(int index);
+    void nameClicked(int index);
+    void moreClicked(int index);
+    void Timer1Tick();
+
+    QAction *action(const QString &objectName) const;
+    PanelGrid *panelGrid() const { return m_grid; }
+    RcvPanel *panel(int index) const;
+    FrmMore *detailWindow() const { return m_more; }
+    QMenu *popupMenu() const { return m_popup; }
+
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
 
 private:
     void buildMenus();
+    void buildPopupMenu();
+    QWidget *buildCentral();
     void mnuBaud1Clicked();
-    void mnuAutoClicked();
-    void mnuReconnectClicked();
     void mnuContentClicked();
     void mnuAboutClicked();
     bool confirmExit();
+    bool checkCurrentPort();
+    void refreshNameCaption(int index);
+    bool validIndex(int index) const;
 
     Context &m_ctx;
-    QMenu *m_optionMenu = nullptr;
+    PanelGrid *m_grid = nullptr;
+    frmCheckNet *m_checkNet = nullptr;
+    QPointer<FrmMore> m_more;
+    QMenu *m_popup = nullptr;
     QAction *m_mnuBaud1 = nullptr;
     std::array<QAction *, 9> m_mnuCom{}; // index 1..8
     QAction *m_mnuHide = nullptr;
+    QAction *m_mnuFullView = nullptr;
+    QPushButton *m_cmdPage1 = nullptr;
+    QPushButton *m_cmdPage2 = nullptr;
+    QTimer *m_timer1 = nullptr;
+    std::array<BatteryAverage, 64> m_battery{};
+    int m_blinkPhase = 0;
+    int m_displayMode = 4;
     bool m_mainKob = false;
 };
 

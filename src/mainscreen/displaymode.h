@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+namespace zun {
+
+struct ReceiverRecord;
+
+// What every panel's name label shows; the receivers show the same.
+enum DisplayMode {
+    ModeGroupChannel = 0,
+    ModeFrequency = 1,
+    ModeSquelch = 2,
+    ModeVolume = 3,
+    ModeAddressName = 4,
+    ModeAddress = 5,
+};
+
+// The name-label caption of a record in a mode; a null text for the volume
+// mode, which changes nothing.
+QString nameCaption(const ReceiverRecord &record, int mode);
+
+// Address "00" + blank + name: the caption after an address or name change.
+QString addressNameCaption(const ReceiverRecord &record);
+
+} // namespace zun
