@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QWidget>
+
+namespace zun {
+
+// The start-up picture, shown while the main screen loads and detects.
+class frmSplash : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit frmSplash(QWidget *parent = nullptr);
+
+protected:
+    void showEvent(QShowEvent *event) override;
+};
+
+} // namespace zun
