@@ -1,0 +1,332 @@
+#include "detail/frmmore.h"
+
+#include "core/context.h"
+#include "detail/detailhost.h"
+#include "detail/detailmeters.h"
+#include "detail/freqconvert.h"
+#include "detail/settingstab.h"
+#include "detail/tvregion.h"
+#include "link/hex.h"
+
+#include <QCloseEvent>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace zun {
+
+namespace {
+template <typename W> W *named(W *widget, const QString &name)
+{
+    widget->setObjectName(name);
+    widget->setAccessibleDescription(name);
+    return widget;
+}
+
+const QColor kLowRf(255, 0, 0);
+const QColor kRfA(0, 0, 255);
+const QColor kRfB(0x80, 0x80, 0xFF);
+const QColor kDeviation(0x00, 0xC0, 0x00);
+const QColor kOverDeviation(255, 0, 0);
+} // namespace
+
+FrmMore::FrmMore(Context &ctx, DetailHost &host, QWidget *parent)
+    : QWidget(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.state.selectedReceiver)
+{
+    setObjectName(QStringLiteral("frmMore"));
+    setWindowTitle(QStringLiteral("Detail Functions"));
+    setAttribute(Qt::WA_DeleteOnClose);
+    buildWindow();
+    connectControls();
+}
+
+void FrmMore::buildWindow()
+{
+    m_tabs = named(new QTabWidget(this), QStringLiteral("SSTab1"));
+    m_settings = new SettingsTab(m_tabs);
+    m_spectrumTab = new QWidget(m_tabs);
+    m_spectrumTab->setObjectName(QStringLiteral("tabSpectrum"));
+    m_recorderTab = new QWidget(m_tabs);
+    m_recorderTab->setObjectName(QStringLiteral("tabRFMonitor"));
+    m_tabs->addTab(m_settings, QStringLiteral("Settings"));
+    m_tabs->addTab(m_spectrumTab, QStringLiteral("Spectrum"));
+    m_tabs->addTab(m_recorderTab, QStringLiteral("RF-Monitor"));
+
+    // The step serves the frequency buttons and the spectrum scan alike, so it
+    // sits outside the tabs; so does the scan marker, which retunes the receiver.
+    m_frameA = named(new QGroupBox(QStringLiteral("Step (kHz)"), this), QStringLiteral("FrameA"));
+    auto *stepRow = new QHBoxLayout(m_frameA);
+    const char *stepCaptions[4] = {"25", "50", "100", "125"};
+    for (int i = 0; i < 4; ++i) {
+        m_option[i] = named(new QRadioButton(QString::fromLatin1(stepCaptions[i]), m_frameA),
+                            QStringLiteral("Option%1").arg(i + 1));
+        stepRow->addWidget(m_option[i]);
+    }
+    m_option[0]->setChecked(true);
+
+    m_frameB = named(new QGroupBox(QStringLiteral("Scan marker"), this), QStringLiteral("FrameB"));
+    auto *markerRow = new QHBoxLayout(m_frameB);
+    m_cmdPrev = named(new QPushButton(QStringLiteral("◀ Prev"), m_frameB), QStringLiteral("cmdPrev"));
+    m_cmdNext = named(new QPushButton(QStringLiteral("Next ▶"), m_frameB), QStringLiteral("cmdNext"));
+    m_cmdPrev->setToolTip(QStringLiteral("Tune to the previous point of the spectrum scan"));
+    m_cmdNext->setToolTip(QStringLiteral("Tune to the next point of the spectrum scan"));
+    markerRow->addWidget(m_cmdPrev);
+    markerRow->addWidget(m_cmdNext);
+
+    m_cmdKob = named(new QPushButton(QStringLiteral("KOB"), this), QStringLiteral("cmdKob"));
+    m_cmdKob->setToolTip(QStringLiteral("Start the receiver's KOB function; press again to stop waiting"));
+    m_cmdWrite = named(new QPushButton(QStringLiteral("Write"), this), QStringLiteral("cmdWrite"));
+    m_cmdExit = named(new QPushButton(QStringLiteral("Exit"), this), QStringLiteral("cmdExit"));
+    for (QPushButton *b : {m_cmdKob, m_cmdWrite, m_cmdExit})
+        b->setMinimumWidth(80);
+
+    auto *buttons = new QVBoxLayout;
+    buttons->addStretch(1);
+    auto *buttonRow = new QHBoxLayout;
+    buttonRow->addWidget(m_cmdKob);
+    buttonRow->addSpacing(16);
+    buttonRow->addWidget(m_cmdWrite);
+    buttonRow->addWidget(m_cmdExit);
+    buttons->addLayout(buttonRow);
+
+    auto *bottom = new QHBoxLayout;
+    bottom->addWidget(m_frameA);
+    bottom->addWidget(m_frameB);
+    bottom->addStretch(1);
+    bottom->addLayout(buttons);
+
+    auto *page = new QVBoxLayout(this);
+    page->addWidget(m_tabs, 1);
+    page->addLayout(bottom);
+}
+
+void FrmMore::connectControls()
+{
+    SettingsTab &s = *m_settings;
+    connect(s.cmdChanUp, &QToolButton::clicked, this, &FrmMore::cmdChanUpClick);
+    connect(s.cmdChanDown, &QToolButton::clicked, this, &FrmMore::cmdChanDownClick);
+    connect(s.cmdGroupUp, &QToolButton::clicked, this, &FrmMore::cmdGroupUpClick);
+    connect(s.cmdGroupDown, &QToolButton::clicked, this, &FrmMore::cmdGroupDownClick);
+    connect(s.cmdFreqUp, &QToolButton::clicked, this, &FrmMore::cmdFreqUpClick);
+    connect(s.cmdFreqDown, &QToolButton::clicked, this, &FrmMore::cmdFreqDownClick);
+
+    // The release ends a hold wherever the pointer is, so the value held is always sent.
+    connect(s.cmdSQdec, &QPushButton::pressed, this, &FrmMore::cmdSQdecMouseDown);
+    connect(s.cmdSQinc, &QPushButton::pressed, this, &FrmMore::cmdSQincMouseDown);
+    connect(s.cmdSQdec, &QPushButton::released, this, &FrmMore::squelchRelease);
+    connect(s.cmdSQinc, &QPushButton::released, this, &FrmMore::squelchRelease);
+    connect(s.Mute, &QPushButton::clicked, this, &FrmMore::MuteClick);
+
+    connect(m_cmdKob, &QPushButton::clicked, this, &FrmMore::cmdKobClick);
+    connect(m_cmdExit, &QPushButton::clicked, this, &QWidget::close);
+    const int multipliers[4] = {1, 2, 4, 5};
+    for (int i = 0; i < 4; ++i) {
+        const int multiplier = multipliers[i];
+        connect(m_option[i], &QRadioButton::toggled, this, [this, multiplier](bool on) {
+            if (on)
+                setStep(multiplier);
+        });
+    }
+    connect(m_cmdNext, &QPushButton::clicked, this, [this] {
+        if (m_markerHook)
+            m_markerHook(+1);
+    });
+    connect(m_cmdPrev, &QPushButton::clicked, this, [this] {
+        if (m_markerHook)
+            m_markerHook(-1);
+    });
+
+    for (QLineEdit *box : {s.txtAddr, s.txtRName, s.txtFreq})
+        box->installEventFilter(this);
+}
+
+ReceiverRecord &FrmMore::record()
+{
+    if (m_index >= 0 && m_index < m_ctx.state.receiverCount())
+        return m_ctx.state.receivers[m_index];
+    return m_spare;
+}
+
+void FrmMore::load()
+{
+    SettingsTab &s = *m_settings;
+    ReceiverRecord &r = record();
+    m_addressText = NumToHex(r.address, 2);
+
+    QStringList messages;
+    m_presets = parseGroupTable(r.groupTable, messages);
+    const Preset repaired = repairPreset(m_presets, Preset{r.group, r.channel}, messages);
+    for (const QString &message : messages)
+        m_ctx.platform.dialogs.message(message);
+    r.group = repaired.group;
+    r.channel = repaired.channel;
+
+    s.txtAddr->setText(QString::number(r.address));
+    s.txtRName->setText(r.name);
+    s.txtGroup->setText(r.manualFreq ? QStringLiteral("**") : QString::number(r.group));
+    s.txtChannel->setText(r.manualFreq ? QStringLiteral("**") : QString::number(r.channel));
+    // Both codes are converted every time, manual first: the TV box keeps the
+    // last conversion.
+    const double manual = ComputeFreq(r.manualFreqCode);
+    const double preset = ComputeFreq(r.channelFreqCode);
+    s.txtFreq->setText(formatFreq(r.manualFreq ? manual : preset));
+    s.txtBandStart->setText(formatFreq(ComputeFreq(r.bandStartCode)));
+    s.txtBandStop->setText(formatFreq(leadingValue(s.txtBandStart->text()) + r.bandWidth * 0.025));
+
+    ShowSquelch();
+    m_battery.reset();
+    showBattery(m_host.panelBatteryText(m_index));
+    showMuteImage(r.mute);
+    s.PB_RFA->setLevel(0, kLowRf);
+    s.PB_RFB->setLevel(0, kLowRf);
+    s.PB_Dev->setLevel(0, kDeviation);
+    s.lbRFAValue->setText(QStringLiteral("— dBm"));
+    s.lbRFBValue->setText(QStringLiteral("— dBm"));
+}
+
+double FrmMore::ComputeFreq(QStringView code)
+{
+    const double mhz = zun::ComputeFreq(code);
+    m_settings->TV->setText(TvChannel(m_ctx.state.TVtype, mhz));
+    return mhz;
+}
+
+bool FrmMore::ReadOneAD()
+{
+    if (m_closed)
+        return false;
+    QString reply;
+    if (send(QLatin1Char('%'), QStringLiteral("N"), 12, reply, 250)) {
+        const LevelTable &table = m_ctx.state.levelTable;
+        const int audio = HexToNum(reply.mid(3, 2));
+        const int rawA = std::min(HexToNum(reply.mid(5, 2)) + 5, 255);
+        const int rawB = std::min(HexToNum(reply.mid(7, 2)) + 5, 255);
+        const int battery = HexToNum(reply.mid(9, 2));
+        ShowMeters(audio, table[rawA], table[rawB], battery);
+        return true;
+    }
+    const ReceiverRecord &r = record();
+    m_ctx.platform.dialogs.message(r.name + QStringLiteral(" no response!, address=") +
+                                   QString::number(r.address) + QStringLiteral("\r\n"));
+    m_ctx.state.WorkMode = 1;
+    close();
+    return true;
+}
+
+void FrmMore::ShowMeters(int audio, int rfA, int rfB, int battery)
+{
+    SettingsTab &s = *m_settings;
+    m_audio = audio;
+    m_rfA = rfA;
+    m_rfB = rfB;
+    m_batteryReading = battery;
+
+    s.PB_RFA->setLevel(rfA, rfA < 15 ? kLowRf : kRfA);
+    s.PB_RFB->setLevel(rfB, rfB < 15 ? kLowRf : kRfB);
+    s.lbRFAValue->setText(QStringLiteral("%1 dBm").arg(levelToDbm(rfA), 0, 'f', 1));
+    s.lbRFBValue->setText(QStringLiteral("%1 dBm").arg(levelToDbm(rfB), 0, 'f', 1));
+    const int deviation = deviationLevel(audio);
+    s.PB_Dev->setLevel(deviation, deviation > 116 ? kOverDeviation : kDeviation);
+
+    // Only a transmitter on the air reports its battery.
+    if (std::max(rfA, rfB) > m_squelchLevel) {
+        if (const auto text = m_battery.add(battery))
+            showBattery(*text);
+    }
+    if (m_meterHook)
+        m_meterHook(rfA, rfB, m_squelchLevel);
+}
+
+void FrmMore::ShowSquelch()
+{
+    const int squelch = record().squelch;
+    m_squelchLevel = zun::squelchLevel(m_ctx.state.levelTable, squelch);
+    m_settings->PB_SQ->setSquelchLevel(m_squelchLevel);
+    m_settings->lbSQValue->setText(QStringLiteral("SQ %1").arg(squelch));
+    if (m_squelchHook)
+        m_squelchHook(m_squelchLevel);
+}
+
+void FrmMore::showBattery(const QString &text)
+{
+    QLabel *label = m_settings->BatV;
+    label->setText(text);
+    QPalette palette = label->palette();
+    const auto colour = batteryColour(text);
+    palette.setColor(QPalette::Window, colour ? *colour : palette.color(QPalette::Button));
+    palette.setColor(QPalette::WindowText, colour && colour->lightness() < 100 ? Qt::white : Qt::black);
+    label->setPalette(palette);
+}
+
+void FrmMore::showMuteImage(bool muted)
+{
+    m_settings->Mute->setIcon(QPixmap(muted ? QStringLiteral(":/SpeakerOFF.png") : QStringLiteral(":/SpeakerON.png")));
+    m_settings->Mute->setProperty("image", muted ? QStringLiteral("SpeakerOFF") : QStringLiteral("SpeakerON"));
+}
+
+void FrmMore::setStep(int multiplier)
+{
+    m_stepMultiplier = multiplier;
+    if (m_stepHook)
+        m_stepHook(multiplier);
+}
+
+bool FrmMore::send(QChar prefix, const QString &body, int replyLength, QString &reply, int timeoutMillis)
+{
+    return m_ctx.link.SendCommand(prefix + m_addressText + body + QLatin1Char('\r'), replyLength, reply,
+                                  timeoutMillis);
+}
+
+bool FrmMore::send(QChar prefix, const QString &body, int replyLength, int timeoutMillis)
+{
+    QString reply;
+    return send(prefix, body, replyLength, reply, timeoutMillis);
+}
+
+void FrmMore::noResponse()
+{
+    m_ctx.platform.dialogs.message(QStringLiteral("No Response from receiver!"));
+}
+
+bool FrmMore::doEvents()
+{
+    const QPointer<FrmMore> self(this);
+    m_ctx.platform.desktop.processEvents();
+    return !self.isNull();
+}
+
+void FrmMore::showPanelName()
+{
+    const ReceiverRecord &r = record();
+    m_host.setPanelNameCaption(m_index, QStringLiteral("%1 ").arg(r.address, 2, 10, QLatin1Char('0')) + r.name);
+}
+
+void FrmMore::closeEvent(QCloseEvent *event)
+{
+    if (m_closed) {
+        event->accept();
+        return;
+    }
+    if (m_ctx.state.KobActive) {
+        event->ignore();
+        return;
+    }
+    m_ctx.state.WorkMode = 1;
+    m_closed = true;
+    event->accept();
+    hide();
+    // Sent after the window is gone, so a silent receiver goes unreported.
+    send(QLatin1Char('#'), QStringLiteral("NS"), 4, 250);
+    m_host.mnu_PM_Refresh();
+}
+
+} // namespace zun

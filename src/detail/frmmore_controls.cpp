@@ -1,0 +1,224 @@
+// Address, name, squelch, mute and KOB, and the key handling of the boxes.
+#include "detail/frmmore.h"
+
+#include "core/context.h"
+#include "core/options.h"
+#include "detail/detailhost.h"
+#include "detail/settingstab.h"
+#include "link/hex.h"
+#include "mainscreen/polling.h"
+
+#include <QGroupBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+
+#include <cmath>
+
+namespace zun {
+
+namespace {
+// The character code a key press delivers to the boxes' key handlers, or -1
+// for keys that only edit or move (arrows, Delete, shortcuts) and stay Qt's.
+int keyAsciiOf(const QKeyEvent *key)
+{
+    if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter)
+        return 13;
+    if (key->key() == Qt::Key_Backspace)
+        return 8;
+    if (key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return -1;
+    const QString text = key->text();
+    if (text.size() != 1 || text.at(0).unicode() < 32 || text.at(0).unicode() == 127)
+        return -1;
+    return text.at(0).unicode();
+}
+
+bool nameKeyAllowed(int k)
+{
+    return k == 8 || k == 13 || k == 32 || (k >= 42 && k <= 57) || (k >= 65 && k <= 90);
+}
+} // namespace
+
+bool FrmMore::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return QWidget::eventFilter(watched, event);
+    int keyAscii = keyAsciiOf(static_cast<QKeyEvent *>(event));
+    if (keyAscii < 0)
+        return QWidget::eventFilter(watched, event);
+
+    SettingsTab &s = *m_settings;
+    if (watched == s.txtRName) {
+        const bool enter = keyAscii == 13;
+        txtRNameKeyPress(keyAscii);
+        return keyAscii == 0 || enter;
+    }
+    if (keyAscii != 13)
+        return QWidget::eventFilter(watched, event);
+    if (watched == s.txtAddr) {
+        txtAddrKeyPress(keyAscii);
+        return true;
+    }
+    if (watched == s.txtFreq) {
+        txtFreqKeyPress(keyAscii);
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void FrmMore::txtAddrKeyPress(int keyAscii)
+{
+    SettingsTab &s = *m_settings;
+    double typed = 0;
+    if (keyAscii != 13 || !isNumericText(s.txtAddr->text(), &typed))
+        return;
+    const double rounded = std::nearbyint(typed);
+    if (!(rounded >= 1 && rounded <= 64)) {
+        m_ctx.platform.dialogs.message(QStringLiteral("Valid Address is 1 to 64"));
+        return;
+    }
+    const int address = static_cast<int>(rounded);
+    const QString newText = NumToHex(address, 2);
+    if (newText == m_addressText)
+        return;
+    if (AddrCheck(m_ctx, address)) {
+        m_ctx.platform.dialogs.message(QStringLiteral("Address ") + QString::number(address) +
+                                       QStringLiteral(" is already used by another receiver !"));
+        return;
+    }
+    if (m_ctx.platform.dialogs.message(QStringLiteral("Change Address ?"), MessageButtons::YesNo) !=
+        MessageAnswer::Yes) {
+        s.txtAddr->setText(QString::number(record().address));
+        return;
+    }
+    send(QLatin1Char('#'), QLatin1Char('L') + newText, 4, 250);
+    record().address = address;
+    m_addressText = newText;
+    s.txtAddr->setText(QString::number(address));
+    showPanelName();
+}
+
+void FrmMore::txtRNameKeyPress(int &keyAscii)
+{
+    if (!nameKeyAllowed(keyAscii)) {
+        keyAscii = 0;
+        m_ctx.platform.dialogs.message(QStringLiteral("Please enter 0-9 or A-Z or +-*/"));
+        return;
+    }
+    if (keyAscii != 13)
+        return;
+    const QString name = (m_settings->txtRName->text().toUpper() + QString(6, QLatin1Char(' '))).left(6);
+    record().name = name;
+    m_settings->txtRName->setText(name);
+    send(QLatin1Char('#'), QLatin1Char('C') + name, 4, 250);
+    showPanelName();
+}
+
+void FrmMore::cmdSQdecMouseDown()
+{
+    m_squelchHeld = true;
+    if (record().squelch > 1)
+        --record().squelch;
+    ShowSquelch();
+    if (!doEvents())
+        return;
+    if (m_squelchHeld) {
+        m_ctx.link.Delay(400);
+        if (!doEvents())
+            return;
+    }
+    while (m_squelchHeld && record().squelch >= 2) {
+        --record().squelch;
+        ShowSquelch();
+        m_ctx.link.Delay(20);
+        if (!doEvents())
+            return;
+    }
+}
+
+void FrmMore::cmdSQincMouseDown()
+{
+    m_squelchHeld = true;
+    if (record().squelch < 99)
+        ++record().squelch;
+    ShowSquelch();
+    if (!doEvents())
+        return;
+    if (m_squelchHeld) {
+        m_ctx.link.Delay(400);
+        if (!doEvents())
+            return;
+    }
+    while (m_squelchHeld && record().squelch < 99) {
+        ++record().squelch;
+        ShowSquelch();
+        m_ctx.link.Delay(20);
+        if (!doEvents())
+            return;
+    }
+}
+
+void FrmMore::squelchRelease()
+{
+    m_squelchHeld = false;
+    send(QLatin1Char('#'), QLatin1Char('F') + NumToHex(record().squelch, 2), 4, 250);
+}
+
+void FrmMore::MuteClick()
+{
+    ReceiverRecord &r = record();
+    r.mute = !r.mute;
+    showMuteImage(r.mute);
+    m_host.setPanelMute(m_index, r.mute);
+    send(QLatin1Char('#'), r.mute ? QStringLiteral("B1") : QStringLiteral("B0"), 4, 250);
+}
+
+void FrmMore::setKobLock(bool locked)
+{
+    m_tabs->setEnabled(!locked);
+    m_frameA->setEnabled(!locked);
+    m_frameB->setEnabled(!locked);
+    m_cmdExit->setEnabled(!locked);
+}
+
+void FrmMore::cmdKobClick()
+{
+    AppState &state = m_ctx.state;
+    if (state.KobActive) {
+        // A second press is how the user gives up waiting for the receiver.
+        m_ctx.platform.dialogs.message(
+            QStringLiteral("This receiver will stay offline until KOB function is manually terminated !"));
+        state.KobActive = false;
+        return;
+    }
+    setKobLock(true);
+    state.KobActive = true;
+    send(QLatin1Char('%'), QStringLiteral("O"), 0, 100);
+    const QString caption = windowTitle();
+
+    QString outcome;
+    for (;;) {
+        setWindowTitle(QStringLiteral("Performing KOB function now ..."));
+        m_ctx.link.Delay(300);
+        setWindowTitle(QString());
+        // The window cannot close while KobActive is set, so it outlives this.
+        m_ctx.platform.desktop.processEvents();
+        if (!state.KobActive) {
+            outcome = QStringLiteral("User Aborted!");
+            break;
+        }
+        if (send(QLatin1Char('#'), QStringLiteral("A1"), 4, 200)) {
+            outcome = state.KobActive ? QStringLiteral("Complete!") : QStringLiteral("User Aborted!");
+            break;
+        }
+    }
+    setWindowTitle(outcome);
+    m_ctx.link.Delay(1500);
+    setWindowTitle(caption);
+    setKobLock(false);
+    state.KobActive = false;
+}
+
+} // namespace zun

@@ -1,0 +1,133 @@
+#pragma once
+
+// A detail window on the simulated line and a virtual clock, with the
+// dialogs, the desktop and the main screen replaced by doubles.
+
+#include "core/context.h"
+#include "detail/detailhost.h"
+#include "detail/frmmore.h"
+#include "link/detection.h"
+#include "link/transaction.h"
+#include "platform/clock.h"
+#include "platform/desktop.h"
+#include "platform/dialogs.h"
+#include "platform/settingsstore.h"
+#include "sim/simbus.h"
+#include "sim/simserialline.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QStringList>
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace zun::test {
+
+// DoEvents that runs the waiting events and then whatever the test scripted
+// for the n-th call (1-based): a release, a second click.
+class ScriptedDesktop final : public Desktop
+{
+public:
+    void processEvents() override
+    {
+        ++calls;
+        QCoreApplication::processEvents();
+        if (script)
+            script(calls);
+    }
+    void openDocument(const QString &) override {}
+    int screenWidth() const override { return 1920; }
+
+    int calls = 0;
+    std::function<void(int call)> script;
+};
+
+class FakeHost final : public DetailHost
+{
+public:
+    void setPanelMute(int index, bool muted) override { mutes.emplace_back(index, muted); }
+    void setPanelNameCaption(int index, const QString &caption) override { captions.emplace_back(index, caption); }
+    void mnu_PM_Refresh() override { ++refreshes; }
+    QString panelBatteryText(int) const override { return battery; }
+
+    std::vector<std::pair<int, bool>> mutes;
+    std::vector<std::pair<int, QString>> captions;
+    int refreshes = 0;
+    QString battery = QStringLiteral("OFF");
+};
+
+struct DetailRig
+{
+    DetailRig()
+    {
+        line.attachBus(1, &bus);
+        line.applySettings(QStringLiteral("115200,N,8,1"));
+        line.open();
+        ctx.state.receivers.assign(4, ReceiverRecord{});
+    }
+
+    // A receiver on the bus, known to the record at index as detection would know it.
+    SimReceiver &addReceiver(int address, int index, const std::function<void(SimReceiver &)> &setup = {})
+    {
+        SimReceiver &r = bus.addReceiver(address);
+        if (setup)
+            setup(r);
+        identify(address, index);
+        return r;
+    }
+
+    void identify(int address, int index)
+    {
+        QString reply;
+        ctx.link.SendCommand(frame(QLatin1Char('%'), address, QStringLiteral("M")), 41, reply, 100);
+        applyIdentification(ctx.state.receivers[index], reply, address);
+    }
+
+    // Opens the window on a record as the main screen does; the line log
+    // starts empty afterwards.
+    FrmMore *open(int index)
+    {
+        ctx.state.selectedReceiver = index;
+        form = new FrmMore(ctx, host);
+        form->load();
+        form->show();
+        ctx.state.WorkMode = 2;
+        line.clearWritten();
+        return form;
+    }
+
+    ReceiverRecord &record(int index = 0) { return ctx.state.receivers[index]; }
+
+    // Frames written since the window opened, carriage returns dropped.
+    QStringList frames() const
+    {
+        QStringList out;
+        for (const auto &w : line.written())
+            out << QString::fromLatin1(w.bytes).remove(QLatin1Char('\r'));
+        return out;
+    }
+    QStringList framesStartingWith(const QString &head) const { return frames().filter(QRegularExpression(QLatin1Char('^') + QRegularExpression::escape(head))); }
+
+    double elapsedMs(std::uint64_t since) const { return (clock.nowMicros() - since) / 1000.0; }
+
+    // Lets a closed window finish its deletion.
+    static void flushDeletes() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
+    ~DetailRig() { delete form.data(); }
+
+    VirtualClock clock;
+    SimBus bus{11};
+    SimSerialLine line{clock};
+    MemorySettingsStore settings;
+    ScriptedDialogs dialogs;
+    ScriptedDesktop desktop;
+    Platform platform{clock, line, settings, dialogs, desktop};
+    Context ctx{platform};
+    FakeHost host;
+    QPointer<FrmMore> form;
+};
+
+} // namespace zun::test
