@@ -2,6 +2,7 @@
 #include "core/startup.h"
 #include "core/workloop.h"
 #include "mainscreen/frmmain.h"
+#include "mainscreen/frmsplash.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
 #include "sim/demobus.h"
@@ -78,7 +79,14 @@ int main(int argc, char *argv[])
     ctx.endProgram = [] { std::_Exit(0); };
 
     std::unique_ptr<zun::FrmMain> mainWindow;
+    std::unique_ptr<zun::frmSplash> splash;
     zun::StartupViews views;
+    views.showSplash = [&] {
+        splash = std::make_unique<zun::frmSplash>();
+        splash->show();
+        desktop.processEvents();
+    };
+    views.closeSplash = [&] { splash.reset(); };
     views.showMainScreen = [&] {
         mainWindow = std::make_unique<zun::FrmMain>(ctx);
         mainWindow->show();

@@ -1,10 +1,12 @@
 #include "detail/battery.h"
 
+#include "mainscreen/panelreadout.h"
+
 #include <cmath>
 
 namespace zun {
 
-std::optional<QString> BatteryAverage::add(int reading)
+std::optional<QString> BatteryMean::add(int reading)
 {
     if (m_count < 32767)
         ++m_count;
@@ -16,16 +18,7 @@ std::optional<QString> BatteryAverage::add(int reading)
 
 QString batteryText(float average)
 {
-    const int x = static_cast<int>(std::floor(average)) + 1;
-    if (x >= 17 && x <= 21)
-        return QStringLiteral("100%");
-    if (x >= 22 && x <= 26)
-        return QStringLiteral("80%");
-    if (x >= 27 && x <= 31)
-        return QStringLiteral("40%");
-    if (x >= 32 && x <= 35)
-        return QStringLiteral("10%");
-    return QStringLiteral("OFF");
+    return batteryState(static_cast<int>(std::floor(average)) + 1).caption;
 }
 
 std::optional<QColor> batteryColour(const QString &text)
@@ -43,14 +36,7 @@ std::optional<QColor> batteryColour(const QString &text)
 
 int deviationLevel(int audio)
 {
-    int x = 0;
-    if (audio > 214)
-        x = 214;
-    else if (audio >= 86)
-        x = audio - 85;
-    if (x == 0)
-        return 0;
-    return static_cast<int>(std::floor(x * std::log(130.0) / std::log(x + 2.0)));
+    return audioMeterValue(audio);
 }
 
 double levelToDbm(int level)

@@ -10,7 +10,7 @@ namespace zun {
 // The battery read-out of the detail window. A reading only means something
 // while the transmitter is on the air, and single readings jump, so the
 // label follows a running mean and changes only after the first 20 samples.
-class BatteryAverage
+class BatteryMean
 {
 public:
     // Takes one reading; returns the label text once enough samples were seen.

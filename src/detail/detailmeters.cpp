@@ -32,13 +32,13 @@ void drawTicks(QPainter &painter, const QRect &area)
 }
 } // namespace
 
-LevelMeter::LevelMeter(const QString &name, int fullScale, QWidget *parent)
+DetailMeter::DetailMeter(const QString &name, int fullScale, QWidget *parent)
     : QFrame(parent), m_fullScale(std::max(1, fullScale))
 {
     prepareTrough(this, name);
 }
 
-void LevelMeter::setLevel(int level, const QColor &colour)
+void DetailMeter::setLevel(int level, const QColor &colour)
 {
     if (level == m_level && colour == m_colour)
         return;
@@ -47,7 +47,7 @@ void LevelMeter::setLevel(int level, const QColor &colour)
     update();
 }
 
-void LevelMeter::paintEvent(QPaintEvent *event)
+void DetailMeter::paintEvent(QPaintEvent *event)
 {
     QFrame::paintEvent(event);
     QPainter painter(this);

@@ -8,11 +8,11 @@ namespace zun {
 
 // A horizontal bar meter: a sunken white trough, a filled bar from the left
 // and a light scale of tenths, so two meters side by side read alike.
-class LevelMeter : public QFrame
+class DetailMeter : public QFrame
 {
     Q_OBJECT
 public:
-    explicit LevelMeter(const QString &name, int fullScale, QWidget *parent = nullptr);
+    explicit DetailMeter(const QString &name, int fullScale, QWidget *parent = nullptr);
 
     // Values above full scale fill the trough; the colour may follow the level.
     void setLevel(int level, const QColor &colour);

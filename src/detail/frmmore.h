@@ -141,7 +141,7 @@ private:
     int m_rfB = 0;
     int m_batteryReading = 0;
     int m_squelchLevel = 0;
-    BatteryAverage m_battery;
+    BatteryMean m_battery;
     ReceiverRecord m_spare; // stands in when the selected index is stale
 
     std::function<void(int, int, int)> m_meterHook;

@@ -154,9 +154,9 @@ SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
     // Live levels.
     auto *levels = new QGroupBox(QStringLiteral("Levels"), this);
     levels->setObjectName(QStringLiteral("frameLevels"));
-    PB_RFA = new LevelMeter(QStringLiteral("PB_RFA"), 99, levels);
-    PB_RFB = new LevelMeter(QStringLiteral("PB_RFB"), 99, levels);
-    PB_Dev = new LevelMeter(QStringLiteral("PB_Dev"), 129, levels);
+    PB_RFA = new DetailMeter(QStringLiteral("PB_RFA"), 99, levels);
+    PB_RFB = new DetailMeter(QStringLiteral("PB_RFB"), 99, levels);
+    PB_Dev = new DetailMeter(QStringLiteral("PB_Dev"), 129, levels);
     PB_Dev->setWarningFrom(116);
     PB_RFA->setToolTip(QStringLiteral("RF level, antenna A"));
     PB_RFB->setToolTip(QStringLiteral("RF level, antenna B"));

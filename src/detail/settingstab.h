@@ -10,7 +10,7 @@ class QVBoxLayout;
 
 namespace zun {
 
-class LevelMeter;
+class DetailMeter;
 class SquelchBar;
 
 // The widgets of the detail window's settings tab, laid out and named; the
@@ -36,9 +36,9 @@ public:
     QToolButton *cmdFreqUp = nullptr;
     QToolButton *cmdFreqDown = nullptr;
 
-    LevelMeter *PB_RFA = nullptr;
-    LevelMeter *PB_RFB = nullptr;
-    LevelMeter *PB_Dev = nullptr;
+    DetailMeter *PB_RFA = nullptr;
+    DetailMeter *PB_RFB = nullptr;
+    DetailMeter *PB_Dev = nullptr;
     QLabel *lbRFAValue = nullptr;
     QLabel *lbRFBValue = nullptr;
     QLabel *BatV = nullptr;

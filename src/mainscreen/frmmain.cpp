@@ -143,9 +143,7 @@ void FrmMain::buildMenus()
     for (int n = 0; n <= 3; ++n)
         namedAction(retry, QString::number(n), QStringLiteral("mnuRetry%1").arg(n));
 
-    QMenu *tv = option->addMenu(QStringLiteral("TV Channel Region"));
-    tv->setObjectName(QStringLiteral("mnuTV"));
-    addTvRegionMenu(tv, m_ctx);
+    m_tvItems = addTvRegionMenu(option, m_ctx);
 
     option->addSeparator();
     m_mnuHide = namedAction(option, QStringLiteral("&Hide Unused Panel"), QStringLiteral("mnuHide"));
@@ -198,7 +196,7 @@ void FrmMain::load()
     m_mainKob = readFunctionFlag(store, QStringLiteral("MainKOB"));
     for (int i = 0; i < m_grid->panelCount(); ++i)
         m_grid->panel(i)->setKobCaption(m_mainKob ? QStringLiteral("KOB") : QString());
-    applyTvRegion(m_ctx, readTvType(store), this);
+    loadTvRegion(m_tvItems, m_ctx);
 
     m_ctx.state.receivers.assign(m_grid->panelCount(), ReceiverRecord{});
     for (int i = 0; i < m_ctx.state.receiverCount(); ++i)

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "detail/detailhost.h"
+#include "detail/frmmore.h"
+#include "detail/tvregion.h"
 #include "mainscreen/panelreadout.h"
 #include "mainscreen/polling.h"
 
@@ -105,6 +107,7 @@ private:
     QPushButton *m_cmdPage1 = nullptr;
     QPushButton *m_cmdPage2 = nullptr;
     QTimer *m_timer1 = nullptr;
+    TvRegionItems m_tvItems{};
     std::array<BatteryAverage, 64> m_battery{};
     int m_blinkPhase = 0;
     int m_displayMode = 4;

@@ -137,7 +137,7 @@ void TstPresets::battery()
 {
     QFETCH(int, reading);
     QFETCH(QString, text);
-    BatteryAverage average;
+    BatteryMean average;
     for (int i = 0; i < 20; ++i)
         QVERIFY(!average.add(reading).has_value());
     QCOMPARE(average.add(reading).value_or(QString()), text);

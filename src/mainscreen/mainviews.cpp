@@ -1,0 +1,180 @@
+// The main screen's views: display modes, the two screens, hiding, the full
+// view, the settings file, and the detail window it opens.
+#include "core/context.h"
+#include "detail/frmmore.h"
+#include "mainscreen/displaymode.h"
+#include "mainscreen/frmmain.h"
+#include "mainscreen/panelgrid.h"
+#include "mainscreen/rcvpanel.h"
+#include "mainscreen/settingsfile.h"
+
+#include <QFile>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+
+namespace zun {
+
+namespace {
+constexpr qint64 kLargestSettingsFile = 256 * 1024;
+}
+
+void FrmMain::buildPopupMenu()
+{
+    m_popup = new QMenu(this);
+    m_popup->setObjectName(QStringLiteral("mnuPopupMenu"));
+    const struct
+    {
+        const char *name;
+        const char *caption;
+        int mode;
+    } items[] = {
+        {"mnu_PM_GCH", "Show Group and Channel", ModeGroupChannel},
+        {"mnu_PM_Frq", "Show Frequency", ModeFrequency},
+        {"mnu_PM_SQ", "Show Squelch", ModeSquelch},
+        {"mnu_PM_Rname", "Show Receiver's Address & Name", ModeAddressName},
+        {"mnu_PM_Addr", "Show Receiver's Address", ModeAddress},
+        {"mnu_PM_VOL", "Show Volume", ModeVolume},
+    };
+    for (const auto &item : items) {
+        QAction *action = m_popup->addAction(QString::fromLatin1(item.caption));
+        action->setObjectName(QString::fromLatin1(item.name));
+        const int mode = item.mode;
+        // The volume item has no action of its own.
+        if (mode != ModeVolume)
+            connect(action, &QAction::triggered, this, [this, mode] { showDisplayMode(mode); });
+    }
+}
+
+void FrmMain::showDisplayMode(int mode)
+{
+    if (mode == ModeVolume)
+        return;
+    m_displayMode = mode;
+    QString reply;
+    m_ctx.link.SendCommand(QStringLiteral("#00O") + QString::number(mode) + QLatin1Char('\r'), 0, reply, 250);
+    const int shown = std::min(m_ctx.state.foundCount, m_ctx.state.receiverCount());
+    for (int i = 0; i < shown; ++i)
+        refreshNameCaption(i);
+}
+
+void FrmMain::mnu_PM_Refresh()
+{
+    showDisplayMode(m_displayMode);
+}
+
+void FrmMain::setPanelMute(int index, bool muted)
+{
+    if (RcvPanel *p = m_grid->panel(index))
+        p->setMutePicture(muted);
+}
+
+void FrmMain::setPanelNameCaption(int index, const QString &caption)
+{
+    if (RcvPanel *p = m_grid->panel(index))
+        p->setNameText(caption);
+}
+
+QString FrmMain::panelBatteryText(int index) const
+{
+    const RcvPanel *p = m_grid->panel(index);
+    return p ? p->batteryLabel()->text() : QString();
+}
+
+void FrmMain::showPage(int page)
+{
+    QFont bold = m_cmdPage1->font();
+    bold.setBold(true);
+    QFont normal = bold;
+    normal.setBold(false);
+    m_cmdPage1->setFont(page == 0 ? bold : normal);
+    m_cmdPage2->setFont(page == 1 ? bold : normal);
+    m_grid->setPage(page);
+}
+
+void FrmMain::mnuHideClicked()
+{
+    // The action toggles its own check mark.
+    m_grid->setHideUnused(m_mnuHide->isChecked(), m_ctx.state.foundCount);
+}
+
+void FrmMain::mnuFullViewClicked()
+{
+    if (m_grid->fullView()) {
+        m_mnuFullView->setChecked(false);
+        m_grid->setFullView(false);
+        m_cmdPage1->setEnabled(true);
+        m_cmdPage2->setEnabled(true);
+        return;
+    }
+    if (m_ctx.platform.desktop.screenWidth() < 1024) {
+        m_mnuFullView->setChecked(false);
+        m_ctx.platform.dialogs.message(
+            QStringLiteral("Your VGA monitor need at least 1024 x 768 resolution with small fonts!"));
+        return;
+    }
+    m_mnuFullView->setChecked(true);
+    m_grid->setFullView(true);
+    // All 64 panels are in view: there is nothing to page.
+    m_cmdPage1->setEnabled(false);
+    m_cmdPage2->setEnabled(false);
+}
+
+void FrmMain::mnuSaveClicked()
+{
+    const QString path = m_ctx.platform.dialogs.saveFileName(kSettingsFilter);
+    if (path.isEmpty())
+        return;
+    const int found = std::min(m_ctx.state.foundCount, m_ctx.state.receiverCount());
+    const QList<ReceiverRecord> records(m_ctx.state.receivers.begin(), m_ctx.state.receivers.begin() + found);
+    const QString error = saveSettingsFile(path, formatSettings(records));
+    if (!error.isEmpty())
+        m_ctx.platform.dialogs.message(QStringLiteral("The settings could not be saved to %1: %2").arg(path, error));
+}
+
+void FrmMain::mnuLoadClicked()
+{
+    const QString path = m_ctx.platform.dialogs.openFileName(kSettingsFilter);
+    if (path.isEmpty())
+        return;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        m_ctx.platform.dialogs.message(QStringLiteral("The file %1 could not be opened: %2").arg(path, file.errorString()));
+        return;
+    }
+    if (file.size() > kLargestSettingsFile) {
+        m_ctx.platform.dialogs.message(
+            QStringLiteral("The file %1 is far too large to be a receiver settings file; nothing was changed.").arg(path));
+        return;
+    }
+    const SettingsParse parsed = parseSettings(file.read(kLargestSettingsFile));
+    if (!parsed.error.isEmpty()) {
+        m_ctx.platform.dialogs.message(parsed.error + QStringLiteral(" Nothing was changed."));
+        return;
+    }
+    for (const SettingsLine &line : parsed.lines) {
+        const auto index = programReceiver(m_ctx, line);
+        if (!index)
+            continue;
+        refreshNameCaption(*index);
+        m_grid->panel(*index)->setMutePicture(m_ctx.state.receivers[*index].mute);
+    }
+}
+
+void FrmMain::moreClicked(int index)
+{
+    if (!validIndex(index) || m_ctx.state.KobActive)
+        return;
+    if (m_more)
+        m_more->close();
+    if (m_more) // the old window refused to close
+        return;
+    m_ctx.state.selectedReceiver = index;
+    m_more = new FrmMore(m_ctx, *this);
+    m_more->load();
+    m_more->show();
+    m_more->raise();
+    m_ctx.state.WorkMode = 2;
+}
+
+} // namespace zun
