@@ -51,7 +51,8 @@ int squelchLevel(const LevelTable &table, int squelch)
 {
     // nearbyint rounds halves to even under the default rounding mode.
     const double exact = squelch * 255.0 / 99.0 + 16.0;
-    const int index = std::clamp(static_cast<int>(std::nearbyint(exact)), 0, 255);
+    // Limited before the conversion, so a corrupt squelch cannot overflow it.
+    const int index = static_cast<int>(std::nearbyint(std::clamp(exact, 0.0, 255.0)));
     return table[index];
 }
 
