@@ -182,6 +182,8 @@ void FrmMore::load()
     s.txtBandStart->setText(formatFreq(ComputeFreq(r.bandStartCode)));
     s.txtBandStop->setText(formatFreq(leadingValue(s.txtBandStart->text()) + r.bandWidth * 0.025));
 
+    m_scan.resize(r.bandWidth);
+    m_scan.step = m_stepMultiplier;
     ShowSquelch();
     m_battery.reset();
     showBattery(m_host.panelBatteryText(m_index));
@@ -271,11 +273,13 @@ void FrmMore::showMuteImage(bool muted)
 {
     m_settings->Mute->setIcon(QPixmap(muted ? QStringLiteral(":/SpeakerOFF.png") : QStringLiteral(":/SpeakerON.png")));
     m_settings->Mute->setProperty("image", muted ? QStringLiteral("SpeakerOFF") : QStringLiteral("SpeakerON"));
+    m_settings->lbMuteState->setText(muted ? QStringLiteral("Muted") : QStringLiteral("Audio on"));
 }
 
 void FrmMore::setStep(int multiplier)
 {
     m_stepMultiplier = multiplier;
+    m_scan.step = multiplier;
     if (m_stepHook)
         m_stepHook(multiplier);
 }

@@ -3,6 +3,7 @@
 #include "detail/battery.h"
 #include "core/receiverrecord.h"
 #include "detail/presets.h"
+#include "detail/scanstate.h"
 
 #include <QString>
 #include <QStringView>
@@ -64,6 +65,8 @@ public:
     int squelchLevel() const { return m_squelchLevel; }
     // The step chosen with Option1..Option4 in 25 kHz units: 1, 2, 4 or 5.
     int stepMultiplier() const { return m_stepMultiplier; }
+    // Points 0..N of the band (N = the record's band width), sized at load.
+    ScanState &scanState() { return m_scan; }
 
     // Called after every meter update with the mapped levels and the squelch level.
     void setMeterHook(std::function<void(int rfA, int rfB, int squelchLevel)> hook) { m_meterHook = std::move(hook); }
@@ -142,6 +145,7 @@ private:
     int m_batteryReading = 0;
     int m_squelchLevel = 0;
     BatteryMean m_battery;
+    ScanState m_scan;
     ReceiverRecord m_spare; // stands in when the selected index is stale
 
     std::function<void(int, int, int)> m_meterHook;

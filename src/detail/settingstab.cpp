@@ -104,6 +104,9 @@ SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
     big.setBold(true);
     txtFreq->setFont(big);
     txtFreq->setFixedWidth(txtFreq->fontMetrics().horizontalAdvance(QStringLiteral("0000.000")) + 18);
+    // One column of equal boxes keeps the step arrows of all three rows aligned.
+    txtGroup->setFixedWidth(txtFreq->width());
+    txtChannel->setFixedWidth(txtFreq->width());
     txtFreq->setToolTip(QStringLiteral("Type a frequency in MHz and press Enter"));
     txtBandStart = field(QStringLiteral("txtBandStart"), 8, true, tuning);
     txtBandStop = field(QStringLiteral("txtBandStop"), 8, true, tuning);
@@ -201,8 +204,9 @@ SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
     Mute = named(new QPushButton(audio), QStringLiteral("Mute"));
     Mute->setAccessibleName(QStringLiteral("Mute"));
     Mute->setToolTip(QStringLiteral("Mute or unmute the receiver's audio output"));
-    Mute->setIconSize(QSize(28, 28));
-    Mute->setFixedSize(44, 38);
+    Mute->setIconSize(QSize(24, 24));
+    Mute->setFixedSize(40, 34);
+    lbMuteState = named(new QLabel(audio), QStringLiteral("lbMuteState"));
     auto *audioGrid = new QGridLayout(audio);
     audioGrid->addWidget(caption(QStringLiteral("Squelch"), audio), 0, 0);
     audioGrid->addWidget(cmdSQdec, 0, 1);
@@ -210,7 +214,11 @@ SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
     audioGrid->addWidget(cmdSQinc, 0, 3);
     audioGrid->addWidget(lbSQValue, 0, 4);
     audioGrid->addWidget(caption(QStringLiteral("Output"), audio), 1, 0);
-    audioGrid->addWidget(Mute, 1, 1, 1, 2, Qt::AlignLeft);
+    auto *muteRow = new QHBoxLayout;
+    muteRow->addWidget(Mute);
+    muteRow->addWidget(lbMuteState);
+    muteRow->addStretch(1);
+    audioGrid->addLayout(muteRow, 1, 1, 1, 4);
     audioGrid->setColumnStretch(2, 1);
 
     auto *left = new QVBoxLayout;

@@ -48,6 +48,7 @@ public:
     SquelchBar *PB_SQ = nullptr;
     QLabel *lbSQValue = nullptr;
     QPushButton *Mute = nullptr;
+    QLabel *lbMuteState = nullptr;
 
     // Room below the meters for widgets other parts of the window add.
     QVBoxLayout *extraArea = nullptr;

@@ -6,19 +6,14 @@
 #include "core/context.h"
 #include "detail/detailhost.h"
 #include "detail/frmmore.h"
+#include "detail/settingstab.h"
 #include "link/detection.h"
 #include "link/transaction.h"
-#include "platform/clock.h"
-#include "platform/desktop.h"
-#include "platform/dialogs.h"
-#include "platform/settingsstore.h"
 #include "sim/simbus.h"
 #include "sim/simserialline.h"
 
 #include <QCoreApplication>
 #include <QPointer>
-#include <QRegularExpression>
-#include <QStringList>
 
 #include <functional>
 #include <utility>
@@ -26,21 +21,19 @@
 
 namespace zun::test {
 
-// DoEvents that runs the waiting events and then whatever the test scripted
-// for the n-th call (1-based): a release, a second click.
+// DoEvents that runs the waiting events, then what the test scripted for the
+// n-th call (a release, a second click).
 class ScriptedDesktop final : public Desktop
 {
 public:
     void processEvents() override
     {
-        ++calls;
         QCoreApplication::processEvents();
         if (script)
-            script(calls);
+            script(++calls);
     }
     void openDocument(const QString &) override {}
     int screenWidth() const override { return 1920; }
-
     int calls = 0;
     std::function<void(int call)> script;
 };
@@ -49,12 +42,11 @@ class FakeHost final : public DetailHost
 {
 public:
     void setPanelMute(int index, bool muted) override { mutes.emplace_back(index, muted); }
-    void setPanelNameCaption(int index, const QString &caption) override { captions.emplace_back(index, caption); }
+    void setPanelNameCaption(int, const QString &caption) override { captions << caption; }
     void mnu_PM_Refresh() override { ++refreshes; }
     QString panelBatteryText(int) const override { return battery; }
-
     std::vector<std::pair<int, bool>> mutes;
-    std::vector<std::pair<int, QString>> captions;
+    QStringList captions;
     int refreshes = 0;
     QString battery = QStringLiteral("OFF");
 };
@@ -68,26 +60,21 @@ struct DetailRig
         line.open();
         ctx.state.receivers.assign(4, ReceiverRecord{});
     }
+    ~DetailRig() { delete form.data(); }
 
-    // A receiver on the bus, known to the record at index as detection would know it.
+    // A receiver on the bus whose record at index is filled as detection fills it.
     SimReceiver &addReceiver(int address, int index, const std::function<void(SimReceiver &)> &setup = {})
     {
         SimReceiver &r = bus.addReceiver(address);
         if (setup)
             setup(r);
-        identify(address, index);
-        return r;
-    }
-
-    void identify(int address, int index)
-    {
         QString reply;
         ctx.link.SendCommand(frame(QLatin1Char('%'), address, QStringLiteral("M")), 41, reply, 100);
         applyIdentification(ctx.state.receivers[index], reply, address);
+        return r;
     }
 
-    // Opens the window on a record as the main screen does; the line log
-    // starts empty afterwards.
+    // Opens the window as the main screen does; the line log starts empty.
     FrmMore *open(int index)
     {
         ctx.state.selectedReceiver = index;
@@ -100,6 +87,7 @@ struct DetailRig
     }
 
     ReceiverRecord &record(int index = 0) { return ctx.state.receivers[index]; }
+    SettingsTab &tab() { return form->settings(); }
 
     // Frames written since the window opened, carriage returns dropped.
     QStringList frames() const
@@ -109,14 +97,8 @@ struct DetailRig
             out << QString::fromLatin1(w.bytes).remove(QLatin1Char('\r'));
         return out;
     }
-    QStringList framesStartingWith(const QString &head) const { return frames().filter(QRegularExpression(QLatin1Char('^') + QRegularExpression::escape(head))); }
-
     double elapsedMs(std::uint64_t since) const { return (clock.nowMicros() - since) / 1000.0; }
-
-    // Lets a closed window finish its deletion.
     static void flushDeletes() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
-
-    ~DetailRig() { delete form.data(); }
 
     VirtualClock clock;
     SimBus bus{11};
