@@ -230,6 +230,7 @@ void FrmMain::UpdateLinkMenus()
     if (state.CommPort >= 1 && state.CommPort <= 8 && state.PortAvailable[state.CommPort])
         m_mnuCom[state.CommPort]->setChecked(true);
     m_mnuHide->setChecked(false);
+    m_grid->setHideUnused(false, m_ctx.state.foundCount);
 }
 
 void FrmMain::mnuBaud1Clicked()

@@ -114,10 +114,6 @@ QByteArray formatSettings(const QList<ReceiverRecord> &records)
 SettingsParse parseSettings(const QByteArray &text)
 {
     SettingsParse result;
-    if (text.contains('\0')) {
-        result.error = QStringLiteral("The file is not a receiver settings file.");
-        return result;
-    }
     const QList<QByteArray> rawLines = text.split('\n');
     if (rawLines.size() > kMaxLines + 1) {
         result.error = QStringLiteral("The file has more lines than a settings file of 64 receivers can have.");

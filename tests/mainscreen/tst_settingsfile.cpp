@@ -120,7 +120,7 @@ void TestSettingsFile::malformedFilesAreRejectedNamingTheLine_data()
     QTest::newRow("frequency not hex") << QByteArray("6,\"X\",3,4,\"12G4\",\"1234\",10,0,0,0\r\n") << "Line 1";
     QTest::newRow("unterminated quote") << good + good + "7,\"X,3,4,\"1234\",\"1234\",10,0,0,0\r\n"
                                         << "Line 3";
-    QTest::newRow("binary garbage") << QByteArray("\x7f\x45\x4c\x46\x02\x01\x01\x00\x00", 9) << "not a";
+    QTest::newRow("binary garbage") << QByteArray("\x7f\x45\x4c\x46\x02\x01\x01\x00\x00", 9) << "Line 1";
     QTest::newRow("huge file") << good.repeated(5000) << "more lines";
 }
 

@@ -1,0 +1,433 @@
+#include "link/ports.h"
+#include "mainscreen/frmmain.h"
+#include "mainscreen/panelgrid.h"
+#include "mainscreen/rcvpanel.h"
+#include "sim/demobus.h"
+#include "support/testbed.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+
+#include <functional>
+#include <memory>
+
+using namespace zun;
+
+namespace {
+
+// The main screen loaded as at start-up, with receivers on COM1.
+struct Rig
+{
+    explicit Rig(const std::vector<int> &addresses, const std::function<void(SimBus &)> &setup = {})
+    {
+        bus = &bed.attachReceivers(1, addresses);
+        if (setup)
+            setup(*bus);
+        bed.ctx.state.CommPort = 1;
+        FindCommPorts(bed.ctx);
+        main = std::make_unique<FrmMain>(bed.ctx);
+        main->load();
+        bed.line.clearWritten();
+        bed.dialogs.clear();
+    }
+
+    void trigger(const QString &name)
+    {
+        QAction *action = nullptr;
+        for (QAction *a : main->popupMenu()->actions())
+            if (a->objectName() == name)
+                action = a;
+        if (!action)
+            action = main->action(name);
+        QVERIFY2(action, qPrintable(name));
+        action->trigger();
+    }
+
+    QStringList labels(int count) const
+    {
+        QStringList texts;
+        for (int i = 0; i < count; ++i)
+            texts << main->panel(i)->nameText();
+        return texts;
+    }
+
+    QStringList records() const
+    {
+        QStringList out;
+        for (const ReceiverRecord &r : bed.ctx.state.receivers) {
+            const QList<int> numbers{r.address,     r.group,      r.channel, r.squelch,
+                                     r.secondLevel, r.manualFreq, r.mute};
+            QStringList fields{r.name, r.channelFreqCode, r.manualFreqCode};
+            for (int n : numbers)
+                fields << QString::number(n);
+            out << fields.join(QLatin1Char('|'));
+        }
+        return out;
+    }
+
+    QStringList mutePictures(int count) const
+    {
+        QStringList names;
+        for (int i = 0; i < count; ++i)
+            names << main->panel(i)->muteButton()->property("imageName").toString();
+        return names;
+    }
+
+    TestBed bed;
+    SimBus *bus = nullptr;
+    std::unique_ptr<FrmMain> main;
+};
+
+void tune(SimReceiver *r, int code, bool muted)
+{
+    r->manual = true;
+    r->manualCode = code;
+    r->muted = muted;
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+const QByteArray kGoodLine = "3,\"NEWNAM\",1,2,\"72F2\",\"72F2\",30,0,0,-1\r\n";
+
+} // namespace
+
+class TestMainViews : public QObject
+{
+    Q_OBJECT
+private slots:
+    void popupItemsBroadcastAndRelabel_data()
+    {
+        QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("frame");
+        QTest::addColumn<QStringList>("labels");
+        // The fourth panel has no receiver: no mode may write to it.
+        QTest::newRow("group and channel")
+            << "mnu_PM_GCH"
+            << "#00O0\r" << QStringList{"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"};
+        QTest::newRow("frequency") << "mnu_PM_Frq"
+                                   << "#00O1\r" << QStringList{"801.000MHz", "066.150MHz", "809.800MHz", "-"};
+        QTest::newRow("squelch") << "mnu_PM_SQ"
+                                 << "#00O2\r" << QStringList{"SQ  20", "SQ  5", "SQ  25", "-"};
+        QTest::newRow("address and name")
+            << "mnu_PM_Rname"
+            << "#00O4\r" << QStringList{"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"};
+        QTest::newRow("address") << "mnu_PM_Addr"
+                                 << "#00O5\r" << QStringList{"03", "07", "12", "-"};
+        QTest::newRow("volume") << "mnu_PM_VOL"
+                                << "" << QStringList{"-", "-", "-", "-"};
+    }
+
+    void popupItemsBroadcastAndRelabel()
+    {
+        QFETCH(QString, item);
+        QFETCH(QString, frame);
+        QFETCH(QStringList, labels);
+        // 3: group 1 channel 1; 7: tuned far below the band, so the frequency
+        // keeps its leading zero; 12: group 2 channel 3.
+        Rig rig({3, 7, 12}, [](SimBus &bus) {
+            tune(bus.receiver(7), 0x0010, false);
+            bus.receiver(7)->squelch = 5;
+        });
+        // The caption must pick the frequency field that is in force.
+        rig.bed.ctx.state.receivers[1].channelFreqCode = "72BA";
+        rig.bed.ctx.state.receivers[2].manualFreqCode = "0000";
+        const int modeBefore = rig.main->displayMode();
+        for (int i = 0; i < 4; ++i)
+            rig.main->panel(i)->setNameText("-");
+
+        rig.trigger(item);
+        QCOMPARE(rig.bed.framesSent(), frame.isEmpty() ? QStringList() : QStringList{frame});
+        QCOMPARE(rig.labels(4), labels);
+        if (frame.isEmpty()) {
+            QCOMPARE(rig.main->displayMode(), modeBefore);
+        } else {
+            for (int address : {3, 7, 12})
+                QCOMPARE(rig.bus->receiver(address)->displayMode, frame.mid(4, 1).toInt());
+        }
+    }
+
+    void refreshRepeatsTheCurrentMode_data()
+    {
+        QTest::addColumn<QStringList>("items");
+        QTest::addColumn<QString>("frame");
+        QTest::addColumn<QString>("label");
+        QTest::newRow("frequency") << QStringList{"mnu_PM_Frq"} << "#00O1\r"
+                                   << "066.150MHz";
+        QTest::newRow("volume keeps the mode before it")
+            << QStringList{"mnu_PM_SQ", "mnu_PM_VOL"} << "#00O2\r"
+            << "SQ  42";
+    }
+
+    void refreshRepeatsTheCurrentMode()
+    {
+        QFETCH(QStringList, items);
+        QFETCH(QString, frame);
+        QFETCH(QString, label);
+        Rig rig({3, 7});
+        for (const QString &item : items)
+            rig.trigger(item);
+        // The detail window changed the record meanwhile.
+        ReceiverRecord &r = rig.bed.ctx.state.receivers[0];
+        r.manualFreq = true;
+        r.manualFreqCode = "0010";
+        r.squelch = 42;
+        rig.bed.line.clearWritten();
+        rig.main->mnu_PM_Refresh();
+        QCOMPARE(rig.bed.framesSent(), QStringList{frame});
+        QCOMPARE(rig.main->panel(0)->nameText(), label);
+    }
+
+    void pagesShowTheirHalfWithABoldCaption()
+    {
+        Rig rig({3});
+        auto *page1 = rig.main->findChild<QPushButton *>("cmdPage1");
+        auto *page2 = rig.main->findChild<QPushButton *>("cmdPage2");
+        QVERIFY(page1 && page2);
+        QCOMPARE(page1->text(), QString("Screen 1"));
+        QCOMPARE(page2->text(), QString("Screen 2"));
+        for (QPushButton *click : {page2, page1, page2}) {
+            click->click();
+            const bool second = click == page2;
+            QCOMPARE(page1->font().bold(), !second);
+            QCOMPARE(page2->font().bold(), second);
+            for (int i = 0; i < PanelGrid::kPanelCount; ++i)
+                QCOMPARE(rig.main->panelGrid()->isPanelShown(i), (i >= 32) == second);
+        }
+    }
+
+    void hidingUnusedPanelsAndShowingThemAgain()
+    {
+        Rig rig({3, 7, 12});
+        PanelGrid *grid = rig.main->panelGrid();
+        rig.trigger("mnuHide");
+        QVERIFY(rig.main->action("mnuHide")->isChecked());
+        for (int i = 0; i < 32; ++i) {
+            QCOMPARE(grid->isPanelShown(i), i < 3);
+            QCOMPARE(rig.main->panel(i)->isHidden(), i >= 3);
+        }
+
+        rig.trigger("mnuHide");
+        QVERIFY(!rig.main->action("mnuHide")->isChecked());
+        for (int i = 0; i < 32; ++i) {
+            QVERIFY(grid->isPanelShown(i));
+            QVERIFY(!rig.main->panel(i)->isHidden());
+        }
+
+        // A new detection clears the check mark; a receiver found since must not
+        // stay behind a hidden panel.
+        rig.trigger("mnuHide");
+        rig.bus->addReceiver(makeSampleReceiver(20, 4));
+        rig.trigger("mnuAuto");
+        QCOMPARE(rig.bed.ctx.state.foundCount, 4);
+        QVERIFY(!rig.main->action("mnuHide")->isChecked());
+        QVERIFY(grid->isPanelShown(3));
+        QVERIFY(!rig.main->panel(3)->isHidden());
+    }
+
+    void fullViewNeedsAWideScreen_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("800") << 800 << false;
+        QTest::newRow("1023") << 1023 << false;
+        QTest::newRow("1024") << 1024 << true;
+        QTest::newRow("1920") << 1920 << true;
+    }
+
+    void fullViewNeedsAWideScreen()
+    {
+        QFETCH(int, width);
+        QFETCH(bool, accepted);
+        Rig rig({3});
+        rig.bed.desktop.setScreenWidth(width);
+        QAction *full = rig.main->action("mnuFullView");
+        rig.trigger("mnuFullView");
+        QCOMPARE(rig.bed.dialogs.messages(),
+                 accepted
+                     ? QStringList()
+                     : QStringList{"Your VGA monitor need at least 1024 x 768 resolution with small fonts!"});
+        QCOMPARE(full->isChecked(), accepted);
+        for (int i = 0; i < PanelGrid::kPanelCount; ++i)
+            QCOMPARE(rig.main->panelGrid()->isPanelShown(i), accepted || i < 32);
+        if (!accepted)
+            return;
+        rig.trigger("mnuFullView");
+        QVERIFY(!full->isChecked());
+        for (int i = 0; i < PanelGrid::kPanelCount; ++i)
+            QCOMPARE(rig.main->panelGrid()->isPanelShown(i), i < 32);
+    }
+
+    void savedSettingsProgramTheReceiversBack()
+    {
+        // One of each mode digit: plain, manual frequency, muted, both.
+        Rig rig({3, 7, 12, 40}, [](SimBus &bus) {
+            tune(bus.receiver(7), 0x72BC, false);
+            bus.receiver(12)->muted = true;
+            tune(bus.receiver(40), 0x744A, true);
+        });
+        QTemporaryDir dir;
+        const QString path = dir.filePath("rack.zun");
+        rig.bed.dialogs.queueFileName(path);
+        rig.trigger("mnuSave");
+        QFile saved(path);
+        QVERIFY(saved.open(QIODevice::ReadOnly));
+        QCOMPARE(saved.readAll(), QByteArray("3,\"VOCAL1\",1,1,\"72E2\",\"72E2\",20,32,0,0\r\n"
+                                             "7,\"VOCAL2\",1,5,\"72BC\",\"72BC\",20,33,-1,0\r\n"
+                                             "12,\"GUITAR\",2,3,\"7442\",\"7442\",25,34,0,-1\r\n"
+                                             "40,\"BASS  \",2,9,\"744A\",\"744A\",25,35,-1,-1\r\n"));
+
+        const QStringList before = rig.records();
+        for (int i = 0; i < 4; ++i) {
+            ReceiverRecord &r = rig.bed.ctx.state.receivers[i];
+            r.name = "XXXXXX";
+            r.squelch = 0;
+            r.manualFreq = !r.manualFreq;
+            r.mute = !r.mute;
+            rig.main->panel(i)->setMutePicture(r.mute);
+        }
+        for (SimReceiver *s : rig.bus->receivers()) {
+            s->name = "ZZZZZZ";
+            s->squelch = 0;
+            s->muted = !s->muted;
+            s->manual = false;
+        }
+        rig.trigger("mnu_PM_SQ");
+        QCOMPARE(rig.labels(4), QStringList({"SQ  0", "SQ  0", "SQ  0", "SQ  0"}));
+        rig.bed.line.clearWritten();
+
+        rig.bed.dialogs.queueFileName(path);
+        rig.trigger("mnuLoad");
+        QCOMPARE(rig.bed.dialogs.messages(), QStringList());
+        QCOMPARE(rig.bed.framesSent(), QStringList({"#03MVOCAL11172E214200\r", "#07MVOCAL21572BC14211\r",
+                                                    "#0CMGUITAR23744219222\r", "#28MBASS  29744A19233\r"}));
+        QCOMPARE(rig.records(), before);
+        QCOMPARE(rig.labels(4), QStringList({"SQ  20", "SQ  20", "SQ  25", "SQ  25"}));
+        QCOMPARE(rig.mutePictures(4), QStringList({"SpeakerON", "SpeakerON", "SpeakerOFF", "SpeakerOFF"}));
+        // The receivers took the settings back.
+        for (SimReceiver *s : rig.bus->receivers())
+            QCOMPARE(
+                s->statusText().left(16) + s->statusText().right(1),
+                rig.bed.framesSent(QStringLiteral("#%1M").arg(s->address, 2, 16, QLatin1Char('0')).toUpper())
+                    .value(0)
+                    .mid(4, 17)
+                    .toLatin1());
+    }
+
+    void handWrittenLinesProgramOnlyKnownReceivers_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QStringList>("frames");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("picture");
+        const QByteArray ghost = "5,\"GHOST \",1,1,\"72E2\",\"72E2\",20,32,0,0\r\n";
+        QTest::newRow("address not on the line") << ghost << QStringList() << "VOCAL1"
+                                                 << "SpeakerON";
+        QTest::newRow("short name padded") << ghost + "3,\"AB\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
+                                           << QStringList{"#03MAB    1272F21E000\r"} << "AB    "
+                                           << "SpeakerON";
+        QTest::newRow("long name cut") << QByteArray("3,\"LONGNAME\",1,2,\"72F2\",\"72F2\",30,0,0,-1\r\n")
+                                       << QStringList{"#03MLONGNA1272F21E002\r"} << "LONGNA"
+                                       << "SpeakerOFF";
+        QTest::newRow("no line break at the end")
+            << kGoodLine.chopped(2) << QStringList{"#03MNEWNAM1272F21E002\r"} << "NEWNAM"
+            << "SpeakerOFF";
+    }
+
+    void handWrittenLinesProgramOnlyKnownReceivers()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(QStringList, frames);
+        QFETCH(QString, name);
+        QFETCH(QString, picture);
+        Rig rig({3, 7});
+        const QStringList before = rig.records();
+        QTemporaryDir dir;
+        const QString path = dir.filePath("hand.zun");
+        QVERIFY(writeFile(path, text));
+        rig.bed.dialogs.queueFileName(path);
+        rig.trigger("mnuLoad");
+        QCOMPARE(rig.bed.dialogs.messages(), QStringList());
+        QCOMPARE(rig.bed.framesSent(), frames);
+        QCOMPARE(rig.bed.ctx.state.receivers[0].name, name);
+        QCOMPARE(rig.main->panel(0)->nameText(), "03 " + name);
+        QCOMPARE(rig.mutePictures(1), QStringList{picture});
+        QCOMPARE(rig.records().mid(1), before.mid(1));
+        if (!frames.isEmpty())
+            QCOMPARE(rig.bus->receiver(3)->name, name.toLatin1());
+    }
+
+    void anEmptyTableSavesAnEmptyFile()
+    {
+        Rig rig(std::vector<int>{});
+        QCOMPARE(rig.bed.ctx.state.foundCount, 0);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("none.zun");
+        QVERIFY(writeFile(path, kGoodLine));
+        QFile file(path);
+        rig.trigger("mnuSave"); // cancelled: the old file stays as it was
+        QCOMPARE(file.size(), qint64(kGoodLine.size()));
+        rig.bed.dialogs.queueFileName(path);
+        rig.trigger("mnuSave");
+        QCOMPARE(rig.bed.dialogs.messages(), QStringList());
+        QCOMPARE(rig.bed.dialogs.shown().size(), 2);
+        QCOMPARE(rig.bed.dialogs.shown().at(1).kind, QString("save"));
+        QCOMPARE(rig.bed.dialogs.shown().at(1).text, QString("Receiver Setting(*.zun)|*.zun"));
+        QCOMPARE(file.size(), qint64(0));
+    }
+
+    void malformedFilesChangeNothing_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("mentions");
+        QTest::newRow("too few fields") << kGoodLine + "7,\"X\",1,2\r\n"
+                                        << "Line 2";
+        QTest::newRow("text for a number") << kGoodLine + "7,\"X\",one,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
+                                           << "Line 2";
+        QTest::newRow("unterminated quote")
+            << kGoodLine + kGoodLine + "7,\"X,1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
+            << "Line 3";
+        QTest::newRow("binary garbage") << kGoodLine + "\x89\xFE\xC3\x01\x45LF\x7F\r\n"
+                                        << "Line 2";
+        QTest::newRow("binary garbage with zero bytes")
+            << kGoodLine + QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16) << "Line 2";
+        QTest::newRow("huge file") << kGoodLine.repeated(8000) << "too large";
+        QTest::newRow("cancelled dialog") << QByteArray() << QString();
+    }
+
+    void malformedFilesChangeNothing()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(QString, mentions);
+        Rig rig({3, 7});
+        const QStringList before = rig.records();
+        const QStringList labels = rig.labels(2);
+        const QStringList pictures = rig.mutePictures(2);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("bad.zun");
+        if (!text.isNull()) {
+            QVERIFY(writeFile(path, text));
+            rig.bed.dialogs.queueFileName(path);
+        }
+        rig.trigger("mnuLoad");
+        QCOMPARE(rig.bed.dialogs.shown().first().text, QString("Receiver Setting(*.zun)|*.zun"));
+        const QStringList messages = rig.bed.dialogs.messages();
+        QCOMPARE(messages.size(), mentions.isNull() ? 0 : 1);
+        if (!mentions.isNull())
+            QVERIFY2(messages.first().contains(mentions), qPrintable(messages.first()));
+        QVERIFY(rig.bed.line.written().empty());
+        QCOMPARE(rig.records(), before);
+        QCOMPARE(rig.labels(2), labels);
+        QCOMPARE(rig.mutePictures(2), pictures);
+    }
+};
+
+QTEST_MAIN(TestMainViews)
+#include "tst_mainviews.moc"
