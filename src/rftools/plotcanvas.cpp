@@ -6,6 +6,8 @@
 #include <QPaintEvent>
 #include <QPainter>
 
+#include <cmath>
+
 namespace zun {
 
 PlotCanvas::PlotCanvas(const QString &name, const QSize &size, int verticalDivisions, QWidget *parent)
@@ -16,24 +18,31 @@ PlotCanvas::PlotCanvas(const QString &name, const QSize &size, int verticalDivis
     setFixedSize(size);
 }
 
-QPixmap PlotCanvas::blankPixmap() const
+QPoint PlotCanvas::toDevice(int x, int y) const
 {
-    QPixmap pixmap(size() * m_pixelRatio);
-    pixmap.setDevicePixelRatio(m_pixelRatio);
-    pixmap.fill(m_backColor);
-    return pixmap;
+    if (m_pixelRatio == 1.0)
+        return {x, y};
+    return {static_cast<int>(std::lround(x * m_pixelRatio)), static_cast<int>(std::lround(y * m_pixelRatio))};
 }
 
-bool PlotCanvas::ensurePixmaps()
+int PlotCanvas::toDevice(int length) const
+{
+    return static_cast<int>(std::lround(length * m_pixelRatio));
+}
+
+bool PlotCanvas::ensureImages()
 {
     const qreal ratio = devicePixelRatioF();
-    if (ratio == m_pixelRatio && m_background.deviceIndependentSize().toSize() == size())
+    const QSize pixels(static_cast<int>(std::lround(width() * ratio)), static_cast<int>(std::lround(height() * ratio)));
+    if (ratio == m_pixelRatio && m_background.size() == pixels)
         return false;
     m_pixelRatio = ratio;
-    m_background = blankPixmap();
+    // RGB32 is the raster backing store's own format: painting is a plain copy.
+    m_background = QImage(pixels.expandedTo(QSize(1, 1)), QImage::Format_RGB32);
+    m_background.setDevicePixelRatio(ratio);
+    m_background.fill(m_backColor);
     paintBackground();
     m_shown = m_background.copy();
-    m_shown.setDevicePixelRatio(m_pixelRatio);
     return true;
 }
 
@@ -43,16 +52,14 @@ void PlotCanvas::paintBackground()
     const PlotGeometry g = plotGeometry();
     const int w = width();
 
-    // Dotted lines halfway through each decade, solid lines at the decades.
-    QPen minor(plotColors::kGridMinor, 0, Qt::DotLine);
-    p.setPen(minor);
+    // Dotted lines halfway through each decade and at the divisions of the
+    // horizontal axis, solid lines at the decades.
+    p.setPen(QPen(plotColors::kGridMinor, 0, Qt::DotLine));
     for (int half = 16; half < 99; half += 33)
         p.drawLine(0, g.levelY(half), w - 1, g.levelY(half));
-    if (m_verticalDivisions > 1) {
-        for (int k = 1; k < m_verticalDivisions; ++k) {
-            const int x = k * w / m_verticalDivisions;
-            p.drawLine(x, g.levelY(99), x, g.baseLine);
-        }
+    for (int k = 1; k < m_verticalDivisions; ++k) {
+        const int x = k * w / m_verticalDivisions;
+        p.drawLine(x, g.levelY(99), x, g.baseLine);
     }
     p.setPen(QPen(plotColors::kGrid, 0));
     for (int decade = 0; decade <= 99; decade += 33)
@@ -61,25 +68,24 @@ void PlotCanvas::paintBackground()
 
 void PlotCanvas::clearPicture()
 {
-    ensurePixmaps();
+    ensureImages();
     m_shown = m_background.copy();
-    m_shown.setDevicePixelRatio(m_pixelRatio);
     update();
 }
 
 QImage PlotCanvas::pictureImage()
 {
-    ensurePixmaps();
-    return m_shown.toImage();
+    ensureImages();
+    return m_shown;
 }
 
 void PlotCanvas::paintEvent(QPaintEvent *event)
 {
-    if (ensurePixmaps())
+    if (ensureImages())
         emit pictureRebuilt();
     QPainter p(this);
     const QRect r = event->rect();
-    p.drawPixmap(r, m_shown, QRectF(QPointF(r.topLeft()) * m_pixelRatio, QSizeF(r.size()) * m_pixelRatio));
+    p.drawImage(r, m_shown, QRectF(QPointF(r.topLeft()) * m_pixelRatio, QSizeF(r.size()) * m_pixelRatio));
 }
 
 void PlotCanvas::resizeEvent(QResizeEvent *event)
@@ -87,7 +93,7 @@ void PlotCanvas::resizeEvent(QResizeEvent *event)
     QWidget::resizeEvent(event);
     for (SquelchLine *line : findChildren<SquelchLine *>(Qt::FindDirectChildrenOnly))
         line->fitToParent();
-    if (ensurePixmaps())
+    if (ensureImages())
         emit pictureRebuilt();
 }
 

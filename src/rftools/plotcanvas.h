@@ -3,14 +3,14 @@
 #include "rftools/rfscale.h"
 
 #include <QColor>
-#include <QPixmap>
+#include <QImage>
 #include <QWidget>
 
 namespace zun {
 
 // A plot picture drawn the way a strip-chart or analyser display wants it:
-// the background (back colour and grid) lives in its own pixmap, rebuilt only
-// when the size or pixel ratio changes; the picture shown is a second pixmap
+// the background (back colour and grid) lives in its own image, rebuilt only
+// when the size or pixel ratio changes; the picture shown is a second image
 // that drawing steps compose off-screen; painting only copies it out.
 class PlotCanvas : public QWidget
 {
@@ -23,24 +23,25 @@ public:
 
     // The picture back to its empty background.
     void clearPicture();
-    // What the picture shows now (for checks and snapshots).
+    // What the picture shows now, in device pixels.
     QImage pictureImage();
 
 signals:
-    // The pixmaps were rebuilt; whatever was drawn must be drawn again.
+    // The images were rebuilt; whatever was drawn must be drawn again.
     void pictureRebuilt();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
-    // Makes sure the pixmaps match the widget; true when they were rebuilt.
-    bool ensurePixmaps();
-    QPixmap blankPixmap() const;
-    qreal pixelRatio() const { return m_pixelRatio; }
+    // Makes sure the images match the widget; true when they were rebuilt.
+    bool ensureImages();
+    // Widget pixels to image pixels.
+    QPoint toDevice(int x, int y) const;
+    int toDevice(int length) const;
 
-    QPixmap m_background;
-    QPixmap m_shown;
+    QImage m_background;
+    QImage m_shown;
 
 private:
     void paintBackground();

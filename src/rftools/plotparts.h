@@ -8,8 +8,8 @@ namespace zun {
 
 namespace plotColors {
 inline constexpr QColor kBack{12, 18, 16};
-inline constexpr QColor kGrid{46, 72, 58};
-inline constexpr QColor kGridMinor{34, 52, 44};
+inline constexpr QColor kGrid{66, 106, 86};
+inline constexpr QColor kGridMinor{56, 90, 74};
 inline constexpr QColor kTrace{0, 255, 0};
 inline constexpr QColor kSquelch{255, 72, 72};
 inline constexpr QColor kAntennaA{255, 206, 0};

@@ -1,11 +1,10 @@
 #include "rftools/recorderplot.h"
 
+#include "rftools/lineraster.h"
 #include "rftools/plotparts.h"
 
-#include <QPainter>
-
 #include <algorithm>
-#include <utility>
+#include <cstring>
 
 namespace zun {
 
@@ -17,41 +16,41 @@ RecorderPlot::RecorderPlot(QWidget *parent)
 
 void RecorderPlot::drawStep(const RecorderSegment &segment, const QColor &colorA, const QColor &colorB)
 {
-    ensurePixmaps();
+    ensureImages();
     // Whatever a step that is not shown draws is thrown away with its surface,
     // so there is nothing to do for it.
     if (!segment.present)
         return;
 
-    auto drawSegments = [&](QPainter &p) {
-        p.setPen(QPen(colorA, 0));
-        p.drawLine(segment.fromX, segment.fromYA, segment.toX, segment.toYA);
-        p.setPen(QPen(colorB, 0));
-        p.drawLine(segment.fromX, segment.fromYB, segment.toX, segment.toYB);
-    };
-
-    if (segment.scroll <= 0) {
-        QPainter p(&m_shown);
-        drawSegments(p);
-    } else {
-        const qreal ratio = pixelRatio();
-        const int w = width();
-        const int h = height();
-        const int s = std::min(segment.scroll, w);
-        if (m_composed.size() != m_shown.size() || m_composed.devicePixelRatio() != ratio) {
-            m_composed = QPixmap(m_shown.size());
-            m_composed.setDevicePixelRatio(ratio);
-        }
-        QPainter p(&m_composed);
-        // History moves left by s columns in one copy; what falls off the left
-        // edge is gone. The freed columns on the right get the bare background.
-        p.drawPixmap(QPointF(0, 0), m_shown, QRectF(s * ratio, 0, (w - s) * ratio, h * ratio));
-        p.drawPixmap(QPointF(w - s, 0), m_background, QRectF((w - s) * ratio, 0, s * ratio, h * ratio));
-        drawSegments(p);
-        p.end();
-        std::swap(m_composed, m_shown);
-    }
+    if (segment.scroll > 0)
+        scrollLeft(segment.scroll);
+    rasterLine(m_shown, toDevice(segment.fromX, segment.fromYA), toDevice(segment.toX, segment.toYA), colorA.rgb());
+    rasterLine(m_shown, toDevice(segment.fromX, segment.fromYB), toDevice(segment.toX, segment.toYB), colorB.rgb());
     update();
+}
+
+void RecorderPlot::scrollLeft(int columns)
+{
+    const int w = m_shown.width();
+    const int h = m_shown.height();
+    const int s = std::clamp(toDevice(columns), 0, w);
+    if (s == 0)
+        return;
+    uchar *bits = m_shown.bits();
+    const qsizetype line = m_shown.bytesPerLine();
+    const qsizetype row = static_cast<qsizetype>(w) * 4;
+    const qsizetype shift = static_cast<qsizetype>(s) * 4;
+    // History moves left by s columns in one copy over the whole image (rows
+    // are contiguous); what falls off the left edge is gone.
+    if (line == row)
+        std::memmove(bits, bits + shift, static_cast<std::size_t>(line * h - shift));
+    else
+        for (int y = 0; y < h; ++y)
+            std::memmove(bits + y * line, bits + y * line + shift, static_cast<std::size_t>(row - shift));
+    // The freed columns on the right get the bare background back.
+    const uchar *clean = m_background.constBits();
+    for (int y = 0; y < h; ++y)
+        std::memcpy(bits + y * line + (row - shift), clean + y * line + (row - shift), static_cast<std::size_t>(shift));
 }
 
 } // namespace zun

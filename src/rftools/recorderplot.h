@@ -15,14 +15,16 @@ public:
     explicit RecorderPlot(QWidget *parent = nullptr);
 
     // One step: scroll by one block copy when asked, draw both segments, show.
+    // The pens take the legend colours.
     // A step that is not to be presented leaves the picture as it is.
     void drawStep(const RecorderSegment &segment, const QColor &colorA, const QColor &colorB);
 
     SquelchLine *squelchLine() const { return m_squelchLine; }
 
 private:
+    void scrollLeft(int columns);
+
     SquelchLine *m_squelchLine;
-    QPixmap m_composed; // the off-screen surface a scrolling step composes into
 };
 
 } // namespace zun

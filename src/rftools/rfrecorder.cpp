@@ -8,6 +8,7 @@
 #include "rftools/scanstate.h"
 
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -44,7 +45,11 @@ void RfRecorder::load()
 
 bool RfRecorder::RFRecorder()
 {
+    // A receiver that stopped answering closes the window from inside the read.
+    const QPointer<RfRecorder> alive(this);
     m_host.ReadOneAD();
+    if (!alive)
+        return true;
     const int rfA = m_scan.rfA;
     const int rfB = m_scan.rfB;
     showAntenna(m_tab.dbmReadoutA(), m_tab.microvoltReadoutA(), rfA);

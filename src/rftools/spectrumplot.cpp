@@ -1,12 +1,13 @@
 #include "rftools/spectrumplot.h"
 
+#include "rftools/lineraster.h"
 #include "rftools/plotparts.h"
 
 #include <QMouseEvent>
-#include <QPainter>
 
 #include <array>
 #include <cmath>
+#include <cstring>
 
 namespace zun {
 
@@ -21,7 +22,7 @@ SpectrumPlot::SpectrumPlot(QWidget *parent)
 
 void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xScale)
 {
-    ensurePixmaps();
+    ensureImages();
     const PlotGeometry g = plotGeometry();
     const int last = std::min<int>(pointCount, static_cast<int>(levels.size()) - 1);
 
@@ -31,7 +32,7 @@ void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xS
     auto pointAt = [&](int i) {
         const int v = levels[i];
         const int y = v >= 0 && v < 100 ? rows[v] : g.levelY(v);
-        return QPoint(static_cast<int>(std::floor(i * xScale)), y);
+        return toDevice(static_cast<int>(std::floor(i * xScale)), y);
     };
 
     // Two interleaved polylines, each segment spanning two points: the odd
@@ -39,16 +40,18 @@ void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xS
     // This is the trace's intended look, not a shortcut.
     m_oddPoints.clear();
     m_evenPoints.clear();
-    m_oddPoints.emplace_back(0, g.baseLine);
+    m_oddPoints.push_back(toDevice(0, g.baseLine));
     for (int i = 0; i <= last; ++i)
         (i % 2 ? m_oddPoints : m_evenPoints).push_back(pointAt(i));
 
-    QPainter p(&m_shown);
-    p.drawPixmap(0, 0, m_background);
-    p.setPen(QPen(plotColors::kTrace, 0));
-    p.drawPolyline(m_oddPoints.data(), static_cast<int>(m_oddPoints.size()));
-    if (m_evenPoints.size() > 1)
-        p.drawPolyline(m_evenPoints.data(), static_cast<int>(m_evenPoints.size()));
+    // The whole picture is redone: background first, then the trace.
+    if (m_shown.size() == m_background.size() && m_shown.bytesPerLine() == m_background.bytesPerLine())
+        std::memcpy(m_shown.bits(), m_background.constBits(), static_cast<std::size_t>(m_background.sizeInBytes()));
+    else
+        m_shown = m_background.copy();
+    const QRgb green = plotColors::kTrace.rgb();
+    rasterPolyline(m_shown, m_oddPoints.data(), static_cast<int>(m_oddPoints.size()), green);
+    rasterPolyline(m_shown, m_evenPoints.data(), static_cast<int>(m_evenPoints.size()), green);
 }
 
 void SpectrumPlot::mouseMoveEvent(QMouseEvent *event)

@@ -44,6 +44,7 @@ private slots:
     void singleSweepEnd();
     void haltCondition_data();
     void haltCondition();
+    void peakWalkOnEqualLevels_data();
     void peakWalkOnEqualLevels();
     void peakWalkEdges_data();
     void peakWalkEdges();
@@ -141,26 +142,41 @@ void TstRfState::haltCondition()
     QVERIFY(!s.stopReached(SweepMode::Continuous));
 }
 
+void TstRfState::peakWalkOnEqualLevels_data()
+{
+    // Both worked through by hand with the partitioning rules: the order among
+    // equal levels is decided by the procedure alone.
+    QTest::addColumn<QList<int>>("levels");
+    QTest::addColumn<QList<int>>("order");
+    QTest::addColumn<QList<int>>("walk"); // Peak, then Next P until it wraps
+    QTest::newRow("three 7s and two 3s") << QList<int>{3, 7, 7, 1, 7, 3} << QList<int>{3, 5, 0, 4, 1, 2}
+                                         << QList<int>{2, 1, 4, 0, 5, 3, 2};
+    // The partition ends with i = j = mid here, so the order in which the
+    // two overlapping halves are sorted shows.
+    QTest::newRow("all equal") << QList<int>{4, 4, 4} << QList<int>{0, 2, 1} << QList<int>{1, 2, 0, 1};
+}
+
 void TstRfState::peakWalkOnEqualLevels()
 {
-    // Worked through by hand with the partitioning rules: three points share
-    // the top level and two share level 3, so the walk order among them is
-    // decided by the procedure alone.
-    ScanState s = scanOf(5, 1);
-    s.levels = {3, 7, 7, 1, 7, 3};
+    QFETCH(QList<int>, levels);
+    QFETCH(QList<int>, order);
+    QFETCH(QList<int>, walk);
+    const int n = static_cast<int>(levels.size()) - 1;
+    ScanState s = scanOf(n, 1);
+    s.levels.assign(levels.begin(), levels.end());
     QVERIFY(s.goToStrongest());
-    QCOMPARE(asList(s.peakOrder), (QList<int>{3, 5, 0, 4, 1, 2}));
-    QList<int> walk{s.scanIndex};
-    for (int k = 0; k < 6; ++k) {
+    QCOMPARE(asList(s.peakOrder), order);
+    QList<int> visited{s.scanIndex};
+    while (visited.size() < walk.size()) {
         QVERIFY(s.goToNextPeak());
-        walk << s.scanIndex;
+        visited << s.scanIndex;
     }
-    QCOMPARE(walk, (QList<int>{2, 1, 4, 0, 5, 3, 2}));
-    QCOMPARE(s.level, 7);
+    QCOMPARE(visited, walk);
+    QCOMPARE(s.level, levels[walk.last()]);
     // A valid list is reused, not sorted again.
-    s.levels[3] = 99;
+    s.levels[0] = 99;
     QVERIFY(!s.goToStrongest());
-    QCOMPARE(s.scanIndex, 2);
+    QCOMPARE(s.scanIndex, walk.first());
 }
 
 void TstRfState::peakWalkEdges_data()
