@@ -3,7 +3,8 @@
 // 115200 baud. Runs on the offscreen platform against the simulated demo
 // line on a virtual clock, so the figures are drawing and bookkeeping only.
 //
-//   bench_rftools [--snapshot DIR]   also writes both tabs as PNG to DIR
+//   bench_rftools [--snapshot DIR]   also writes both tabs and the drop
+//                                    counters as PNG to DIR
 
 #include "core/context.h"
 #include "link/hex.h"
@@ -11,6 +12,7 @@
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
 #include "platform/settingsstore.h"
+#include "rftools/dropcounterpanel.h"
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
 #include "rftools/rftools.h"
@@ -143,6 +145,7 @@ int main(int argc, char **argv)
     auto *layout = new QVBoxLayout(&window);
     layout->addWidget(tools.spectrumTab());
     layout->addWidget(tools.recorderTab());
+    layout->addWidget(tools.dropCounterPanel(), 0, Qt::AlignLeft);
     window.show();
     tools.load();
     app.processEvents();
@@ -160,20 +163,20 @@ int main(int argc, char **argv)
     for (int k = 0; k <= scan.pointCount; ++k)
         tools.ScanFreq();
 
-    SpectrumPlot *spec = tools.spectrumTab()->plot();
+    SpectrumPlot *picture = tools.spectrumTab()->plot();
     const int rounds = 3000;
     report("scan redraw, off-screen composition", measure(rounds, [&] {
-               spec->drawTrace(scan.levels, scan.pointCount, scan.xScale);
+               picture->drawTrace(scan.levels, scan.pointCount, scan.xScale);
            }),
            wireMicros);
     report("scan redraw, composition + copy to screen", measure(rounds, [&] {
-               spec->drawTrace(scan.levels, scan.pointCount, scan.xScale);
-               spec->repaint();
+               picture->drawTrace(scan.levels, scan.pointCount, scan.xScale);
+               picture->repaint();
            }),
            wireMicros);
     report("whole scan step (exchange simulated)", measure(rounds, [&] {
                tools.ScanFreq();
-               spec->repaint();
+               picture->repaint();
            }),
            wireMicros);
 
@@ -202,6 +205,7 @@ int main(int argc, char **argv)
     rec->clearButton()->click();
     rec->slowOption()->click();
     rec->runButton()->click();
+    tools.dropCounterPanel()->runButton()->click();
     for (int k = 0; k < 3000; ++k)
         tools.RFRecorder();
     ctx.state.WorkMode = 2;
@@ -209,7 +213,8 @@ int main(int argc, char **argv)
 
     QDir().mkpath(snapshotDir);
     const bool ok = tools.spectrumTab()->grab().save(snapshotDir + QStringLiteral("/spectrum.png")) &&
-                    tools.recorderTab()->grab().save(snapshotDir + QStringLiteral("/recorder.png"));
+                    tools.recorderTab()->grab().save(snapshotDir + QStringLiteral("/recorder.png")) &&
+                    tools.dropCounterPanel()->grab().save(snapshotDir + QStringLiteral("/drops.png"));
     std::printf("snapshots %s in %s\n", ok ? "written" : "NOT written", qPrintable(snapshotDir));
     return ok ? 0 : 1;
 }

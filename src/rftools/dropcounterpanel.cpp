@@ -45,6 +45,7 @@ DropCounterPanel::DropCounterPanel(QWidget *parent) : QWidget(parent)
     buttons->addWidget(m_pause);
     buttons->addWidget(m_clear);
     grid->addLayout(buttons, 2, 0, 1, 2);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
 void DropCounterPanel::showCounting(bool on)

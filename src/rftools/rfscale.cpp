@@ -1,7 +1,7 @@
 #include "rftools/rfscale.h"
 
+#include <algorithm>
 #include <cmath>
-#include <cstdint>
 
 namespace zun {
 
@@ -10,7 +10,7 @@ namespace {
 int decadeOf(int level)
 {
     const int d = static_cast<int>(std::floor(static_cast<float>(level) / 33.0f));
-    return d > 2 ? 2 : d;
+    return std::clamp(d, 0, 2);
 }
 
 double powerOfTen(int d)
@@ -37,9 +37,7 @@ int PlotGeometry::levelY(int level) const
 
 double levelToDbm(int level)
 {
-    // The product is a 16-bit quantity on the receiver side; 0..99 never overflows it.
-    const auto product = static_cast<std::int16_t>(level * 60);
-    return product / 99.0 - 107.0;
+    return level * 60 / 99.0 - 107.0;
 }
 
 double cursorMicrovolts(int cursorLevel, int rfA)
@@ -48,7 +46,7 @@ double cursorMicrovolts(int cursorLevel, int rfA)
     double m = (rfA - 33 * d - 1) * 0.27;
     if (m < 0)
         m = 0;
-    const double scale = powerOfTen(d < 0 ? 0 : d);
+    const double scale = powerOfTen(d);
     return scale + std::nearbyint(m * scale);
 }
 
@@ -58,7 +56,7 @@ double recorderMicrovolts(int level)
     int m = static_cast<int>(std::nearbyint((level - 33 * d - 1) * 0.27));
     if (m < 0)
         m = 0;
-    const double scale = powerOfTen(d < 0 ? 0 : d);
+    const double scale = powerOfTen(d);
     return std::nearbyint(scale * m) + scale;
 }
 

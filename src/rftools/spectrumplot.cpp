@@ -17,7 +17,6 @@ SpectrumPlot::SpectrumPlot(QWidget *parent)
 {
     setMouseTracking(true);
     setCursor(Qt::CrossCursor);
-    setToolTip(QStringLiteral("Drag to read a point, click to tune the receiver there"));
 }
 
 void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xScale)
