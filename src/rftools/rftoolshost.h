@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QString>
+
+namespace zun {
+
+struct ReceiverRecord;
+
+// What the RF tools need from the detail window that hosts them. The detail
+// window implements it; tests implement it with doubles.
+class RfToolsHost
+{
+public:
+    virtual ~RfToolsHost() = default;
+
+    // The open receiver's record in the receiver table.
+    virtual ReceiverRecord &record() = 0;
+    // Two hex digits every command of the window is addressed with.
+    virtual QString addressText() const = 0;
+    // The number shown in txtBandStart, MHz.
+    virtual double bandStart() const = 0;
+    // Frequency (MHz) to the receiver's four-digit frequency code.
+    virtual QString ComputeNA(double mhz) const = 0;
+
+    // txtFreq shows this text ("000.000").
+    virtual void setTxtFreq(const QString &text) = 0;
+    // txtGroup and txtChannel show "**": the receiver is off its presets.
+    virtual void showOffPreset() = 0;
+    // The TV-channel read-out follows this frequency (MHz).
+    virtual void showTvChannel(double mhz) = 0;
+
+    // The settings tab's meter update for one reading. The host's version must
+    // call RfTools::meterReading with the same values, which keeps the shared
+    // reading and counts signal drops.
+    virtual void ShowMeters(int statusByte, int rfA, int rfB, int audioByte) = 0;
+    // The window's own level read (it ends in ShowMeters, or closes the window
+    // after its message when the receiver does not answer).
+    virtual void ReadOneAD() = 0;
+    // The window's unload after a receiver stopped answering. It must not
+    // delete the tools synchronously (close(), deleteLater()).
+    virtual void unloadForm() = 0;
+    // The squelch indicator PB_SQ: cleared, then a bar over these levels (0..99).
+    virtual void drawSquelchBar(int fromLevel, int toLevel) = 0;
+};
+
+} // namespace zun

@@ -1,0 +1,74 @@
+#include "rftools/spectrumplot.h"
+
+#include "rftools/lineraster.h"
+#include "rftools/plotparts.h"
+
+#include <QMouseEvent>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+
+namespace zun {
+
+SpectrumPlot::SpectrumPlot(QWidget *parent)
+    : PlotCanvas(QStringLiteral("PB_Spec"), QSize(600, 241), 10, parent),
+      m_diamond(new DiamondMarker(this)), m_squelchLine(new SquelchLine(QStringLiteral("SQ_Line1"), this))
+{
+    setMouseTracking(true);
+    setCursor(Qt::CrossCursor);
+}
+
+void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xScale)
+{
+    ensureImages();
+    const PlotGeometry g = plotGeometry();
+    const int last = std::min<int>(pointCount, static_cast<int>(levels.size()) - 1);
+
+    std::array<int, 100> rows{};
+    for (int v = 0; v < 100; ++v)
+        rows[v] = g.levelY(v);
+    auto pointAt = [&](int i) {
+        const int v = levels[i];
+        const int y = v >= 0 && v < 100 ? rows[v] : g.levelY(v);
+        return toDevice(static_cast<int>(std::floor(i * xScale)), y);
+    };
+
+    // Two interleaved polylines, each segment spanning two points: the odd
+    // points hang from the origin on the base line, the even ones from point 0.
+    // This is the trace's intended look, not a shortcut.
+    m_oddPoints.clear();
+    m_evenPoints.clear();
+    m_oddPoints.push_back(toDevice(0, g.baseLine));
+    for (int i = 0; i <= last; ++i)
+        (i % 2 ? m_oddPoints : m_evenPoints).push_back(pointAt(i));
+
+    // The whole picture is redone: background first, then the trace.
+    if (m_shown.size() == m_background.size() && m_shown.bytesPerLine() == m_background.bytesPerLine())
+        std::memcpy(m_shown.bits(), m_background.constBits(), static_cast<std::size_t>(m_background.sizeInBytes()));
+    else
+        m_shown = m_background.copy();
+    const QRgb green = plotColors::kTrace.rgb();
+    rasterPolyline(m_shown, m_oddPoints.data(), static_cast<int>(m_oddPoints.size()), green);
+    rasterPolyline(m_shown, m_evenPoints.data(), static_cast<int>(m_evenPoints.size()), green);
+}
+
+void SpectrumPlot::mouseMoveEvent(QMouseEvent *event)
+{
+    emit pointerMoved(event->position().x(), event->buttons());
+}
+
+void SpectrumPlot::mousePressEvent(QMouseEvent *event)
+{
+    m_leftPressed = event->button() == Qt::LeftButton;
+}
+
+void SpectrumPlot::mouseReleaseEvent(QMouseEvent *event)
+{
+    const bool click = m_leftPressed && event->button() == Qt::LeftButton && rect().contains(event->position().toPoint());
+    m_leftPressed = false;
+    if (click)
+        emit clicked();
+}
+
+} // namespace zun

@@ -1,0 +1,250 @@
+#include "rftools/spectrumscan.h"
+
+#include "core/context.h"
+#include "link/hex.h"
+#include "rftools/plotparts.h"
+#include "rftools/rftoolshost.h"
+#include "rftools/scanstate.h"
+#include "rftools/spectrumplot.h"
+#include "rftools/spectrumtab.h"
+
+#include <QLabel>
+#include <QPushButton>
+
+#include <algorithm>
+
+namespace zun {
+
+namespace {
+constexpr int kScanMode = 3;
+constexpr int kIdleMode = 2;
+
+// Two hex digits of the reply from 1-based position pos.
+int replyByte(const QString &reply, int pos)
+{
+    return HexToNum(QStringView(reply).mid(pos - 1, 2));
+}
+
+// An antenna reading as the scan takes it: raised by 5 and held at 255
+// before the table, which is how this command's readings line up with "N".
+int scanLevel(const LevelTable &table, int raw)
+{
+    return table[static_cast<std::size_t>(std::clamp(raw + 5, 0, 255))];
+}
+
+// The run time's number-to-text: positive numbers get a leading blank.
+QString numberText(int value)
+{
+    return value >= 0 ? QLatin1Char(' ') + QString::number(value) : QString::number(value);
+}
+} // namespace
+
+SpectrumScan::SpectrumScan(Context &ctx, RfToolsHost &host, ScanState &state, SpectrumTab &tab, QObject *parent)
+    : QObject(parent), m_ctx(ctx), m_host(host), m_state(state), m_tab(tab)
+{
+    SpectrumPlot *plot = m_tab.plot();
+    connect(m_tab.runButton(), &QPushButton::clicked, this, &SpectrumScan::SP_RunClick);
+    connect(m_tab.clearButton(), &QPushButton::clicked, this, &SpectrumScan::SP_ClearClick);
+    connect(m_tab.peakButton(), &QPushButton::clicked, this, &SpectrumScan::SP_PeakClick);
+    connect(m_tab.nextPeakButton(), &QPushButton::clicked, this, &SpectrumScan::SP_Peak_NextClick);
+    connect(&m_tab, &SpectrumTab::stepChosen, this, &SpectrumScan::stepChosen);
+    connect(plot, &SpectrumPlot::pointerMoved, this, &SpectrumScan::pointerMoved);
+    connect(plot, &SpectrumPlot::clicked, this, &SpectrumScan::pictureClicked);
+    // A rebuilt picture (new pixel ratio) would otherwise stay blank until the next step.
+    connect(plot, &SpectrumPlot::pictureRebuilt, this, &SpectrumScan::redrawTrace);
+}
+
+void SpectrumScan::load()
+{
+    const ReceiverRecord &record = m_host.record();
+    m_state.setPointCount(record.bandWidth);
+    m_state.setGeometry(m_tab.plot()->width(), m_tab.plot()->height());
+    m_state.step = m_tab.checkedStep();
+    m_state.cursorY = m_state.geometry.baseLine;
+    const double start = m_host.bandStart();
+    m_tab.bandStartLabel()->setText(formatMHz(start));
+    m_tab.bandStopLabel()->setText(formatMHz(pointFrequency(start, m_state.pointCount)));
+    DiamondMarker *diamond = m_tab.plot()->diamond();
+    diamond->placeAt(m_state.cursorX - diamond->width() / 2, m_state.cursorY - diamond->height());
+    updateRunCaption();
+}
+
+double SpectrumScan::cursorFrequency() const
+{
+    return pointFrequency(m_host.bandStart(), m_state.scanIndex);
+}
+
+bool SpectrumScan::ScanFreq()
+{
+    ReceiverRecord &record = m_host.record();
+    const double f = cursorFrequency();
+    const QString code = m_host.ComputeNA(f);
+
+    QString reply;
+    const QString command = QLatin1Char('#') + m_host.addressText() + QLatin1Char('E') + code + QLatin1Char('\r');
+    if (!m_ctx.link.SendCommand(command, 12, reply, 250)) {
+        m_ctx.platform.dialogs.message(record.name + QStringLiteral(" no response!, address=") +
+                                           numberText(record.address) + QStringLiteral("\r\n"),
+                                       MessageButtons::Ok);
+        m_ctx.state.WorkMode = 1;
+        m_host.unloadForm();
+        return true;
+    }
+
+    const LevelTable &table = m_ctx.state.levelTable;
+    m_state.statusByte = replyByte(reply, 4);
+    m_state.rfA = scanLevel(table, replyByte(reply, 6));
+    m_state.rfB = scanLevel(table, replyByte(reply, 8));
+    m_state.audioByte = replyByte(reply, 10);
+
+    m_host.showOffPreset();
+    m_host.setTxtFreq(formatMHz(f));
+    record.manualFreq = true;
+    record.manualFreqCode = code;
+
+    m_host.ShowMeters(m_state.statusByte, m_state.rfA, m_state.rfB, m_state.audioByte);
+
+    m_state.storeLevel();
+    redrawTrace();
+    ShowSpecCursor();
+    m_host.showTvChannel(f);
+    m_tab.plot()->present();
+
+    m_state.timer.update(m_ctx.platform.clock.secondsSinceMidnight());
+    m_tab.elapsedLabel()->setText(QLatin1Char(' ') + FormatElapsed(m_state.timer.elapsedSeconds()));
+
+    if (m_state.stopReached(m_tab.sweepMode()))
+        m_ctx.state.WorkMode = kIdleMode;
+    updateRunCaption();
+    m_state.advance();
+    return true;
+}
+
+void SpectrumScan::redrawTrace()
+{
+    m_tab.plot()->drawTrace(m_state.levels, m_state.pointCount, m_state.xScale);
+}
+
+void SpectrumScan::ShowSpecCursor()
+{
+    m_state.placeCursorY();
+    DiamondMarker *diamond = m_tab.plot()->diamond();
+    diamond->placeAt(m_state.cursorX - 3, m_state.cursorY - diamond->height());
+
+    const double f = cursorFrequency();
+    m_tab.frequencyReadout()->setText(formatMHz(f) + QStringLiteral("MHz"));
+    m_tab.dbmReadout()->setText(formatDbm(levelToDbm(m_state.level)));
+    m_tab.microvoltReadout()->setText(formatMicrovolts(cursorMicrovolts(m_state.level, m_state.rfA)));
+    m_host.record().manualFreqCode = m_host.ComputeNA(f);
+}
+
+void SpectrumScan::tune(int timeoutMillis)
+{
+    QString reply;
+    const QString command = QLatin1Char('#') + m_host.addressText() + QLatin1Char('K') +
+                            m_host.record().manualFreqCode + QLatin1Char('\r');
+    if (!m_ctx.link.SendCommand(command, 4, reply, timeoutMillis))
+        m_ctx.platform.dialogs.message(QStringLiteral("No Response from receiver!"), MessageButtons::Ok);
+}
+
+void SpectrumScan::updateRunCaption()
+{
+    m_tab.runButton()->setText(m_ctx.state.WorkMode == kScanMode ? QStringLiteral("Stop") : QStringLiteral("Run"));
+}
+
+void SpectrumScan::SP_RunClick()
+{
+    m_state.peakListValid = false;
+    if (m_ctx.state.WorkMode == kScanMode) {
+        m_ctx.state.WorkMode = kIdleMode;
+        m_state.timer.stop();
+    } else {
+        m_ctx.state.WorkMode = kScanMode;
+        m_state.timer.start(m_ctx.platform.clock.secondsSinceMidnight());
+    }
+    updateRunCaption();
+}
+
+void SpectrumScan::SP_ClearClick()
+{
+    m_ctx.state.WorkMode = kIdleMode;
+    m_state.clear();
+    m_tab.plot()->clearPicture();
+    DiamondMarker *diamond = m_tab.plot()->diamond();
+    diamond->placeAt(m_state.cursorX - diamond->width() / 2, m_state.cursorY - diamond->height());
+    m_tab.elapsedLabel()->setText(QStringLiteral(" 00:00:00:0"));
+    updateRunCaption();
+}
+
+void SpectrumScan::SP_PeakClick()
+{
+    if (!m_state.peakListValid)
+        m_ctx.state.WorkMode = kIdleMode; // the scan stops before the list is sorted
+    m_state.goToStrongest();
+    ShowSpecCursor();
+    tune(300);
+    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+    updateRunCaption();
+}
+
+void SpectrumScan::SP_Peak_NextClick()
+{
+    if (!m_state.goToNextPeak())
+        return;
+    ShowSpecCursor();
+    tune(300);
+    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+    updateRunCaption();
+}
+
+void SpectrumScan::pointerMoved(double x, Qt::MouseButtons buttons)
+{
+    m_state.notePointer(x, m_tab.plot()->width());
+    // Dragging reads points without retuning the receiver.
+    if (buttons == Qt::LeftButton) {
+        m_state.moveCursorTo(m_state.pointUnderPointer());
+        ShowSpecCursor();
+    }
+}
+
+void SpectrumScan::pictureClicked()
+{
+    m_state.moveCursorTo(m_state.pointUnderPointer());
+    ShowSpecCursor();
+    tune(300);
+    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+}
+
+void SpectrumScan::stepChosen(int points)
+{
+    m_state.step = points;
+}
+
+void SpectrumScan::tabClicked(int previousTab)
+{
+    if (previousTab == 1)
+        updateRunCaption();
+}
+
+void SpectrumScan::cmdNextClick()
+{
+    m_state.markerNext();
+    ShowSpecCursor();
+    tune(250);
+    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+}
+
+void SpectrumScan::cmdPrevClick()
+{
+    m_state.markerPrevious();
+    ShowSpecCursor();
+    tune(250);
+    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+}
+
+void SpectrumScan::placeSquelchLine()
+{
+    m_tab.plot()->squelchLine()->setRow(m_state.yOf(m_state.squelchLevel));
+}
+
+} // namespace zun
