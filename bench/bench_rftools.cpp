@@ -66,14 +66,15 @@ public:
     void showOffPreset() override {}
     void showTvChannel(double) override {}
     void ShowMeters(int status, int rfA, int rfB, int audio) override { tools->meterReading(status, rfA, rfB, audio); }
-    void ReadOneAD() override
+    bool ReadOneAD() override
     {
         QString reply;
         if (!m_ctx.link.SendCommand(QLatin1Char('%') + addressText() + QStringLiteral("N\r"), 12, reply, 250))
-            return;
+            return true;
         const auto &table = m_ctx.state.levelTable;
         auto level = [&](int pos) { return table[std::min(HexToNum(QStringView(reply).mid(pos, 2)) + 5, 255)]; };
         ShowMeters(HexToNum(QStringView(reply).mid(3, 2)), level(5), level(7), HexToNum(QStringView(reply).mid(9, 2)));
+        return true;
     }
     void unloadForm() override {}
     void drawSquelchBar(int, int) override {}

@@ -39,9 +39,4 @@ int deviationLevel(int audio)
     return audioMeterValue(audio);
 }
 
-double levelToDbm(int level)
-{
-    return level * 60 / 99.0 - 107;
-}
-
 } // namespace zun

@@ -33,7 +33,5 @@ std::optional<QColor> batteryColour(const QString &text);
 // tapered so that speech fills the lower part and clipping the top.
 int deviationLevel(int audio);
 
-// RF display level 0..99 as dBm (-107..-47).
-double levelToDbm(int level);
 
 } // namespace zun

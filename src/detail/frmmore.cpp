@@ -1,4 +1,9 @@
+#include "rftools/rfscale.h"
 #include "detail/frmmore.h"
+
+#include "rftools/dropcounterpanel.h"
+#include "rftools/recordertab.h"
+#include "rftools/spectrumtab.h"
 
 #include "core/context.h"
 #include "detail/detailhost.h"
@@ -53,25 +58,27 @@ void FrmMore::buildWindow()
 {
     m_tabs = named(new QTabWidget(this), QStringLiteral("SSTab1"));
     m_settings = new SettingsTab(m_tabs);
-    m_spectrumTab = new QWidget(m_tabs);
-    m_spectrumTab->setObjectName(QStringLiteral("tabSpectrum"));
-    m_recorderTab = new QWidget(m_tabs);
-    m_recorderTab->setObjectName(QStringLiteral("tabRFMonitor"));
+    m_tools = new RfTools(m_ctx, *this, this);
+    m_spectrumTab = m_tools->spectrumTab();
+    m_recorderTab = m_tools->recorderTab();
+    m_settings->extraArea->addWidget(m_tools->dropCounterPanel());
     m_tabs->addTab(m_settings, QStringLiteral("Settings"));
     m_tabs->addTab(m_spectrumTab, QStringLiteral("Spectrum"));
     m_tabs->addTab(m_recorderTab, QStringLiteral("RF-Monitor"));
 
     // The step serves the frequency buttons and the spectrum scan alike, so it
     // sits outside the tabs; so does the scan marker, which retunes the receiver.
-    m_frameA = named(new QGroupBox(QStringLiteral("Step (kHz)"), this), QStringLiteral("FrameA"));
+    // The scan's step frame (Frame1 with Option1..Option4) moves out here.
+    m_frameA = new QWidget(this);
+    m_frameA->setObjectName(QStringLiteral("FrameA"));
+    m_frameA->setAccessibleDescription(QStringLiteral("FrameA"));
     auto *stepRow = new QHBoxLayout(m_frameA);
-    const char *stepCaptions[4] = {"25", "50", "100", "125"};
-    for (int i = 0; i < 4; ++i) {
-        m_option[i] = named(new QRadioButton(QString::fromLatin1(stepCaptions[i]), m_frameA),
-                            QStringLiteral("Option%1").arg(i + 1));
-        stepRow->addWidget(m_option[i]);
-    }
-    m_option[0]->setChecked(true);
+    stepRow->setContentsMargins(0, 0, 0, 0);
+    QWidget *frame1 = m_spectrumTab->findChild<QWidget *>(QStringLiteral("Frame1"));
+    frame1->setParent(m_frameA);
+    stepRow->addWidget(frame1);
+    for (int i = 0; i < 4; ++i)
+        m_option[i] = m_tools->spectrumTab()->stepOption(i + 1);
 
     m_frameB = named(new QGroupBox(QStringLiteral("Scan marker"), this), QStringLiteral("FrameB"));
     auto *markerRow = new QHBoxLayout(m_frameB);
@@ -137,12 +144,20 @@ void FrmMore::connectControls()
         });
     }
     connect(m_cmdNext, &QPushButton::clicked, this, [this] {
+        m_tools->cmdNextClick();
         if (m_markerHook)
             m_markerHook(+1);
     });
     connect(m_cmdPrev, &QPushButton::clicked, this, [this] {
+        m_tools->cmdPrevClick();
         if (m_markerHook)
             m_markerHook(-1);
+    });
+    // The scan wants to know which tab was left.
+    connect(m_tabs, &QTabWidget::currentChanged, this, [this](int now) {
+        const int left = m_shownTab;
+        m_shownTab = now;
+        m_tools->SSTab1Click(left);
     });
 
     for (QLineEdit *box : {s.txtAddr, s.txtRName, s.txtFreq})
@@ -182,8 +197,6 @@ void FrmMore::load()
     s.txtBandStart->setText(formatFreq(ComputeFreq(r.bandStartCode)));
     s.txtBandStop->setText(formatFreq(leadingValue(s.txtBandStart->text()) + r.bandWidth * 0.025));
 
-    m_scan.resize(r.bandWidth);
-    m_scan.step = m_stepMultiplier;
     ShowSquelch();
     m_battery.reset();
     showBattery(m_host.panelBatteryText(m_index));
@@ -193,6 +206,44 @@ void FrmMore::load()
     s.PB_Dev->setLevel(0, kDeviation);
     s.lbRFAValue->setText(QStringLiteral("— dBm"));
     s.lbRFBValue->setText(QStringLiteral("— dBm"));
+    m_tools->load();
+}
+
+double FrmMore::bandStart() const
+{
+    return leadingValue(m_settings->txtBandStart->text());
+}
+
+QString FrmMore::ComputeNA(double mhz) const
+{
+    return zun::ComputeNA(mhz);
+}
+
+void FrmMore::setTxtFreq(const QString &text)
+{
+    m_settings->txtFreq->setText(text);
+}
+
+void FrmMore::showOffPreset()
+{
+    m_settings->txtGroup->setText(QStringLiteral("**"));
+    m_settings->txtChannel->setText(QStringLiteral("**"));
+}
+
+void FrmMore::showTvChannel(double mhz)
+{
+    m_settings->TV->setText(TvChannel(m_ctx.state.TVtype, mhz));
+}
+
+void FrmMore::unloadForm()
+{
+    // The window deletes itself later, after the step that asked is over.
+    close();
+}
+
+void FrmMore::drawSquelchBar(int, int)
+{
+    // PB_SQ draws its bar from the squelch level it is given in ShowSquelch.
 }
 
 double FrmMore::ComputeFreq(QStringView code)
@@ -244,6 +295,7 @@ void FrmMore::ShowMeters(int audio, int rfA, int rfB, int battery)
         if (const auto text = m_battery.add(battery))
             showBattery(*text);
     }
+    m_tools->meterReading(audio, rfA, rfB, battery);
     if (m_meterHook)
         m_meterHook(rfA, rfB, m_squelchLevel);
 }
@@ -254,6 +306,7 @@ void FrmMore::ShowSquelch()
     m_squelchLevel = zun::squelchLevel(m_ctx.state.levelTable, squelch);
     m_settings->PB_SQ->setSquelchLevel(m_squelchLevel);
     m_settings->lbSQValue->setText(QStringLiteral("SQ %1").arg(squelch));
+    m_tools->ShowSquelch();
     if (m_squelchHook)
         m_squelchHook(m_squelchLevel);
 }
@@ -279,7 +332,6 @@ void FrmMore::showMuteImage(bool muted)
 void FrmMore::setStep(int multiplier)
 {
     m_stepMultiplier = multiplier;
-    m_scan.step = multiplier;
     if (m_stepHook)
         m_stepHook(multiplier);
 }

@@ -3,7 +3,8 @@
 #include "detail/battery.h"
 #include "core/receiverrecord.h"
 #include "detail/presets.h"
-#include "detail/scanstate.h"
+#include "rftools/rftools.h"
+#include "rftools/rftoolshost.h"
 
 #include <QString>
 #include <QStringView>
@@ -27,7 +28,7 @@ class SettingsTab;
 // it was made. The opener calls load(), shows it and sets WorkMode 2; from
 // then on the work loop calls ReadOneAD() until the window closes itself.
 // The window deletes itself when closed.
-class FrmMore : public QWidget
+class FrmMore : public QWidget, public RfToolsHost
 {
     Q_OBJECT
 public:
@@ -38,11 +39,11 @@ public:
 
     // One level read of the receiver for the meters. True when it sent
     // something; a silent receiver closes the window after one message.
-    bool ReadOneAD();
+    bool ReadOneAD() override;
 
     // Meter update from one level reading: the first byte of the reply is the
     // audio level, the fourth the battery reading; RF levels already 0..99.
-    void ShowMeters(int audio, int rfA, int rfB, int battery);
+    void ShowMeters(int audio, int rfA, int rfB, int battery) override;
     // Squelch bar (and, through the hook, the RF tools' squelch lines).
     void ShowSquelch();
 
@@ -56,7 +57,18 @@ public:
     QTabWidget *tabs() const { return m_tabs; }
 
     int receiverIndex() const { return m_index; }
-    QString addressText() const { return m_addressText; }
+    QString addressText() const override { return m_addressText; }
+    RfTools &tools() const { return *m_tools; }
+
+    // What the RF tools ask of this window.
+    ReceiverRecord &record() override;
+    double bandStart() const override;
+    QString ComputeNA(double mhz) const override;
+    void setTxtFreq(const QString &text) override;
+    void showOffPreset() override;
+    void showTvChannel(double mhz) override;
+    void unloadForm() override;
+    void drawSquelchBar(int fromLevel, int toLevel) override;
     const PresetTable &presetTable() const { return m_presets; }
     int lastRfA() const { return m_rfA; }
     int lastRfB() const { return m_rfB; }
@@ -66,7 +78,6 @@ public:
     // The step chosen with Option1..Option4 in 25 kHz units: 1, 2, 4 or 5.
     int stepMultiplier() const { return m_stepMultiplier; }
     // Points 0..N of the band (N = the record's band width), sized at load.
-    ScanState &scanState() { return m_scan; }
 
     // Called after every meter update with the mapped levels and the squelch level.
     void setMeterHook(std::function<void(int rfA, int rfB, int squelchLevel)> hook) { m_meterHook = std::move(hook); }
@@ -84,7 +95,6 @@ protected:
 private:
     void buildWindow();
     void connectControls();
-    ReceiverRecord &record();
     void showMuteImage(bool muted);
     void setStep(int multiplier);
     void showBattery(const QString &text);
@@ -125,7 +135,7 @@ private:
     SettingsTab *m_settings = nullptr;
     QWidget *m_spectrumTab = nullptr;
     QWidget *m_recorderTab = nullptr;
-    QGroupBox *m_frameA = nullptr;
+    QWidget *m_frameA = nullptr;
     QGroupBox *m_frameB = nullptr;
     QRadioButton *m_option[4] = {};
     QPushButton *m_cmdKob = nullptr;
@@ -145,7 +155,8 @@ private:
     int m_batteryReading = 0;
     int m_squelchLevel = 0;
     BatteryMean m_battery;
-    ScanState m_scan;
+    RfTools *m_tools = nullptr;
+    int m_shownTab = 0;
     ReceiverRecord m_spare; // stands in when the selected index is stale
 
     std::function<void(int, int, int)> m_meterHook;

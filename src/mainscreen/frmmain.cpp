@@ -217,6 +217,8 @@ void FrmMain::installSteps(WorkLoop &loop)
 {
     loop.setStep(1, [this] { return ReadAllAD(m_ctx, *this); });
     loop.setStep(2, [this] { return m_more ? m_more->ReadOneAD() : false; });
+    loop.setStep(3, [this] { return m_more ? m_more->tools().ScanFreq() : false; });
+    loop.setStep(4, [this] { return m_more ? m_more->tools().RFRecorder() : false; });
 }
 
 void FrmMain::UpdateLinkMenus()

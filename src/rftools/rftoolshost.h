@@ -35,7 +35,7 @@ public:
     virtual void ShowMeters(int statusByte, int rfA, int rfB, int audioByte) = 0;
     // The window's own level read (it ends in ShowMeters, or closes the window
     // after its message when the receiver does not answer).
-    virtual void ReadOneAD() = 0;
+    virtual bool ReadOneAD() = 0;
     // The window's unload after a receiver stopped answering. It must not
     // delete the tools synchronously (close(), deleteLater()).
     virtual void unloadForm() = 0;

@@ -199,7 +199,7 @@ void TstDetailControls::kob()
     rig.desktop.script = [&](int call) {
         if (call == 1)
             lockedAndOpen = !f->tabs()->isEnabled() && !exit->isEnabled() && kob->isEnabled() &&
-                            !f->findChild<QGroupBox *>(QStringLiteral("FrameA"))->isEnabled() &&
+                            !f->findChild<QWidget *>(QStringLiteral("FrameA"))->isEnabled() &&
                             !f->findChild<QGroupBox *>(QStringLiteral("FrameB"))->isEnabled() && !f->close() &&
                             f->isVisible();
         if (call == abortAtCall)

@@ -98,7 +98,7 @@ void TstDetailTuning::load()
     QCOMPARE(s.txtFreq->text(), manual ? QStringLiteral("855.000") : QStringLiteral("850.000"));
     QCOMPARE(s.txtBandStart->text() + s.txtBandStop->text(), QStringLiteral("800.000900.000"));
     QCOMPARE(s.TV->text(), QStringLiteral("62")); // the band start is converted last
-    QCOMPARE(rig.form->scanState().levels.size(), size_t(4001));
+    QCOMPARE(rig.form->tools().scanState().levels.size(), size_t(4001));
     QCOMPARE(s.BatV->text(), QStringLiteral("80%"));
     QCOMPARE(s.BatV->palette().color(QPalette::Window), QColor(0xFF, 0xFF, 0x00));
     QCOMPARE(s.Mute->property("image").toString(), QStringLiteral("SpeakerOFF"));

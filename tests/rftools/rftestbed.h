@@ -133,14 +133,15 @@ public:
         ++meterCalls;
         tools->meterReading(status, rfA, rfB, audio);
     }
-    void ReadOneAD() override
+    bool ReadOneAD() override
     {
         QString reply;
         if (!m_ctx.link.SendCommand(QStringLiteral("%05N\r"), 12, reply, 250))
-            return;
+            return true;
         const auto &table = m_ctx.state.levelTable;
         auto level = [&](int pos) { return table[std::min(HexToNum(reply.mid(pos, 2)) + 5, 255)]; };
         ShowMeters(HexToNum(reply.mid(3, 2)), level(5), level(7), HexToNum(reply.mid(9, 2)));
+        return true;
     }
     void unloadForm() override { ++unloads; }
     void drawSquelchBar(int from, int to) override { squelchBar = {from, to}; }
