@@ -17,9 +17,9 @@
 #include "rftools/recordertab.h"
 #include "rftools/rftools.h"
 #include "rftools/rftoolshost.h"
-#include "rftools/spectrumplot.h"
-#include "rftools/spectrumscan.h"
-#include "rftools/spectrumtab.h"
+#include "rftools/scanplot.h"
+#include "rftools/scansweep.h"
+#include "rftools/scantab.h"
 #include "sim/demobus.h"
 #include "sim/simserialline.h"
 

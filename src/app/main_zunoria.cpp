@@ -60,10 +60,10 @@ int main(int argc, char *argv[])
     zun::QtDialogs dialogs;
     zun::QtDesktop desktop;
     zun::PortMap portMap(settings);
-    for (const QString &spec : options.ports) {
-        if (!portMap.addOverride(spec)) {
+    for (const QString &mapping : options.ports) {
+        if (!portMap.addOverride(mapping)) {
             std::fprintf(stderr, "zunoria: --port expects COMn=DEVICE with n from 1 to 8, not \"%s\"\n",
-                         qPrintable(spec));
+                         qPrintable(mapping));
             return 2;
         }
     }

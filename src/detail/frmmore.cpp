@@ -3,7 +3,7 @@
 
 #include "rftools/dropcounterpanel.h"
 #include "rftools/recordertab.h"
-#include "rftools/spectrumtab.h"
+#include "rftools/scantab.h"
 
 #include "core/context.h"
 #include "detail/detailhost.h"

@@ -64,11 +64,11 @@ PortMap::PortMap(const SettingsStore &settings, Enumerator enumerate, QString co
 {
 }
 
-bool PortMap::addOverride(const QString &spec)
+bool PortMap::addOverride(const QString &mapping)
 {
     static const QRegularExpression form(QStringLiteral("^\\s*COM([1-8])\\s*=\\s*(\\S.*?)\\s*$"),
                                          QRegularExpression::CaseInsensitiveOption);
-    const auto match = form.match(spec);
+    const auto match = form.match(mapping);
     if (!match.hasMatch())
         return false;
     m_overrides[match.captured(1).toInt()] = absoluteDevice(match.captured(2));

@@ -36,7 +36,7 @@ public:
 
     // Takes "COM3=/dev/ttyUSB0" (later texts for the same n win). False,
     // and nothing changes, when the text is malformed.
-    bool addOverride(const QString &spec);
+    bool addOverride(const QString &mapping);
 
     // The device for port n with symbolic links resolved; empty when n is
     // out of range or nothing is mapped to it.

@@ -5,8 +5,8 @@
 #include "rftools/recordertab.h"
 #include "rftools/rfrecorder.h"
 #include "rftools/rftoolshost.h"
-#include "rftools/spectrumscan.h"
-#include "rftools/spectrumtab.h"
+#include "rftools/scansweep.h"
+#include "rftools/scantab.h"
 
 #include <QLabel>
 #include <QPushButton>

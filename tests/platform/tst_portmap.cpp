@@ -132,7 +132,7 @@ void TestPortMap::enumerationOrder()
 
 void TestPortMap::overrideText_data()
 {
-    QTest::addColumn<QString>("spec");
+    QTest::addColumn<QString>("mapping");
     QTest::addColumn<int>("port");
     QTest::addColumn<QString>("device");
 
@@ -148,13 +148,13 @@ void TestPortMap::overrideText_data()
 
 void TestPortMap::overrideText()
 {
-    QFETCH(QString, spec);
+    QFETCH(QString, mapping);
     QFETCH(int, port);
     QFETCH(QString, device);
 
     MemorySettingsStore store;
     PortMap map(store, fixed({}), QString());
-    QCOMPARE(map.addOverride(spec), port != 0);
+    QCOMPARE(map.addOverride(mapping), port != 0);
     for (int n = 1; n <= PortMap::kPortCount; ++n) {
         QCOMPARE(map.devicePath(n), n == port ? device : QString());
         QCOMPARE(map.source(n), n == port ? PortMap::Source::Override : PortMap::Source::None);
@@ -192,8 +192,8 @@ void TestPortMap::commandLineOption()
     QVERIFY(parser.parse({"zunoria", "--port", "COM1=/dev/zunA", "--port=com2=zunB"}));
     MemorySettingsStore store;
     PortMap map(store, fixed({}), QString());
-    for (const QString &spec : parser.values(QStringLiteral("port")))
-        QVERIFY(map.addOverride(spec));
+    for (const QString &mapping : parser.values(QStringLiteral("port")))
+        QVERIFY(map.addOverride(mapping));
     QCOMPARE(map.devicePath(1), QStringLiteral("/dev/zunA"));
     QCOMPARE(map.devicePath(2), QStringLiteral("/dev/zunB"));
 }

@@ -4,9 +4,9 @@
 #include "rftools/plotparts.h"
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
-#include "rftools/spectrumplot.h"
-#include "rftools/spectrumscan.h"
-#include "rftools/spectrumtab.h"
+#include "rftools/scanplot.h"
+#include "rftools/scansweep.h"
+#include "rftools/scantab.h"
 
 #include <QLabel>
 #include <QPushButton>

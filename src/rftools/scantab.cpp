@@ -1,9 +1,9 @@
-#include "rftools/spectrumtab.h"
+#include "rftools/scantab.h"
 
 #include "rftools/plotframe.h"
 #include "rftools/plotparts.h"
 #include "rftools/rfnaming.h"
-#include "rftools/spectrumplot.h"
+#include "rftools/scanplot.h"
 
 #include <QGroupBox>
 #include <QHBoxLayout>

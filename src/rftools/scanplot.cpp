@@ -1,4 +1,4 @@
-#include "rftools/spectrumplot.h"
+#include "rftools/scanplot.h"
 
 #include "rftools/lineraster.h"
 #include "rftools/plotparts.h"

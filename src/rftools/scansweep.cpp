@@ -1,12 +1,12 @@
-#include "rftools/spectrumscan.h"
+#include "rftools/scansweep.h"
 
 #include "core/context.h"
 #include "link/hex.h"
 #include "rftools/plotparts.h"
 #include "rftools/rftoolshost.h"
 #include "rftools/scanstate.h"
-#include "rftools/spectrumplot.h"
-#include "rftools/spectrumtab.h"
+#include "rftools/scanplot.h"
+#include "rftools/scantab.h"
 
 #include <QLabel>
 #include <QPushButton>
