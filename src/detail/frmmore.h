@@ -123,6 +123,7 @@ private:
     void txtRNameKeyPress(int &keyAscii);
     void cmdSQdecMouseDown();
     void cmdSQincMouseDown();
+    void holdSquelch(int direction);
     void squelchRelease();
     void MuteClick();
     void cmdKobClick();

@@ -118,31 +118,21 @@ void FrmMore::txtRNameKeyPress(int &keyAscii)
 
 void FrmMore::cmdSQdecMouseDown()
 {
-    m_squelchHeld = true;
-    if (record().squelch > 1)
-        --record().squelch;
-    ShowSquelch();
-    if (!doEvents())
-        return;
-    if (m_squelchHeld) {
-        m_ctx.link.Delay(400);
-        if (!doEvents())
-            return;
-    }
-    while (m_squelchHeld && record().squelch >= 2) {
-        --record().squelch;
-        ShowSquelch();
-        m_ctx.link.Delay(20);
-        if (!doEvents())
-            return;
-    }
+    holdSquelch(-1);
 }
 
 void FrmMore::cmdSQincMouseDown()
 {
+    holdSquelch(+1);
+}
+
+void FrmMore::holdSquelch(int direction)
+{
+    // The squelch runs 1..99; the button repeats while it is held.
+    const auto canStep = [&] { return direction < 0 ? record().squelch > 1 : record().squelch < 99; };
     m_squelchHeld = true;
-    if (record().squelch < 99)
-        ++record().squelch;
+    if (canStep())
+        record().squelch += direction;
     ShowSquelch();
     if (!doEvents())
         return;
@@ -151,8 +141,8 @@ void FrmMore::cmdSQincMouseDown()
         if (!doEvents())
             return;
     }
-    while (m_squelchHeld && record().squelch < 99) {
-        ++record().squelch;
+    while (m_squelchHeld && canStep()) {
+        record().squelch += direction;
         ShowSquelch();
         m_ctx.link.Delay(20);
         if (!doEvents())

@@ -22,19 +22,13 @@ void ClickLabel::setShrinkToFit(bool on)
 
 void ClickLabel::mousePressEvent(QMouseEvent *event)
 {
-    m_pressed = event->button();
-    event->accept();
+    m_click.press(event);
 }
 
 void ClickLabel::mouseReleaseEvent(QMouseEvent *event)
 {
-    const Qt::MouseButton button = event->button();
-    const bool inside = rect().contains(event->position().toPoint());
-    const bool same = button == m_pressed;
-    m_pressed = Qt::NoButton;
-    event->accept();
-    if (inside && same)
-        emit clicked(button, event->globalPosition().toPoint());
+    if (const auto button = m_click.release(event, rect()))
+        emit clicked(*button, event->globalPosition().toPoint());
 }
 
 void ClickLabel::paintEvent(QPaintEvent *event)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mainscreen/clickfilter.h"
+
 #include <QLabel>
 #include <QPoint>
 
@@ -26,7 +28,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    Qt::MouseButton m_pressed = Qt::NoButton;
+    ClickFilter m_click;
     bool m_shrinkToFit = false;
 };
 

@@ -60,19 +60,13 @@ void ImageSign::paintEvent(QPaintEvent *)
 
 void ImageSign::mousePressEvent(QMouseEvent *event)
 {
-    m_pressed = event->button();
-    event->accept();
+    m_click.press(event);
 }
 
 void ImageSign::mouseReleaseEvent(QMouseEvent *event)
 {
-    const Qt::MouseButton button = event->button();
-    const bool inside = rect().contains(event->position().toPoint());
-    const bool same = button == m_pressed;
-    m_pressed = Qt::NoButton;
-    event->accept();
-    if (inside && same)
-        emit clicked(button, event->globalPosition().toPoint());
+    if (const auto button = m_click.release(event, rect()))
+        emit clicked(*button, event->globalPosition().toPoint());
 }
 
 } // namespace zun

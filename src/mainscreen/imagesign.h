@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mainscreen/clickfilter.h"
+
 #include <QPoint>
 #include <QString>
 #include <QWidget>
@@ -33,7 +35,7 @@ protected:
 private:
     QString m_name;
     int m_side = 16;
-    Qt::MouseButton m_pressed = Qt::NoButton;
+    ClickFilter m_click;
 };
 
 } // namespace zun
