@@ -26,17 +26,11 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include "platform/widgetname.h"
 
 namespace zun {
 
 namespace {
-template <typename W> W *named(W *widget, const QString &name)
-{
-    widget->setObjectName(name);
-    widget->setAccessibleDescription(name);
-    return widget;
-}
-
 const QColor kLowRf(255, 0, 0);
 const QColor kRfA(0, 0, 255);
 const QColor kRfB(0x80, 0x80, 0xFF);

@@ -11,17 +11,11 @@
 #include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include "platform/widgetname.h"
 
 namespace zun {
 
 namespace {
-template <typename W> W *named(W *widget, const QString &name)
-{
-    widget->setObjectName(name);
-    widget->setAccessibleDescription(name);
-    return widget;
-}
-
 QLineEdit *field(const QString &name, int characters, bool readOnly, QWidget *parent)
 {
     auto *edit = named(new QLineEdit(parent), name);

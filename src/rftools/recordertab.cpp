@@ -15,15 +15,6 @@
 
 namespace zun {
 
-namespace {
-template <typename W>
-W *named(W *widget, const QString &name)
-{
-    tagRfControl(widget, name);
-    return widget;
-}
-} // namespace
-
 RecorderTab::RecorderTab(QWidget *parent) : QWidget(parent)
 {
     m_plot = new RecorderPlot;

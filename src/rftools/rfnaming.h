@@ -1,15 +1,12 @@
 #pragma once
 
-#include <QWidget>
+#include "platform/widgetname.h"
 
 namespace zun {
 
-// Every named control carries its name twice: for lookups and for screen
-// readers and UI automation.
 inline void tagRfControl(QWidget *widget, const QString &name)
 {
-    widget->setObjectName(name);
-    widget->setAccessibleDescription(name);
+    named(widget, name);
 }
 
 } // namespace zun

@@ -16,13 +16,6 @@ namespace zun {
 
 namespace {
 constexpr int kStepPoints[4] = {1, 2, 4, 5};
-
-template <typename W>
-W *named(W *widget, const QString &name)
-{
-    tagRfControl(widget, name);
-    return widget;
-}
 } // namespace
 
 SpectrumTab::SpectrumTab(QWidget *parent) : QWidget(parent)
