@@ -1,0 +1,94 @@
+// Host cost of one polling pass over a full line of 64 receivers, next to
+// the time the same bytes take on the wire at 115200 baud. The line is the
+// simulator on a virtual clock, so only the program's own work is timed.
+#include "core/context.h"
+#include "link/detection.h"
+#include "mainscreen/panelreadout.h"
+#include "mainscreen/polling.h"
+#include "sim/demobus.h"
+#include "sim/simserialline.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+class ReadoutSink final : public zun::PanelSink
+{
+public:
+    explicit ReadoutSink(const zun::AppState &state) : m_state(state) {}
+    void UpdateRcvPanel(int index, const QString &reply) override
+    {
+        m_readouts[index] = zun::readPanelReply(reply, m_state.receivers[index].squelch, m_state.levelTable,
+                                                m_battery[index]);
+    }
+    void showOffline(int) override {}
+
+private:
+    const zun::AppState &m_state;
+    std::array<zun::BatteryAverage, 64> m_battery{};
+    std::array<zun::PanelReadout, 64> m_readouts{};
+};
+
+class NoProgress final : public zun::DetectionProgress
+{
+public:
+    void begin(const QString &) override {}
+    void setProgress(int) override {}
+    bool skipRequested() const override { return false; }
+    void end() override {}
+};
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    std::vector<int> addresses(64);
+    for (int i = 0; i < 64; ++i)
+        addresses[i] = i + 1;
+
+    zun::VirtualClock clock;
+    zun::SimSerialLine line(clock);
+    const auto bus = zun::makeSimBus(addresses);
+    line.attachBus(1, bus.get());
+    zun::MemorySettingsStore settings;
+    zun::ScriptedDialogs dialogs;
+    zun::FakeDesktop desktop;
+    zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
+    ctx.state.receivers.assign(64, zun::ReceiverRecord{});
+    line.selectPort(1);
+    line.applySettings(QStringLiteral("115200,N,8,1"));
+    line.open();
+    NoProgress progress;
+    zun::CheckReceivers(ctx, progress);
+
+    ReadoutSink sink(ctx.state);
+    constexpr int kPasses = 200;
+    std::vector<double> hostMicros;
+    std::uint64_t lineMicros = 0;
+    for (int pass = 0; pass < kPasses; ++pass) {
+        const std::uint64_t before = clock.nowMicros();
+        QElapsedTimer timer;
+        timer.start();
+        zun::ReadAllAD(ctx, sink);
+        hostMicros.push_back(timer.nsecsElapsed() / 1000.0);
+        lineMicros += clock.nowMicros() - before;
+    }
+    std::sort(hostMicros.begin(), hostMicros.end());
+    // "%01N" + CR out, 11 characters + CR back, 10 bits a character.
+    const double wireMicros = 64 * (5 + 12) * 10 * 1e6 / 115200;
+    std::printf("receivers found: %d\n", ctx.state.foundCount);
+    std::printf("one polling pass over 64 receivers: host work median %.0f us, worst %.0f us\n",
+                hostMicros[hostMicros.size() / 2], hostMicros.back());
+    std::printf("wire time of the same bytes at 115200 baud: %.0f us (host work is %.1f%% of it)\n", wireMicros,
+                100.0 * hostMicros[hostMicros.size() / 2] / wireMicros);
+    std::printf("simulated line time per pass, turnarounds included: %.0f us\n",
+                static_cast<double>(lineMicros) / kPasses);
+    return 0;
+}
