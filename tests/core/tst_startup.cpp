@@ -13,137 +13,126 @@ class TestStartup : public QObject
 {
     Q_OBJECT
 private slots:
-    void withoutAnySerialPortTheProgramEndsWithItsMessage();
-    void aMissingStoredPortFallsToTheLowestAvailable();
-    void changingTheLineSpeedTellsEveryReceiverFirst_data();
-    void changingTheLineSpeedTellsEveryReceiverFirst();
-    void quittingAsksFirstAndSaysGoodbyeThreeTimes_data();
-    void quittingAsksFirstAndSaysGoodbyeThreeTimes();
-    void linkMenusShowTheRateAndThePortInUse();
-};
-
-void TestStartup::withoutAnySerialPortTheProgramEndsWithItsMessage()
-{
-    TestBed bed;
-    bool mainShown = false;
-    StartupViews views;
-    views.showMainScreen = [&] { mainShown = true; };
-    QVERIFY(!startProgram(bed.ctx, views));
-    QCOMPARE(bed.dialogs.messages(),
-             QStringList{"Cannot find any available serial port on this computer, program terminated! "});
-    QVERIFY(!mainShown);
-}
-
-void TestStartup::aMissingStoredPortFallsToTheLowestAvailable()
-{
-    TestBed bed;
-    bed.attachSilentPort(5);
-    bed.attachSilentPort(3);
-    bed.settings.save(kAppName, "MSComm", "CommPort", "6");
-    int order = 0, splash = 0, shown = 0, closed = 0;
-    StartupViews views{[&] { splash = ++order; }, [&] { shown = ++order; }, [&] { closed = ++order; }};
-    QVERIFY(startProgram(bed.ctx, views));
-    QCOMPARE(bed.ctx.state.CommPort, 3);
-    QVERIFY(bed.ctx.state.PortAvailable[3] && bed.ctx.state.PortAvailable[5]);
-    QVERIFY(!bed.ctx.state.PortAvailable[6]);
-    QCOMPARE(QList<int>({splash, shown, closed}), QList<int>({1, 2, 3}));
-    QCOMPARE(bed.ctx.state.WorkMode, 0);
-}
-
-void TestStartup::changingTheLineSpeedTellsEveryReceiverFirst_data()
-{
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<QString>("frame");
-    QTest::addColumn<int>("baud");
-    QTest::newRow("115200") << "115200" << "#00H01\r" << 115200;
-    QTest::newRow("57600") << "57600" << "#00H03\r" << 57600;
-    QTest::newRow("38400") << "38400" << "#00H05\r" << 38400;
-    QTest::newRow("9600") << "9600" << "#00H17\r" << 9600;
-    QTest::newRow("unknown rate") << "19200" << "" << 38400;
-    QTest::newRow("text") << "fast" << "" << 38400;
-    QTest::newRow("empty") << "" << "" << 38400;
-}
-
-void TestStartup::changingTheLineSpeedTellsEveryReceiverFirst()
-{
-    QFETCH(QString, answer);
-    QFETCH(QString, frame);
-    QFETCH(int, baud);
-    TestBed bed;
-    bed.attachReceivers(1, {3}, 38400);
-    bed.ctx.state.Baudrate = 38400;
-    bed.ctx.state.CommPort = 1;
-    openLine(bed.ctx);
-    QCOMPARE(bed.line.baudRate(), 38400);
-
-    const bool changed = changeBaudrate(bed.ctx, answer);
-    QCOMPARE(changed, !frame.isEmpty());
-    QCOMPARE(bed.framesSent("#00H"), frame.isEmpty() ? QStringList() : QStringList{frame});
-    QCOMPARE(bed.ctx.state.Baudrate, baud);
-    QCOMPARE(bed.line.baudRate(), baud);
-    QVERIFY(bed.line.isOpen());
-    QCOMPARE(bed.settings.get(kAppName, "MSComm", "Baudrate"), frame.isEmpty() ? QString() : answer);
-    if (changed) {
-        // The receiver followed the broadcast, so it still answers at the new speed.
-        QString reply;
-        QVERIFY(bed.ctx.link.SendCommand("%03L\r", 4, reply, 250));
+    void withoutAnySerialPortTheProgramEndsWithItsMessage()
+    {
+        TestBed bed;
+        bool mainShown = false;
+        StartupViews views;
+        views.showMainScreen = [&] { mainShown = true; };
+        QVERIFY(!startProgram(bed.ctx, views));
+        QCOMPARE(bed.dialogs.messages(),
+                 QStringList{"Cannot find any available serial port on this computer, program terminated! "});
+        QVERIFY(!mainShown);
     }
-}
 
-void TestStartup::quittingAsksFirstAndSaysGoodbyeThreeTimes_data()
-{
-    QTest::addColumn<bool>("yes");
-    QTest::addColumn<bool>("portOpen");
-    QTest::addColumn<int>("goodbyes");
-    QTest::newRow("no") << false << true << 0;
-    QTest::newRow("yes") << true << true << 3;
-    QTest::newRow("yes with the port closed") << true << false << 0;
-}
+    void aMissingStoredPortFallsToTheLowestAvailable()
+    {
+        TestBed bed;
+        bed.attachSilentPort(5);
+        bed.attachSilentPort(3);
+        bed.settings.save(kAppName, "MSComm", "CommPort", "6");
+        int order = 0, splash = 0, shown = 0, closed = 0;
+        StartupViews views{[&] { splash = ++order; }, [&] { shown = ++order; }, [&] { closed = ++order; }};
+        QVERIFY(startProgram(bed.ctx, views));
+        QCOMPARE(bed.ctx.state.CommPort, 3);
+        QVERIFY(bed.ctx.state.PortAvailable[3] && bed.ctx.state.PortAvailable[5]);
+        QVERIFY(!bed.ctx.state.PortAvailable[6]);
+        QCOMPARE(QList<int>({splash, shown, closed}), QList<int>({1, 2, 3}));
+        QCOMPARE(bed.ctx.state.WorkMode, 0);
+    }
 
-void TestStartup::quittingAsksFirstAndSaysGoodbyeThreeTimes()
-{
-    QFETCH(bool, yes);
-    QFETCH(bool, portOpen);
-    QFETCH(int, goodbyes);
-    TestBed bed;
-    bed.attachReceivers(1, {3});
-    bed.ctx.state.CommPort = 1;
-    if (portOpen)
+    void changingTheLineSpeedTellsEveryReceiverFirst_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("frame");
+        QTest::addColumn<int>("baud");
+        QTest::newRow("115200") << "115200" << "#00H01\r" << 115200;
+        QTest::newRow("57600") << "57600" << "#00H03\r" << 57600;
+        QTest::newRow("38400") << "38400" << "#00H05\r" << 38400;
+        QTest::newRow("9600") << "9600" << "#00H17\r" << 9600;
+        QTest::newRow("unknown rate") << "19200" << "" << 38400;
+        QTest::newRow("text") << "fast" << "" << 38400;
+        QTest::newRow("empty") << "" << "" << 38400;
+    }
+    void changingTheLineSpeedTellsEveryReceiverFirst()
+    {
+        QFETCH(QString, answer);
+        QFETCH(QString, frame);
+        QFETCH(int, baud);
+        TestBed bed;
+        bed.attachReceivers(1, {3}, 38400);
+        bed.ctx.state.Baudrate = 38400;
+        bed.ctx.state.CommPort = 1;
         openLine(bed.ctx);
-    bed.ctx.state.WorkMode = 1;
-    FrmMain main(bed.ctx);
-    main.show();
-    bed.dialogs.queueAnswer(yes ? MessageAnswer::Yes : MessageAnswer::No);
-    main.close();
+        QCOMPARE(bed.line.baudRate(), 38400);
 
-    QCOMPARE(bed.dialogs.shown().size(), 1);
-    QCOMPARE(bed.dialogs.shown().first().text, QString("Really want to QUIT ?"));
-    QCOMPARE(bed.dialogs.shown().first().buttons, MessageButtons::YesNo);
-    QCOMPARE(bed.framesSent("#00A0").size(), goodbyes);
-    QCOMPARE(bed.endProgramCalls, yes ? 1 : 0);
-    QCOMPARE(main.isVisible(), !yes);
-    QCOMPARE(bed.ctx.state.WorkMode, 1); // "No" leaves polling as it was
-}
-
-void TestStartup::linkMenusShowTheRateAndThePortInUse()
-{
-    TestBed bed;
-    bed.attachSilentPort(2);
-    bed.attachSilentPort(4);
-    FindCommPorts(bed.ctx);
-    bed.ctx.state.CommPort = 4;
-    bed.ctx.state.Baudrate = 57600;
-    FrmMain main(bed.ctx);
-    main.UpdateLinkMenus();
-    QCOMPARE(main.action("mnuBaud1")->text(), QString("57600"));
-    const auto coms = main.findChildren<QAction *>("mnuCom");
-    QCOMPARE(coms.size(), 8);
-    for (QAction *com : coms) {
-        const int n = com->property("index").toInt();
-        QCOMPARE(com->isEnabled(), n == 2 || n == 4);
-        QCOMPARE(com->isChecked(), n == 4);
+        const bool changed = changeBaudrate(bed.ctx, answer);
+        QCOMPARE(changed, !frame.isEmpty());
+        QCOMPARE(bed.framesSent("#00H"), frame.isEmpty() ? QStringList() : QStringList{frame});
+        QCOMPARE(bed.ctx.state.Baudrate, baud);
+        QCOMPARE(bed.line.baudRate(), baud);
+        QVERIFY(bed.line.isOpen());
+        QCOMPARE(bed.settings.get(kAppName, "MSComm", "Baudrate"), frame.isEmpty() ? QString() : answer);
+        if (changed) {
+            // The receiver followed the broadcast, so it still answers at the new speed.
+            QString reply;
+            QVERIFY(bed.ctx.link.SendCommand("%03L\r", 4, reply, 250));
+        }
     }
-}
+
+    void quittingAsksFirstAndSaysGoodbyeThreeTimes_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<bool>("portOpen");
+        QTest::addColumn<int>("goodbyes");
+        QTest::newRow("no") << false << true << 0;
+        QTest::newRow("yes") << true << true << 3;
+        QTest::newRow("yes with the port closed") << true << false << 0;
+    }
+    void quittingAsksFirstAndSaysGoodbyeThreeTimes()
+    {
+        QFETCH(bool, yes);
+        QFETCH(bool, portOpen);
+        TestBed bed;
+        bed.attachReceivers(1, {3});
+        bed.ctx.state.CommPort = 1;
+        if (portOpen)
+            openLine(bed.ctx);
+        bed.ctx.state.WorkMode = 1;
+        FrmMain main(bed.ctx);
+        main.show();
+        bed.dialogs.queueAnswer(yes ? MessageAnswer::Yes : MessageAnswer::No);
+        main.close();
+
+        QCOMPARE(bed.dialogs.shown().size(), 1);
+        QCOMPARE(bed.dialogs.shown().first().text, QString("Really want to QUIT ?"));
+        QCOMPARE(bed.dialogs.shown().first().buttons, MessageButtons::YesNo);
+        QTEST(int(bed.framesSent("#00A0").size()), "goodbyes");
+        QCOMPARE(bed.endProgramCalls, yes ? 1 : 0);
+        QCOMPARE(main.isVisible(), !yes);
+        QCOMPARE(bed.ctx.state.WorkMode, 1); // "No" leaves polling as it was
+    }
+
+    void linkMenusShowTheRateAndThePortInUse()
+    {
+        TestBed bed;
+        bed.attachSilentPort(2);
+        bed.attachSilentPort(4);
+        FindCommPorts(bed.ctx);
+        bed.ctx.state.CommPort = 4;
+        bed.ctx.state.Baudrate = 57600;
+        FrmMain main(bed.ctx);
+        main.UpdateLinkMenus();
+        QCOMPARE(main.action("mnuBaud1")->text(), QString("57600"));
+        const auto coms = main.findChildren<QAction *>("mnuCom");
+        QCOMPARE(coms.size(), 8);
+        for (QAction *com : coms) {
+            const int n = com->property("index").toInt();
+            QCOMPARE(com->isEnabled(), n == 2 || n == 4);
+            QCOMPARE(com->isChecked(), n == 4);
+        }
+    }
+};
 
 QTEST_MAIN(TestStartup)
 #include "tst_startup.moc"

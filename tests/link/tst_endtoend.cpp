@@ -80,89 +80,76 @@ class TestEndToEnd : public QObject
 {
     Q_OBJECT
 private slots:
-    void realLineToTheSimulator();
+    void realLineToTheSimulator()
+    {
+        const QString program = simulatorPath();
+        if (program.isEmpty())
+            QSKIP("zunoria-sim was not built beside the tests (expected in <build>/src)");
+        QTemporaryDir dir;
+        const QString logPath = dir.filePath("frames.log");
+
+        SimProcess sim;
+        sim.process.start(program, {"--receivers", "3,7", "--log", logPath});
+        QVERIFY2(sim.process.waitForStarted(5000), qPrintable(sim.process.errorString()));
+        QElapsedTimer startup;
+        startup.start();
+        while (!sim.process.canReadLine() && startup.elapsed() < 5000)
+            sim.process.waitForReadyRead(100);
+        const QString device = QString::fromLocal8Bit(sim.process.readLine()).trimmed();
+        QVERIFY2(device.startsWith('/'), qPrintable("no device from the simulator: " + device));
+
+        // No real device is ever enumerated: COM1 is the simulator and nothing else exists.
+        MemorySettingsStore settings;
+        PortMap ports(
+            settings, [] { return QStringList(); }, QString());
+        QVERIFY(ports.addOverride("COM1=" + device));
+        QtSerialLine line(ports);
+        SystemClock clock;
+        ScriptedDialogs dialogs;
+        FakeDesktop desktop;
+        Context ctx{Platform{clock, line, settings, dialogs, desktop}};
+        ctx.state.Retry = 0;
+        ctx.state.CommPort = 1;
+        ctx.state.Baudrate = 115200;
+        openLine(ctx);
+        QVERIFY(line.isOpen() && line.portNumber() == 1);
+
+        QString reply;
+        QVERIFY(ctx.link.SendCommand("%03M\r", 41, reply, 250));
+        const auto identity = parseIdentification(reply, 3);
+        QVERIFY2(reply.size() == 41 && identity.has_value(), qPrintable(reply));
+        QCOMPARE(identity->name, "VOCAL1");
+        QVERIFY(ctx.link.SendCommand("%03N\r", 12, reply, 250));
+        QVERIFY2(QRegularExpression("^\\$03[0-9A-F]{8}\r$").match(reply).hasMatch(), qPrintable(reply));
+
+        QElapsedTimer silence;
+        silence.start();
+        QVERIFY(!ctx.link.SendCommand("%05N\r", 12, reply, 100));
+        QVERIFY2(reply.isEmpty() && silence.elapsed() >= 100, qPrintable(QString::number(silence.elapsed())));
+
+        ctx.state.receivers.assign(64, ReceiverRecord{});
+        CountingProgress progress;
+        QVERIFY(CheckReceivers(ctx, progress));
+        QCOMPARE(ctx.state.foundCount, 2);
+        QCOMPARE(QList<int>({ctx.state.receivers[0].address, ctx.state.receivers[1].address}), QList<int>({3, 7}));
+        QVERIFY(ctx.state.receivers[0].online && ctx.state.receivers[1].online);
+        QCOMPARE(ctx.state.receivers[1].name, "VOCAL2");
+        QCOMPARE(progress.message, "Checking Connected Receivers --> COM1");
+        QVERIFY(progress.addresses.size() == 64 && progress.ends == 1);
+        QCOMPARE(settings.get("KESTA_ZUN", "MSComm", "CommPort"), "1");
+
+        // What the exit says before the program ends.
+        for (int i = 0; i < 3; ++i)
+            QVERIFY(ctx.link.SendCommand("#00A0\r", 0, reply, 50));
+        QTRY_COMPARE_WITH_TIMEOUT(framesInLog(logPath, "#00A0"), 3, 3000);
+        QCOMPARE(framesInLog(logPath, "%03M"), 2);
+        QCOMPARE(framesInLog(logPath, "#00A1"), 3);
+
+        line.close();
+        sim.process.terminate();
+        QVERIFY(sim.process.waitForFinished(3000));
+    }
 };
-
-void TestEndToEnd::realLineToTheSimulator()
-{
-    const QString program = simulatorPath();
-    if (program.isEmpty())
-        QSKIP("zunoria-sim was not built beside the tests (expected in <build>/src)");
-    QTemporaryDir dir;
-    QVERIFY(dir.isValid());
-    const QString logPath = dir.filePath("frames.log");
-
-    SimProcess sim;
-    sim.process.start(program, {"--receivers", "3,7", "--log", logPath});
-    QVERIFY2(sim.process.waitForStarted(5000), qPrintable(sim.process.errorString()));
-    QElapsedTimer startup;
-    startup.start();
-    while (!sim.process.canReadLine() && startup.elapsed() < 5000)
-        sim.process.waitForReadyRead(100);
-    const QString device = QString::fromLocal8Bit(sim.process.readLine()).trimmed();
-    QVERIFY2(device.startsWith('/'), qPrintable("no device from the simulator: " + device));
-
-    // No real device is ever enumerated: COM1 is the simulator and nothing else exists.
-    MemorySettingsStore settings;
-    PortMap ports(
-        settings, [] { return QStringList(); }, QString());
-    QVERIFY(ports.addOverride("COM1=" + device));
-    QtSerialLine line(ports);
-    SystemClock clock;
-    ScriptedDialogs dialogs;
-    FakeDesktop desktop;
-    Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-    ctx.state.Retry = 0;
-    ctx.state.CommPort = 1;
-    ctx.state.Baudrate = 115200;
-    openLine(ctx);
-    QVERIFY(line.isOpen());
-    QCOMPARE(line.portNumber(), 1);
-
-    QString reply;
-    QVERIFY(ctx.link.SendCommand("%03M\r", 41, reply, 250));
-    QCOMPARE(reply.size(), 41);
-    QVERIFY(reply.endsWith('\r'));
-    const auto identity = parseIdentification(reply, 3);
-    QVERIFY2(identity.has_value(), qPrintable(reply));
-    QCOMPARE(identity->name, QString("VOCAL1"));
-
-    QVERIFY(ctx.link.SendCommand("%03N\r", 12, reply, 250));
-    QCOMPARE(reply.size(), 12);
-    QVERIFY(reply.startsWith("$03"));
-    for (QChar c : reply.mid(3, 8))
-        QVERIFY2(QByteArray("0123456789ABCDEF").contains(c.toLatin1()), qPrintable(reply));
-
-    QElapsedTimer silence;
-    silence.start();
-    QVERIFY(!ctx.link.SendCommand("%05N\r", 12, reply, 100));
-    QVERIFY(reply.isEmpty());
-    QVERIFY2(silence.elapsed() >= 100, qPrintable(QString::number(silence.elapsed())));
-
-    ctx.state.receivers.assign(64, ReceiverRecord{});
-    CountingProgress progress;
-    QVERIFY(CheckReceivers(ctx, progress));
-    QCOMPARE(ctx.state.foundCount, 2);
-    QCOMPARE(ctx.state.receivers[0].address, 3);
-    QCOMPARE(ctx.state.receivers[1].address, 7);
-    QVERIFY(ctx.state.receivers[0].online && ctx.state.receivers[1].online);
-    QCOMPARE(ctx.state.receivers[1].name, QString("VOCAL2"));
-    QCOMPARE(progress.message, QString("Checking Connected Receivers --> COM1"));
-    QCOMPARE(progress.addresses.size(), 64);
-    QCOMPARE(progress.ends, 1);
-    QCOMPARE(settings.get("KESTA_ZUN", "MSComm", "CommPort"), QString("1"));
-
-    // What the exit says before the program ends.
-    for (int i = 0; i < 3; ++i)
-        QVERIFY(ctx.link.SendCommand("#00A0\r", 0, reply, 50));
-    QTRY_COMPARE_WITH_TIMEOUT(framesInLog(logPath, "#00A0"), 3, 3000);
-    QCOMPARE(framesInLog(logPath, "%03M"), 2);
-    QCOMPARE(framesInLog(logPath, "#00A1"), 3);
-
-    line.close();
-    sim.process.terminate();
-    QVERIFY(sim.process.waitForFinished(3000));
-}
 
 QTEST_GUILESS_MAIN(TestEndToEnd)
 #include "tst_endtoend.moc"

@@ -44,156 +44,147 @@ class TestDetectionPolling : public QObject
 {
     Q_OBJECT
 private slots:
-    void receiversFillTheTableInAddressOrder_data();
-    void receiversFillTheTableInAddressOrder();
-    void aSilentScanTakesEveryAttemptOfEveryAddress();
-    void detectionFallsBackToThePortWithReceivers();
-    void aSilentReceiverGoesOfflineBlinksAndComesBackByItsName();
-    void anEmptyTableIsNotPolled();
-    void addressCheckTellsWhetherSomebodyAnswers();
-};
-
-void TestDetectionPolling::receiversFillTheTableInAddressOrder_data()
-{
-    QTest::addColumn<std::vector<int>>("addresses");
-    QTest::addColumn<int>("skipAfter");
-    QTest::addColumn<QList<int>>("found");
-    QTest::newRow("3 and 64") << std::vector<int>{64, 3} << 0 << QList<int>{3, 64};
-    QTest::newRow("skip after 10 keeps what was found") << std::vector<int>{2, 9, 15} << 10 << QList<int>{2, 9};
-    QTest::newRow("skip before anybody answered") << std::vector<int>{20} << 10 << QList<int>{};
-}
-
-void TestDetectionPolling::receiversFillTheTableInAddressOrder()
-{
-    QFETCH(std::vector<int>, addresses);
-    QFETCH(int, skipAfter);
-    QFETCH(QList<int>, found);
-    TestBed bed;
-    bed.attachReceivers(1, addresses);
-    prepare(bed, 1);
-    ScriptedProgress progress(skipAfter);
-
-    QCOMPARE(CheckReceivers(bed.ctx, progress), !found.isEmpty());
-    QCOMPARE(progress.message, QString("Checking Connected Receivers --> COM1"));
-    QVERIFY(progress.ended);
-    QCOMPARE(progress.last, skipAfter ? skipAfter : 64);
-    QCOMPARE(bed.ctx.state.foundCount, found.size());
-    for (int i = 0; i < found.size(); ++i) {
-        QCOMPARE(bed.ctx.state.receivers[i].address, found[i]);
-        QVERIFY(bed.ctx.state.receivers[i].online);
+    void receiversFillTheTableInAddressOrder_data()
+    {
+        QTest::addColumn<std::vector<int>>("addresses");
+        QTest::addColumn<int>("skipAfter");
+        QTest::addColumn<QList<int>>("found");
+        QTest::newRow("3 and 64") << std::vector<int>{64, 3} << 0 << QList<int>{3, 64};
+        QTest::newRow("skip after 10 keeps what was found") << std::vector<int>{2, 9, 15} << 10 << QList<int>{2, 9};
+        QTest::newRow("skip before anybody answered") << std::vector<int>{20} << 10 << QList<int>{};
     }
-    QCOMPARE(bed.framesSent("#00A1").size(), 3);
-    QCOMPARE(bed.ctx.state.WorkMode, found.isEmpty() ? 0 : 1);
-    QCOMPARE(bed.settings.get(kAppName, "MSComm", "CommPort"), found.isEmpty() ? QString() : QString("1"));
-}
+    void receiversFillTheTableInAddressOrder()
+    {
+        QFETCH(std::vector<int>, addresses);
+        QFETCH(int, skipAfter);
+        QFETCH(QList<int>, found);
+        TestBed bed;
+        bed.attachReceivers(1, addresses);
+        prepare(bed, 1);
+        ScriptedProgress progress(skipAfter);
 
-void TestDetectionPolling::aSilentScanTakesEveryAttemptOfEveryAddress()
-{
-    TestBed bed;
-    bed.attachSilentPort(1);
-    prepare(bed, 1);
-    ScriptedProgress progress;
-    const double before = bed.virtualSeconds();
-    QVERIFY(!CheckReceivers(bed.ctx, progress));
-    const double took = bed.virtualSeconds() - before;
-    const double expected = 64 * (bed.ctx.state.Retry + 1) * 0.100 + 3 * 0.050;
-    QVERIFY2(took >= expected && took < expected + 0.5, qPrintable(QString::number(took)));
-    QCOMPARE(bed.framesSent("%").size(), 64 * 3);
-}
+        QCOMPARE(CheckReceivers(bed.ctx, progress), !found.isEmpty());
+        QCOMPARE(progress.message, QString("Checking Connected Receivers --> COM1"));
+        QVERIFY(progress.ended);
+        QCOMPARE(progress.last, skipAfter ? skipAfter : 64);
+        QCOMPARE(bed.ctx.state.foundCount, found.size());
+        for (int i = 0; i < found.size(); ++i) {
+            QCOMPARE(bed.ctx.state.receivers[i].address, found[i]);
+            QVERIFY(bed.ctx.state.receivers[i].online);
+        }
+        QCOMPARE(bed.framesSent("#00A1").size(), 3);
+        QCOMPARE(bed.ctx.state.WorkMode, found.isEmpty() ? 0 : 1);
+        QCOMPARE(bed.settings.get(kAppName, "MSComm", "CommPort"), found.isEmpty() ? QString() : QString("1"));
+    }
 
-void TestDetectionPolling::detectionFallsBackToThePortWithReceivers()
-{
-    TestBed bed;
-    bed.attachSilentPort(1);
-    bed.attachReceivers(2, {5, 6});
-    bed.ctx.state.CommPort = 1;
-    bed.ctx.state.Retry = 0;
-    FindCommPorts(bed.ctx);
-    FrmMain main(bed.ctx);
-    main.load();
+    void aSilentScanTakesEveryAttemptOfEveryAddress()
+    {
+        TestBed bed;
+        bed.attachSilentPort(1);
+        prepare(bed, 1);
+        ScriptedProgress progress;
+        const double before = bed.virtualSeconds();
+        QVERIFY(!CheckReceivers(bed.ctx, progress));
+        const double took = bed.virtualSeconds() - before;
+        const double expected = 64 * (bed.ctx.state.Retry + 1) * 0.100 + 3 * 0.050;
+        QVERIFY2(took >= expected && took < expected + 0.5, qPrintable(QString::number(took)));
+        QCOMPARE(bed.framesSent("%").size(), 64 * 3);
+    }
 
-    QCOMPARE(bed.ctx.state.CommPort, 2);
-    QCOMPARE(bed.line.portNumber(), 2);
-    QCOMPARE(bed.settings.get(kAppName, "MSComm", "CommPort"), QString("2"));
-    QCOMPARE(bed.ctx.state.foundCount, 2);
-    QVERIFY(main.panel(0)->isEnabled() && main.panel(1)->isEnabled());
-    QVERIFY(!main.panel(2)->isEnabled());
-    QCOMPARE(bed.ctx.state.WorkMode, 1);
-    // The load reads both text fields of every receiver found.
-    QCOMPARE(bed.framesSent("%05A").size(), 1);
-    QCOMPARE(bed.framesSent("%06B").size(), 1);
-}
+    void detectionFallsBackToThePortWithReceivers()
+    {
+        TestBed bed;
+        bed.attachSilentPort(1);
+        bed.attachReceivers(2, {5, 6});
+        bed.ctx.state.CommPort = 1;
+        bed.ctx.state.Retry = 0;
+        FindCommPorts(bed.ctx);
+        FrmMain main(bed.ctx);
+        main.load();
 
-void TestDetectionPolling::aSilentReceiverGoesOfflineBlinksAndComesBackByItsName()
-{
-    TestBed bed;
-    SimBus &bus = bed.attachReceivers(1, {3, 7});
-    bed.ctx.state.CommPort = 1;
-    FindCommPorts(bed.ctx);
-    FrmMain main(bed.ctx);
-    main.load();
-    QVERIFY(ReadAllAD(bed.ctx, main));
+        QCOMPARE(bed.ctx.state.CommPort, 2);
+        QCOMPARE(bed.line.portNumber(), 2);
+        QCOMPARE(bed.settings.get(kAppName, "MSComm", "CommPort"), QString("2"));
+        QCOMPARE(bed.ctx.state.foundCount, 2);
+        QVERIFY(main.panel(0)->isEnabled() && main.panel(1)->isEnabled());
+        QVERIFY(!main.panel(2)->isEnabled());
+        QCOMPARE(bed.ctx.state.WorkMode, 1);
+        // The load reads both text fields of every receiver found.
+        QCOMPARE(bed.framesSent("%05A").size(), 1);
+        QCOMPARE(bed.framesSent("%06B").size(), 1);
+    }
 
-    bus.receiver(7)->powered = false;
-    bed.line.clearWritten();
-    ReadAllAD(bed.ctx, main);
-    QVERIFY(!bed.ctx.state.receivers[1].online);
-    QVERIFY(bed.ctx.state.receivers[0].online);
-    RcvPanel *offline = main.panel(1);
-    QCOMPARE(offline->nameTextColor(), bgrColor(bgr::Red));
-    QVERIFY(!offline->muteButton()->isEnabled());
-    QVERIFY(!offline->moreButton()->isEnabled());
+    void aSilentReceiverGoesOfflineBlinksAndComesBackByItsName()
+    {
+        TestBed bed;
+        SimBus &bus = bed.attachReceivers(1, {3, 7});
+        bed.ctx.state.CommPort = 1;
+        FindCommPorts(bed.ctx);
+        FrmMain main(bed.ctx);
+        main.load();
+        QVERIFY(ReadAllAD(bed.ctx, main));
 
-    bed.line.clearWritten();
-    ReadAllAD(bed.ctx, main);
-    ReadAllAD(bed.ctx, main);
-    QVERIFY(bed.framesSent("%07N").isEmpty());
-    QCOMPARE(bed.framesSent("%03N").size(), 2);
+        bus.receiver(7)->powered = false;
+        bed.line.clearWritten();
+        ReadAllAD(bed.ctx, main);
+        QVERIFY(!bed.ctx.state.receivers[1].online);
+        QVERIFY(bed.ctx.state.receivers[0].online);
+        RcvPanel *offline = main.panel(1);
+        QCOMPARE(offline->nameTextColor(), bgrColor(bgr::Red));
+        QVERIFY(!offline->muteButton()->isEnabled());
+        QVERIFY(!offline->moreButton()->isEnabled());
 
-    // Blinking swaps red and button face on the offline name only.
-    const QColor onlineColour = main.panel(0)->nameTextColor();
-    main.Timer1Tick();
-    main.Timer1Tick();
-    const QColor first = offline->nameTextColor();
-    main.Timer1Tick();
-    const QColor second = offline->nameTextColor();
-    QVERIFY(first != second);
-    QVERIFY(first == bgrColor(bgr::Red) || second == bgrColor(bgr::Red));
-    QVERIFY(first == buttonFaceColor() || second == buttonFaceColor());
-    QCOMPARE(main.panel(0)->nameTextColor(), onlineColour);
+        bed.line.clearWritten();
+        ReadAllAD(bed.ctx, main);
+        ReadAllAD(bed.ctx, main);
+        QVERIFY(bed.framesSent("%07N").isEmpty());
+        QCOMPARE(bed.framesSent("%03N").size(), 2);
 
-    bus.receiver(7)->powered = true;
-    main.nameClicked(1);
-    QCOMPARE(bed.ctx.state.selectedReceiver, 1);
-    QVERIFY(bed.ctx.state.receivers[1].online);
-    QVERIFY(offline->moreButton()->isEnabled());
-    bed.line.clearWritten();
-    ReadAllAD(bed.ctx, main);
-    QCOMPARE(bed.framesSent("%07N").size(), 1);
-}
+        // Blinking swaps red and button face on the offline name only.
+        const QColor onlineColour = main.panel(0)->nameTextColor();
+        main.Timer1Tick();
+        main.Timer1Tick();
+        const QColor first = offline->nameTextColor();
+        main.Timer1Tick();
+        const QColor second = offline->nameTextColor();
+        QVERIFY(first != second);
+        QVERIFY(first == bgrColor(bgr::Red) || second == bgrColor(bgr::Red));
+        QVERIFY(first == buttonFaceColor() || second == buttonFaceColor());
+        QCOMPARE(main.panel(0)->nameTextColor(), onlineColour);
 
-void TestDetectionPolling::anEmptyTableIsNotPolled()
-{
-    TestBed bed;
-    bed.attachReceivers(1, {3});
-    prepare(bed, 1);
-    FrmMain main(bed.ctx);
-    QVERIFY(!ReadAllAD(bed.ctx, main)); // records exist, none online
-    bed.ctx.state.receivers.clear();
-    QVERIFY(!ReadAllAD(bed.ctx, main));
-    QVERIFY(bed.framesSent("%").isEmpty());
-}
+        bus.receiver(7)->powered = true;
+        main.nameClicked(1);
+        QCOMPARE(bed.ctx.state.selectedReceiver, 1);
+        QVERIFY(bed.ctx.state.receivers[1].online);
+        QVERIFY(offline->moreButton()->isEnabled());
+        bed.line.clearWritten();
+        ReadAllAD(bed.ctx, main);
+        QCOMPARE(bed.framesSent("%07N").size(), 1);
+    }
 
-void TestDetectionPolling::addressCheckTellsWhetherSomebodyAnswers()
-{
-    TestBed bed;
-    bed.attachReceivers(1, {9});
-    prepare(bed, 1);
-    QVERIFY(AddrCheck(bed.ctx, 9));
-    const double before = bed.virtualSeconds();
-    QVERIFY(!AddrCheck(bed.ctx, 10));
-    QVERIFY(bed.virtualSeconds() - before >= 3 * 0.250);
-}
+    void anEmptyTableIsNotPolled()
+    {
+        TestBed bed;
+        bed.attachReceivers(1, {3});
+        prepare(bed, 1);
+        FrmMain main(bed.ctx);
+        QVERIFY(!ReadAllAD(bed.ctx, main)); // records exist, none online
+        bed.ctx.state.receivers.clear();
+        QVERIFY(!ReadAllAD(bed.ctx, main));
+        QVERIFY(bed.framesSent("%").isEmpty());
+    }
+
+    void addressCheckTellsWhetherSomebodyAnswers()
+    {
+        TestBed bed;
+        bed.attachReceivers(1, {9});
+        prepare(bed, 1);
+        QVERIFY(AddrCheck(bed.ctx, 9));
+        const double before = bed.virtualSeconds();
+        QVERIFY(!AddrCheck(bed.ctx, 10));
+        QVERIFY(bed.virtualSeconds() - before >= 3 * 0.250);
+    }
+};
 
 QTEST_MAIN(TestDetectionPolling)
 #include "tst_detectionpolling.moc"

@@ -58,14 +58,11 @@ struct Rig
     QStringList records() const
     {
         QStringList out;
-        for (const ReceiverRecord &r : bed.ctx.state.receivers) {
-            const QList<int> numbers{r.address,     r.group,      r.channel, r.squelch,
-                                     r.secondLevel, r.manualFreq, r.mute};
-            QStringList fields{r.name, r.channelFreqCode, r.manualFreqCode};
-            for (int n : numbers)
-                fields << QString::number(n);
-            out << fields.join(QLatin1Char('|'));
-        }
+        const auto n = [](int v) { return QString::number(v); };
+        for (const ReceiverRecord &r : bed.ctx.state.receivers)
+            out << QStringList{r.name,         r.channelFreqCode, r.manualFreqCode, n(r.address),  n(r.group),
+                               n(r.channel),   n(r.squelch),      n(r.secondLevel), n(r.manualFreq), n(r.mute)}
+                       .join('|');
         return out;
     }
 
@@ -114,15 +111,12 @@ private slots:
             << "#00O0\r" << QStringList{"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"};
         QTest::newRow("frequency") << "mnu_PM_Frq"
                                    << "#00O1\r" << QStringList{"801.000MHz", "066.150MHz", "809.800MHz", "-"};
-        QTest::newRow("squelch") << "mnu_PM_SQ"
-                                 << "#00O2\r" << QStringList{"SQ  20", "SQ  5", "SQ  25", "-"};
+        QTest::newRow("squelch") << "mnu_PM_SQ" << "#00O2\r" << QStringList{"SQ  20", "SQ  5", "SQ  25", "-"};
         QTest::newRow("address and name")
             << "mnu_PM_Rname"
             << "#00O4\r" << QStringList{"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"};
-        QTest::newRow("address") << "mnu_PM_Addr"
-                                 << "#00O5\r" << QStringList{"03", "07", "12", "-"};
-        QTest::newRow("volume") << "mnu_PM_VOL"
-                                << "" << QStringList{"-", "-", "-", "-"};
+        QTest::newRow("address") << "mnu_PM_Addr" << "#00O5\r" << QStringList{"03", "07", "12", "-"};
+        QTest::newRow("volume") << "mnu_PM_VOL" << "" << QStringList{"-", "-", "-", "-"};
     }
 
     void popupItemsBroadcastAndRelabel()
@@ -154,35 +148,18 @@ private slots:
         }
     }
 
-    void refreshRepeatsTheCurrentMode_data()
-    {
-        QTest::addColumn<QStringList>("items");
-        QTest::addColumn<QString>("frame");
-        QTest::addColumn<QString>("label");
-        QTest::newRow("frequency") << QStringList{"mnu_PM_Frq"} << "#00O1\r"
-                                   << "066.150MHz";
-        QTest::newRow("volume keeps the mode before it")
-            << QStringList{"mnu_PM_SQ", "mnu_PM_VOL"} << "#00O2\r"
-            << "SQ  42";
-    }
-
+    // Volume leaves the mode before it in force; the refresh repeats that mode
+    // with the record as the detail window left it.
     void refreshRepeatsTheCurrentMode()
     {
-        QFETCH(QStringList, items);
-        QFETCH(QString, frame);
-        QFETCH(QString, label);
         Rig rig({3, 7});
-        for (const QString &item : items)
-            rig.trigger(item);
-        // The detail window changed the record meanwhile.
-        ReceiverRecord &r = rig.bed.ctx.state.receivers[0];
-        r.manualFreq = true;
-        r.manualFreqCode = "0010";
-        r.squelch = 42;
+        rig.trigger("mnu_PM_SQ");
+        rig.trigger("mnu_PM_VOL");
+        rig.bed.ctx.state.receivers[0].squelch = 42;
         rig.bed.line.clearWritten();
         rig.main->mnu_PM_Refresh();
-        QCOMPARE(rig.bed.framesSent(), QStringList{frame});
-        QCOMPARE(rig.main->panel(0)->nameText(), label);
+        QCOMPARE(rig.bed.framesSent(), QStringList{"#00O2\r"});
+        QCOMPARE(rig.main->panel(0)->nameText(), "SQ  42");
     }
 
     void pagesShowTheirHalfWithABoldCaption()
@@ -206,20 +183,15 @@ private slots:
     void hidingUnusedPanelsAndShowingThemAgain()
     {
         Rig rig({3, 7, 12});
-        PanelGrid *grid = rig.main->panelGrid();
         rig.trigger("mnuHide");
         QVERIFY(rig.main->action("mnuHide")->isChecked());
-        for (int i = 0; i < 32; ++i) {
-            QCOMPARE(grid->isPanelShown(i), i < 3);
+        for (int i = 0; i < 32; ++i)
             QCOMPARE(rig.main->panel(i)->isHidden(), i >= 3);
-        }
 
         rig.trigger("mnuHide");
         QVERIFY(!rig.main->action("mnuHide")->isChecked());
-        for (int i = 0; i < 32; ++i) {
-            QVERIFY(grid->isPanelShown(i));
+        for (int i = 0; i < 32; ++i)
             QVERIFY(!rig.main->panel(i)->isHidden());
-        }
 
         // A new detection clears the check mark; a receiver found since must not
         // stay behind a hidden panel.
@@ -228,7 +200,6 @@ private slots:
         rig.trigger("mnuAuto");
         QCOMPARE(rig.bed.ctx.state.foundCount, 4);
         QVERIFY(!rig.main->action("mnuHide")->isChecked());
-        QVERIFY(grid->isPanelShown(3));
         QVERIFY(!rig.main->panel(3)->isHidden());
     }
 
@@ -236,10 +207,8 @@ private slots:
     {
         QTest::addColumn<int>("width");
         QTest::addColumn<bool>("accepted");
-        QTest::newRow("800") << 800 << false;
         QTest::newRow("1023") << 1023 << false;
         QTest::newRow("1024") << 1024 << true;
-        QTest::newRow("1920") << 1920 << true;
     }
 
     void fullViewNeedsAWideScreen()
@@ -311,14 +280,10 @@ private slots:
         QCOMPARE(rig.records(), before);
         QCOMPARE(rig.labels(4), QStringList({"SQ  20", "SQ  20", "SQ  25", "SQ  25"}));
         QCOMPARE(rig.mutePictures(4), QStringList({"SpeakerON", "SpeakerON", "SpeakerOFF", "SpeakerOFF"}));
-        // The receivers took the settings back.
+        QStringList took; // what the receivers report now
         for (SimReceiver *s : rig.bus->receivers())
-            QCOMPARE(
-                s->statusText().left(16) + s->statusText().right(1),
-                rig.bed.framesSent(QStringLiteral("#%1M").arg(s->address, 2, 16, QLatin1Char('0')).toUpper())
-                    .value(0)
-                    .mid(4, 17)
-                    .toLatin1());
+            took << QString::fromLatin1(s->statusText().left(16) + s->statusText().right(1));
+        QCOMPARE(took, QStringList({"VOCAL11172E214200", "VOCAL21572BC14211", "GUITAR23744219222", "BASS  29744A19233"}));
     }
 
     void handWrittenLinesProgramOnlyKnownReceivers_data()
@@ -328,8 +293,7 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("picture");
         const QByteArray ghost = "5,\"GHOST \",1,1,\"72E2\",\"72E2\",20,32,0,0\r\n";
-        QTest::newRow("address not on the line") << ghost << QStringList() << "VOCAL1"
-                                                 << "SpeakerON";
+        QTest::newRow("address not on the line") << ghost << QStringList() << "VOCAL1" << "SpeakerON";
         QTest::newRow("short name padded") << ghost + "3,\"AB\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
                                            << QStringList{"#03MAB    1272F21E000\r"} << "AB    "
                                            << "SpeakerON";
@@ -376,10 +340,7 @@ private slots:
         QCOMPARE(file.size(), qint64(kGoodLine.size()));
         rig.bed.dialogs.queueFileName(path);
         rig.trigger("mnuSave");
-        QCOMPARE(rig.bed.dialogs.messages(), QStringList());
-        QCOMPARE(rig.bed.dialogs.shown().size(), 2);
-        QCOMPARE(rig.bed.dialogs.shown().at(1).kind, QString("save"));
-        QCOMPARE(rig.bed.dialogs.shown().at(1).text, QString("Receiver Setting(*.zun)|*.zun"));
+        QCOMPARE(rig.bed.dialogs.shown().size(), 2); // two save dialogs, no message
         QCOMPARE(file.size(), qint64(0));
     }
 
@@ -387,17 +348,17 @@ private slots:
     {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QString>("mentions");
-        QTest::newRow("too few fields") << kGoodLine + "7,\"X\",1,2\r\n"
-                                        << "Line 2";
-        QTest::newRow("text for a number") << kGoodLine + "7,\"X\",one,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
-                                           << "Line 2";
+        QTest::newRow("too few fields") << kGoodLine + "7,\"X\",1,2\r\n" << "Line 2";
+        QTest::newRow("text for a number") << kGoodLine + "7,\"X\",one,2,\"72F2\",\"72F2\",30,0,0,0\r\n" << "Line 2";
+        QTest::newRow("address out of range") << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << "Line 1";
+        QTest::newRow("squelch out of range") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",100,0,0,0\r\n" << "Line 2";
+        QTest::newRow("flag neither 0 nor -1") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",30,0,2,0\r\n" << "Line 2";
+        QTest::newRow("frequency not hex") << kGoodLine + "7,\"X\",1,2,\"72G2\",\"72F2\",30,0,0,0\r\n" << "Line 2";
         QTest::newRow("unterminated quote")
-            << kGoodLine + kGoodLine + "7,\"X,1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
-            << "Line 3";
-        QTest::newRow("binary garbage") << kGoodLine + "\x89\xFE\xC3\x01\x45LF\x7F\r\n"
-                                        << "Line 2";
+            << kGoodLine + kGoodLine + "7,\"X,1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" << "Line 3";
         QTest::newRow("binary garbage with zero bytes")
             << kGoodLine + QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16) << "Line 2";
+        QTest::newRow("too many lines") << kGoodLine.repeated(2000) << "more lines";
         QTest::newRow("huge file") << kGoodLine.repeated(8000) << "too large";
         QTest::newRow("cancelled dialog") << QByteArray() << QString();
     }

@@ -98,267 +98,211 @@ class TestQtSerialLine : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_pty = std::make_unique<Pty>();
+        QVERIFY2(!m_pty->slave.isEmpty(), "no pseudo-terminal");
+        m_map = std::make_unique<PortMap>(m_store, noPorts(), QString());
+        QVERIFY(m_map->addOverride(QStringLiteral("COM3=") + m_pty->slave));
+        m_line = std::make_unique<QtSerialLine>(*m_map);
+        m_line->selectPort(3);
+        m_link = std::make_unique<Link>(*m_line, m_clock, m_retry);
+        m_retry = 0;
+    }
 
-    void settingsText_data();
-    void settingsText();
-    void settingsTakeEffectAtOpen();
-    void opensPtyThoughRequestToSendFails();
-    void staleInputIsDiscardedAtOpen();
-    void writtenFrameArrives();
-    void replyInTwoChunksIsRead();
-    void quietReplyIsReadAfterFullWait();
-    void lostDeviceClosesLineWithoutSpinning();
-    void lostDeviceDuringTransaction();
-    void portExists();
+    void cleanup()
+    {
+        m_link.reset();
+        m_line.reset();
+        m_map.reset();
+        m_pty.reset();
+    }
+
+    void settingsText_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<int>("baud");
+        QTest::addColumn<int>("parity");
+        QTest::addColumn<int>("dataBits");
+        QTest::addColumn<int>("stopBits");
+        QTest::newRow("even 7 2") << "9600,E,7,2" << true << 9600 << int(QSerialPort::EvenParity) << 7
+                                  << int(QSerialPort::TwoStop);
+        QTest::newRow("odd lower case") << "38400,o,8,1" << true << 38400 << int(QSerialPort::OddParity) << 8
+                                        << int(QSerialPort::OneStop);
+        QTest::newRow("mark 1.5, blanks") << " 1200 , M , 5 , 1.5 " << true << 1200 << int(QSerialPort::MarkParity) << 5
+                                  << int(QSerialPort::OneAndHalfStop);
+        for (const char *bad : {"", "115200,N,8,1,1", "0,N,8,1", "9600.5,N,8,1", "9600,X,8,1", "9600,N,9,1", "9600,N,8,3"})
+            QTest::newRow(bad[0] ? bad : "empty") << QString::fromLatin1(bad) << false << 0 << 0 << 0 << 0;
+    }
+    void settingsText()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, valid);
+        const auto parsed = parseLineSettings(text);
+        QVERIFY(parsed.has_value() == valid && m_line->applySettings(text) == valid);
+        if (!valid)
+            return;
+        QTEST(int(parsed->baudRate), "baud");
+        QTEST(int(parsed->parity), "parity");
+        QTEST(int(parsed->dataBits), "dataBits");
+        QTEST(int(parsed->stopBits), "stopBits");
+    }
+
+    void settingsTakeEffectAtOpen()
+    {
+        QVERIFY(m_line->applySettings("9600,E,7,2"));
+        QVERIFY(!m_line->applySettings("fast")); // a bad text leaves the last good one
+        QVERIFY(m_line->open());
+        // The master reports its slave's settings; a pty forces 8 data bits and no parity.
+        termios tio{};
+        QVERIFY(::tcgetattr(m_pty->master, &tio) == 0 && ::cfgetospeed(&tio) == B9600 && (tio.c_cflag & CSTOPB));
+        QVERIFY(m_line->applySettings("115200,N,8,1")); // applied to the open port at once
+        QVERIFY(::tcgetattr(m_pty->master, &tio) == 0 && ::cfgetospeed(&tio) == B115200 && !(tio.c_cflag & CSTOPB));
+    }
+
+    void opensPtyThoughRequestToSendFails()
+    {
+        m_line->setTextMode();
+        m_line->setRequestToSend(true);
+        QVERIFY(m_line->open() && m_line->isOpen());
+        m_line->selectPort(5); // the open port keeps its number
+        QCOMPARE(m_line->portNumber(), 3);
+        m_line->setRequestToSend(true);
+        QVERIFY(m_line->isOpen());
+        // write() returns only once the bytes left the program: no event loop runs here.
+        const QByteArray frame = "#05C" + QByteArray(200, 'N') + "\r";
+        QVERIFY(m_line->write(frame));
+        QCOMPARE(m_pty->receive(200), frame);
+        m_line->close();
+        QVERIFY(!m_line->isOpen() && !m_line->write("x"));
+    }
+
+    void staleInputIsDiscardedAtOpen()
+    {
+        m_pty->send("$01 left over from before\n");
+        QVERIFY(m_line->open());
+        m_pty->receive(50);  // echo of the canonical-mode terminal before it went raw
+        QCOMPARE(m_line->bytesWaiting(), 0);
+        m_pty->send("$01");
+        QTRY_COMPARE(m_line->bytesWaiting(), 3);
+        QCOMPARE(m_line->readAll(), QByteArray("$01"));
+        QCOMPARE(m_line->bytesWaiting(), 0);
+    }
+
+    void replyInTwoChunksIsRead()
+    {
+        QVERIFY(m_line->open());
+        std::thread receiver = answerOnce(m_pty->master, {"$01N8", "0A0B0C9"}, 80);
+        QString reply;
+        QElapsedTimer timer;
+        timer.start();
+        const bool ok = m_link->SendCommand("%01N\r", 12, reply, 250);
+        const qint64 elapsed = timer.elapsed();
+        receiver.join();
+        QVERIFY(ok);
+        QCOMPARE(reply, "$01N80A0B0C9");
+        QVERIFY2(elapsed >= 70 && elapsed < 240, qPrintable(QString::number(elapsed)));
+    }
+
+    // Reply length 0: nobody waits on the port, yet what arrived meanwhile is read.
+    void quietReplyIsReadAfterFullWait()
+    {
+        QVERIFY(m_line->open());
+        std::thread receiver = answerOnce(m_pty->master, {"$07"});
+        QString reply;
+        const bool ok = m_link->SendCommand("%07O\r", 0, reply, 100);
+        receiver.join();
+        QVERIFY(ok);
+        QCOMPARE(reply, "$07");
+    }
+
+    void lostDeviceClosesLineWithoutSpinning()
+    {
+        QVERIFY(m_line->open());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the serial device COM3"));
+        m_pty->closeMaster();
+        QElapsedTimer wall;
+        wall.start();
+        const double cpuBefore = cpuSeconds();
+        while (wall.elapsed() < 300) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        const double cpu = cpuSeconds() - cpuBefore;
+        QVERIFY2(cpu < 0.3 * 0.25, qPrintable(QStringLiteral("cpu %1 s").arg(cpu)));
+        QVERIFY(!m_line->isOpen());
+
+        m_retry = 2;
+        QString reply;
+        wall.restart();
+        QVERIFY(!m_link->SendCommand("%01N\r", 12, reply, 250));
+        QVERIFY(wall.elapsed() < 50 && reply.isEmpty());
+    }
+
+    // The device goes while SendCommand blocks on it: no event loop runs, so the
+    // line must notice by itself and not spin in the wait.
+    void lostDeviceDuringTransaction()
+    {
+        QVERIFY(m_line->open());
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the serial device COM3"));
+        m_retry = 2;
+        std::thread unplug([pty = m_pty.get()] {
+            pollfd pfd{pty->master, POLLIN, 0};
+            ::poll(&pfd, 1, 1000);
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            pty->closeMaster();
+        });
+        QString reply;
+        QElapsedTimer wall;
+        wall.start();
+        const double cpuBefore = cpuSeconds();
+        const bool ok = m_link->SendCommand("%01N\r", 12, reply, 250);
+        const double cpu = cpuSeconds() - cpuBefore;
+        const qint64 elapsed = wall.elapsed();
+        unplug.join();
+        QVERIFY(!ok && !m_line->isOpen());
+        // One attempt at most: a closed line ends the retries.
+        QVERIFY2(elapsed < 400, qPrintable(QString::number(elapsed)));
+        QVERIFY2(cpu < elapsed / 1000.0 * 0.25, qPrintable(QStringLiteral("cpu %1 s in %2 ms").arg(cpu).arg(elapsed)));
+    }
+
+    void portExists()
+    {
+        QTemporaryDir dir;
+        QFile plain(dir.filePath("not-a-tty"));
+        QVERIFY(plain.open(QIODevice::WriteOnly));
+        plain.close();
+        QVERIFY(m_map->addOverride("COM1=" + dir.filePath("missing")));
+        QVERIFY(m_map->addOverride("COM2=" + plain.fileName()));
+        QVERIFY(m_line->portExists(3));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("COM1 .*missing.* does not exist"));
+        QVERIFY(!m_line->portExists(1));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("COM2 .* is not a serial device"));
+        QVERIFY(!m_line->portExists(2));
+        QVERIFY(!m_line->portExists(4) && !m_line->portExists(0) && !m_line->portExists(9)); // nothing said
+
+        // The probe leaves the device closed and free for the real open; our own open line still counts.
+        QVERIFY(m_line->open());
+        QVERIFY(m_line->portExists(3) && m_line->isOpen());
+
+        if (::geteuid() == 0)
+            QSKIP("root opens any device; the permission case needs an ordinary user");
+        m_line->close();
+        QCOMPARE(::chmod(QFile::encodeName(m_pty->slave).constData(), 0), 0);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("COM3 .*permission denied.*dialout"));
+        QVERIFY(!m_line->portExists(3));
+    }
 
 private:
     MemorySettingsStore m_store;
     std::unique_ptr<Pty> m_pty;
     std::unique_ptr<PortMap> m_map;
     std::unique_ptr<QtSerialLine> m_line;
+    SystemClock m_clock;
+    int m_retry = 0;
+    std::unique_ptr<Link> m_link;
 };
-
-void TestQtSerialLine::init()
-{
-    m_pty = std::make_unique<Pty>();
-    QVERIFY2(!m_pty->slave.isEmpty(), "no pseudo-terminal");
-    m_map = std::make_unique<PortMap>(m_store, noPorts(), QString());
-    QVERIFY(m_map->addOverride(QStringLiteral("COM3=") + m_pty->slave));
-    m_line = std::make_unique<QtSerialLine>(*m_map);
-    m_line->selectPort(3);
-}
-
-void TestQtSerialLine::cleanup()
-{
-    m_line.reset();
-    m_map.reset();
-    m_pty.reset();
-}
-
-void TestQtSerialLine::settingsText_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<bool>("valid");
-    QTest::addColumn<int>("baud");
-    QTest::addColumn<int>("parity");
-    QTest::addColumn<int>("dataBits");
-    QTest::addColumn<int>("stopBits");
-
-    QTest::newRow("usual") << "115200,N,8,1" << true << 115200 << int(QSerialPort::NoParity) << 8
-                           << int(QSerialPort::OneStop);
-    QTest::newRow("even 7 2") << "9600,E,7,2" << true << 9600 << int(QSerialPort::EvenParity) << 7
-                              << int(QSerialPort::TwoStop);
-    QTest::newRow("odd lower case") << "38400,o,8,1" << true << 38400 << int(QSerialPort::OddParity) << 8
-                                    << int(QSerialPort::OneStop);
-    QTest::newRow("mark 1.5") << "1200,M,5,1.5" << true << 1200 << int(QSerialPort::MarkParity) << 5
-                              << int(QSerialPort::OneAndHalfStop);
-    QTest::newRow("space, blanks") << " 57600 , S , 6 , 1 " << true << 57600 << int(QSerialPort::SpaceParity)
-                                   << 6 << int(QSerialPort::OneStop);
-    for (const char *bad : {"", "115200", "115200,N,8", "115200,N,8,1,1", "0,N,8,1", "-9600,N,8,1",
-                            "9600.5,N,8,1", "abc,N,8,1", "99999999,N,8,1", "9600,X,8,1", "9600,NN,8,1",
-                            "9600,N,9,1", "9600,N,4,1", "9600,N,8,3", "9600,N,8,", "9600,,8,1"})
-        QTest::newRow(bad[0] ? bad : "empty") << QString::fromLatin1(bad) << false << 0 << 0 << 0 << 0;
-}
-
-void TestQtSerialLine::settingsText()
-{
-    QFETCH(QString, text);
-    QFETCH(bool, valid);
-    const auto parsed = parseLineSettings(text);
-    QCOMPARE(parsed.has_value(), valid);
-    QCOMPARE(m_line->applySettings(text), valid);
-    if (!valid)
-        return;
-    QTEST(int(parsed->baudRate), "baud");
-    QTEST(int(parsed->parity), "parity");
-    QTEST(int(parsed->dataBits), "dataBits");
-    QTEST(int(parsed->stopBits), "stopBits");
-}
-
-void TestQtSerialLine::settingsTakeEffectAtOpen()
-{
-    QVERIFY(m_line->applySettings(QStringLiteral("9600,E,7,2")));
-    QVERIFY(!m_line->applySettings(QStringLiteral("fast")));  // a bad text leaves the last good one
-    QVERIFY(m_line->open());
-    // The master reports the terminal settings of its slave. A pty forces
-    // eight data bits without parity, so only speed and stop bits show.
-    termios tio{};
-    QCOMPARE(::tcgetattr(m_pty->master, &tio), 0);
-    QCOMPARE(::cfgetospeed(&tio), speed_t(B9600));
-    QVERIFY(tio.c_cflag & CSTOPB);
-
-    QVERIFY(m_line->applySettings(QStringLiteral("115200,N,8,1")));  // applied to the open port at once
-    QCOMPARE(::tcgetattr(m_pty->master, &tio), 0);
-    QCOMPARE(::cfgetospeed(&tio), speed_t(B115200));
-    QVERIFY(!(tio.c_cflag & CSTOPB));
-}
-
-void TestQtSerialLine::opensPtyThoughRequestToSendFails()
-{
-    m_line->setTextMode();
-    m_line->setRequestToSend(true);
-    QVERIFY(m_line->applySettings(QStringLiteral("115200,N,8,1")));
-    QVERIFY(m_line->open());
-    QVERIFY(m_line->isOpen());
-    QCOMPARE(m_line->portNumber(), 3);
-    m_line->selectPort(5);  // the open port keeps its number
-    QCOMPARE(m_line->portNumber(), 3);
-    m_line->setRequestToSend(true);
-    QVERIFY(m_line->isOpen());
-    QVERIFY(m_line->write("%01N\r"));
-    QCOMPARE(m_pty->receive(200), QByteArray("%01N\r"));
-    m_line->close();
-    QVERIFY(!m_line->isOpen());
-    QVERIFY(!m_line->write("x"));
-}
-
-void TestQtSerialLine::staleInputIsDiscardedAtOpen()
-{
-    m_pty->send("$01 left over from before\n");
-    QVERIFY(m_line->open());
-    m_pty->receive(50);  // echo of the canonical-mode terminal before it went raw
-    QCOMPARE(m_line->bytesWaiting(), 0);
-    m_pty->send("$01");
-    QTRY_COMPARE(m_line->bytesWaiting(), 3);
-    QCOMPARE(m_line->readAll(), QByteArray("$01"));
-    QCOMPARE(m_line->bytesWaiting(), 0);
-}
-
-void TestQtSerialLine::writtenFrameArrives()
-{
-    QVERIFY(m_line->open());
-    const QByteArray frame = "#05C" + QByteArray(200, 'N') + "\r";
-    QVERIFY(m_line->write(frame));
-    // write() returns only once the bytes left the program: no event loop ran.
-    QCOMPARE(m_pty->receive(200), frame);
-}
-
-void TestQtSerialLine::replyInTwoChunksIsRead()
-{
-    QVERIFY(m_line->open());
-    SystemClock clock;
-    const int retry = 0;
-    Link link(*m_line, clock, retry);
-    std::thread receiver = answerOnce(m_pty->master, {"$01N8", "0A0B0C9"}, 80);
-    QString reply;
-    QElapsedTimer timer;
-    timer.start();
-    const bool ok = link.SendCommand(QStringLiteral("%01N\r"), 12, reply, 250);
-    const qint64 elapsed = timer.elapsed();
-    receiver.join();
-    QVERIFY(ok);
-    QCOMPARE(reply, QStringLiteral("$01N80A0B0C9"));
-    QVERIFY2(elapsed >= 70 && elapsed < 240, qPrintable(QString::number(elapsed)));
-}
-
-void TestQtSerialLine::quietReplyIsReadAfterFullWait()
-{
-    // Reply length 0: nobody waits on the port while the time runs out, yet
-    // what arrived meanwhile must be read.
-    QVERIFY(m_line->open());
-    SystemClock clock;
-    const int retry = 0;
-    Link link(*m_line, clock, retry);
-    std::thread receiver = answerOnce(m_pty->master, {"$07"});
-    QString reply;
-    const bool ok = link.SendCommand(QStringLiteral("%07O\r"), 0, reply, 100);
-    receiver.join();
-    QVERIFY(ok);
-    QCOMPARE(reply, QStringLiteral("$07"));
-}
-
-void TestQtSerialLine::lostDeviceClosesLineWithoutSpinning()
-{
-    QVERIFY(m_line->open());
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("lost the serial device COM3")));
-    m_pty->closeMaster();
-
-    QElapsedTimer wall;
-    wall.start();
-    const double cpuBefore = cpuSeconds();
-    while (wall.elapsed() < 300) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    const double cpu = cpuSeconds() - cpuBefore;
-    QVERIFY2(cpu < 0.3 * 0.25, qPrintable(QStringLiteral("cpu %1 s").arg(cpu)));
-    QVERIFY(!m_line->isOpen());
-
-    SystemClock clock;
-    const int retry = 2;
-    Link link(*m_line, clock, retry);
-    QString reply;
-    QElapsedTimer timer;
-    timer.start();
-    QVERIFY(!link.SendCommand(QStringLiteral("%01N\r"), 12, reply, 250));
-    QVERIFY(timer.elapsed() < 50);
-    QVERIFY(reply.isEmpty());
-}
-
-void TestQtSerialLine::lostDeviceDuringTransaction()
-{
-    // The device goes while SendCommand blocks on it: no event loop runs, so
-    // the line must notice by itself and not spin in the wait.
-    QVERIFY(m_line->open());
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("lost the serial device COM3")));
-    SystemClock clock;
-    const int retry = 2;
-    Link link(*m_line, clock, retry);
-    Pty *pty = m_pty.get();
-    std::thread unplug([pty] {
-        pollfd pfd{pty->master, POLLIN, 0};
-        ::poll(&pfd, 1, 1000);
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        pty->closeMaster();
-    });
-    QString reply;
-    QElapsedTimer wall;
-    wall.start();
-    const double cpuBefore = cpuSeconds();
-    const bool ok = link.SendCommand(QStringLiteral("%01N\r"), 12, reply, 250);
-    const double cpu = cpuSeconds() - cpuBefore;
-    const qint64 elapsed = wall.elapsed();
-    unplug.join();
-    QVERIFY(!ok);
-    QVERIFY(!m_line->isOpen());
-    // One attempt at most: a closed line ends the retries.
-    QVERIFY2(elapsed < 400, qPrintable(QString::number(elapsed)));
-    QVERIFY2(cpu < elapsed / 1000.0 * 0.25, qPrintable(QStringLiteral("cpu %1 s in %2 ms").arg(cpu).arg(elapsed)));
-}
-
-void TestQtSerialLine::portExists()
-{
-    QTemporaryDir dir;
-    const QString plainFile = dir.filePath(QStringLiteral("not-a-tty"));
-    QFile f(plainFile);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.close();
-    QVERIFY(m_map->addOverride(QStringLiteral("COM1=") + dir.filePath(QStringLiteral("missing"))));
-    QVERIFY(m_map->addOverride(QStringLiteral("COM2=") + plainFile));
-
-    QVERIFY(m_line->portExists(3));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("COM1 .*missing.* does not exist")));
-    QVERIFY(!m_line->portExists(1));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("COM2 .* is not a serial device")));
-    QVERIFY(!m_line->portExists(2));
-    QVERIFY(!m_line->portExists(4));  // nothing mapped, nothing said
-    QVERIFY(!m_line->portExists(0));
-    QVERIFY(!m_line->portExists(9));
-
-    // The probe leaves the device closed and free for the real open.
-    QVERIFY(m_line->open());
-    QVERIFY(m_line->portExists(3));  // our own open line still counts
-    QVERIFY(m_line->isOpen());
-
-    if (::geteuid() == 0)
-        QSKIP("root opens any device; the permission case needs an ordinary user");
-    m_line->close();
-    QCOMPARE(::chmod(QFile::encodeName(m_pty->slave).constData(), 0), 0);
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("COM3 .*permission denied.*dialout")));
-    QVERIFY(!m_line->portExists(3));
-}
 
 QTEST_GUILESS_MAIN(TestQtSerialLine)
 #include "tst_qtserialline.moc"

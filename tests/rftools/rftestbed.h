@@ -35,7 +35,6 @@ public:
     std::map<int, std::pair<int, int>> rawByCode; // code -> raw A, raw B
     std::pair<int, int> rawElsewhere{0x10, 0x0C};
     std::pair<int, int> rawN{0x90, 0x80};
-    int tunedCode = -1;
 
     bool portExists(int) override { return true; }
     void selectPort(int) override {}
@@ -60,15 +59,6 @@ public:
     void discardOutput() override {}
     void waitForInput(int millis) override { m_clock.advanceMillis(static_cast<std::uint64_t>(std::max(millis, 1))); }
 
-    QStringList commandsWith(QChar letter) const
-    {
-        QStringList out;
-        for (const QString &w : written)
-            if (w.size() > 3 && w.at(3) == letter)
-                out << w;
-        return out;
-    }
-
 private:
     QByteArray replyTo(const QString &cmd)
     {
@@ -79,14 +69,11 @@ private:
                 .arg(addr, NumToHex(0x41, 2), NumToHex(raw.first, 2), NumToHex(raw.second, 2), NumToHex(0x22, 2));
         };
         if (letter == QLatin1Char('E')) {
-            tunedCode = HexToNum(cmd.mid(4, 4));
-            const auto it = rawByCode.find(tunedCode);
+            const auto it = rawByCode.find(HexToNum(cmd.mid(4, 4)));
             return levels(it == rawByCode.end() ? rawElsewhere : it->second).toLatin1();
         }
-        if (letter == QLatin1Char('K')) {
-            tunedCode = HexToNum(cmd.mid(4, 4));
+        if (letter == QLatin1Char('K'))
             return QStringLiteral("$%1\r").arg(addr).toLatin1();
-        }
         if (letter == QLatin1Char('N'))
             return levels(rawN).toLatin1();
         return {};

@@ -16,13 +16,11 @@ ScanState scanOf(int n, int step)
     return s;
 }
 
-// One scan step without the line: measure the scan index at level 50, then
-// advance. Returns the point measured.
-int measureAndAdvance(ScanState &s, int level = 50)
+// One scan step without the line at level 50; returns the point measured.
+int measureAndAdvance(ScanState &s)
 {
     const int measured = s.scanIndex;
-    s.rfA = level;
-    s.rfB = level;
+    s.rfA = s.rfB = 50;
     s.storeLevel();
     s.advance();
     return measured;
@@ -38,278 +36,158 @@ class TstRfState : public QObject
 {
     Q_OBJECT
 private slots:
-    void advance_data();
-    void advance();
-    void singleSweepEnd_data();
-    void singleSweepEnd();
-    void haltCondition_data();
-    void haltCondition();
-    void peakWalkOnEqualLevels_data();
-    void peakWalkOnEqualLevels();
-    void peakWalkEdges_data();
-    void peakWalkEdges();
-    void markers_data();
-    void markers();
-    void recorderScrollsAtRightEdge();
-    void recorderSlowSharesColumns();
-    void dropCounter_data();
-    void dropCounter();
-};
-
-void TstRfState::advance_data()
-{
-    QTest::addColumn<int>("n");
-    QTest::addColumn<int>("step");
-    QTest::addColumn<QList<int>>("visited");
-    QTest::newRow("step 5, N 12") << 12 << 5 << QList<int>{0, 5, 10, 0};
-    QTest::newRow("step 1, N 3") << 3 << 1 << QList<int>{0, 1, 2, 3, 0};
-    QTest::newRow("step 2, odd N") << 7 << 2 << QList<int>{0, 2, 4, 6, 0};
-    QTest::newRow("step 4, N 8 ends on N") << 8 << 4 << QList<int>{0, 4, 8, 0};
-    QTest::newRow("one-point band") << 0 << 1 << QList<int>{0, 0};
-}
-
-void TstRfState::advance()
-{
-    QFETCH(int, n);
-    QFETCH(int, step);
-    QFETCH(QList<int>, visited);
-    ScanState s = scanOf(n, step);
-    QList<int> seen;
-    for (int k = 0; k + 1 < visited.size(); ++k)
+    void advance_data()
+    {
+        QTest::addColumn<int>("n");
+        QTest::addColumn<int>("step");
+        QTest::addColumn<QList<int>>("visited");
+        QTest::newRow("step 5, N 12") << 12 << 5 << QList<int>{0, 5, 10, 0};
+        QTest::newRow("step 2, odd N") << 7 << 2 << QList<int>{0, 2, 4, 6, 0};
+        QTest::newRow("step 4, N 8 ends on N") << 8 << 4 << QList<int>{0, 4, 8, 0};
+        QTest::newRow("one-point band") << 0 << 1 << QList<int>{0, 0};
+    }
+    void advance()
+    {
+        QFETCH(int, n);
+        QFETCH(int, step);
+        QFETCH(QList<int>, visited);
+        ScanState s = scanOf(n, step);
+        QList<int> seen;
+        for (int k = 0; k + 1 < visited.size(); ++k)
+            seen << measureAndAdvance(s);
+        // One sweep done: every point it passed over sits on the floor, measured
+        // ones keep their level, and the wrap left the cursor on point 0.
+        for (int i = 0; i <= n; ++i)
+            QCOMPARE(int(s.levels[i]), visited.contains(i) ? 50 : 1);
+        QCOMPARE(s.cursorX, 0);
         seen << measureAndAdvance(s);
-    // One sweep done: every point it passed over sits on the floor, measured
-    // ones keep their level, and the wrap left the cursor on point 0.
-    for (int i = 0; i <= n; ++i)
-        QCOMPARE(int(s.levels[i]), visited.contains(i) ? 50 : 1);
-    QCOMPARE(s.cursorX, 0);
-    seen << measureAndAdvance(s);
-    QCOMPARE(seen, visited);
-    QCOMPARE(s.cursorX, s.xOf(s.scanIndex));
-}
+        QCOMPARE(seen, visited);
+        QCOMPARE(s.cursorX, s.xOf(s.scanIndex));
+    }
 
-void TstRfState::singleSweepEnd_data()
-{
-    QTest::addColumn<int>("n");
-    QTest::addColumn<int>("step");
-    QTest::addColumn<int>("stepsToStop"); // -1: runs on
-    QTest::newRow("step 2, even N") << 8 << 2 << 5;
-    QTest::newRow("step 2, odd N never equals N") << 7 << 2 << -1;
-    QTest::newRow("step 5, N 12") << 12 << 5 << -1;
-    QTest::newRow("step 5, N 10") << 10 << 5 << 3;
-    QTest::newRow("step 1") << 4 << 1 << 5;
-}
-
-void TstRfState::singleSweepEnd()
-{
-    QFETCH(int, n);
-    QFETCH(int, step);
-    QFETCH(int, stepsToStop);
-    ScanState s = scanOf(n, step);
-    int stopped = -1;
-    for (int k = 1; k <= 4 * (n + 1) && stopped < 0; ++k) {
-        s.rfA = s.rfB = 50;
+    void haltCondition_data()
+    {
+        QTest::addColumn<int>("level");
+        QTest::addColumn<int>("squelchLevel");
+        QTest::addColumn<bool>("halts");
+        QTest::newRow("floor never halts, squelch 0") << 1 << 0 << false;
+        QTest::newRow("above floor and squelch") << 2 << 1 << true;
+        QTest::newRow("equal to squelch") << 40 << 40 << false;
+        QTest::newRow("one above squelch") << 41 << 40 << true;
+    }
+    void haltCondition()
+    {
+        QFETCH(int, level);
+        QFETCH(int, squelchLevel);
+        ScanState s = scanOf(10, 1);
+        s.squelchLevel = squelchLevel;
+        s.rfA = level;
+        s.rfB = 0;
         s.storeLevel();
-        if (s.stopReached(SweepMode::Single))
-            stopped = k;
-        s.advance();
+        QTEST(s.stopReached(SweepMode::Halt), "halts");
+        QVERIFY(!s.stopReached(SweepMode::Continuous));
     }
-    QCOMPARE(stopped, stepsToStop);
-}
 
-void TstRfState::haltCondition_data()
-{
-    QTest::addColumn<int>("level");
-    QTest::addColumn<int>("squelchLevel");
-    QTest::addColumn<bool>("halts");
-    QTest::newRow("floor never halts, squelch 0") << 1 << 0 << false;
-    QTest::newRow("floor never halts, negative squelch") << 1 << -5 << false;
-    QTest::newRow("above floor and squelch") << 2 << 1 << true;
-    QTest::newRow("equal to squelch") << 40 << 40 << false;
-    QTest::newRow("one above squelch") << 41 << 40 << true;
-}
-
-void TstRfState::haltCondition()
-{
-    QFETCH(int, level);
-    QFETCH(int, squelchLevel);
-    QFETCH(bool, halts);
-    ScanState s = scanOf(10, 1);
-    s.squelchLevel = squelchLevel;
-    s.rfA = level;
-    s.rfB = 0;
-    s.storeLevel();
-    QCOMPARE(s.stopReached(SweepMode::Halt), halts);
-    QVERIFY(!s.stopReached(SweepMode::Continuous));
-}
-
-void TstRfState::peakWalkOnEqualLevels_data()
-{
-    // Both worked through by hand with the partitioning rules: the order among
-    // equal levels is decided by the procedure alone.
-    QTest::addColumn<QList<int>>("levels");
-    QTest::addColumn<QList<int>>("order");
-    QTest::addColumn<QList<int>>("walk"); // Peak, then Next P until it wraps
-    QTest::newRow("three 7s and two 3s") << QList<int>{3, 7, 7, 1, 7, 3} << QList<int>{3, 5, 0, 4, 1, 2}
-                                         << QList<int>{2, 1, 4, 0, 5, 3, 2};
-    // The partition ends with i = j = mid here, so the order in which the
-    // two overlapping halves are sorted shows.
-    QTest::newRow("all equal") << QList<int>{4, 4, 4} << QList<int>{0, 2, 1} << QList<int>{1, 2, 0, 1};
-}
-
-void TstRfState::peakWalkOnEqualLevels()
-{
-    QFETCH(QList<int>, levels);
-    QFETCH(QList<int>, order);
-    QFETCH(QList<int>, walk);
-    const int n = static_cast<int>(levels.size()) - 1;
-    ScanState s = scanOf(n, 1);
-    s.levels.assign(levels.begin(), levels.end());
-    QVERIFY(s.goToStrongest());
-    QCOMPARE(asList(s.peakOrder), order);
-    QList<int> visited{s.scanIndex};
-    while (visited.size() < walk.size()) {
-        QVERIFY(s.goToNextPeak());
-        visited << s.scanIndex;
+    void peakWalkOnEqualLevels_data()
+    {
+        // Worked through by hand: the order among equal levels is the procedure's alone.
+        QTest::addColumn<QList<int>>("levels");
+        QTest::addColumn<QList<int>>("order");
+        QTest::addColumn<QList<int>>("walk"); // Peak, then Next P until it wraps
+        QTest::newRow("three 7s and two 3s") << QList<int>{3, 7, 7, 1, 7, 3} << QList<int>{3, 5, 0, 4, 1, 2}
+                                             << QList<int>{2, 1, 4, 0, 5, 3, 2};
+        // The partition ends with i = j = mid: the order of the overlapping halves shows.
+        QTest::newRow("all equal") << QList<int>{4, 4, 4} << QList<int>{0, 2, 1} << QList<int>{1, 2, 0, 1};
+        QTest::newRow("one point stays put") << QList<int>{4} << QList<int>{0} << QList<int>{0, 0};
     }
-    QCOMPARE(visited, walk);
-    QCOMPARE(s.level, levels[walk.last()]);
-    // A valid list is reused, not sorted again.
-    s.levels[0] = 99;
-    QVERIFY(!s.goToStrongest());
-    QCOMPARE(s.scanIndex, walk.first());
-}
-
-void TstRfState::peakWalkEdges_data()
-{
-    QTest::addColumn<bool>("clearFirst");
-    QTest::addColumn<int>("n");
-    QTest::addColumn<int>("firstPeak");
-    QTest::addColumn<int>("afterNext");
-    QTest::newRow("Clear then Peak goes to point 0") << true << 6 << 0 << 0;
-    QTest::newRow("one point stays put") << false << 0 << 0 << 0;
-    QTest::newRow("strongest, then next weaker") << false << 6 << 4 << 2;
-}
-
-void TstRfState::peakWalkEdges()
-{
-    QFETCH(bool, clearFirst);
-    QFETCH(int, n);
-    QFETCH(int, firstPeak);
-    QFETCH(int, afterNext);
-    ScanState s = scanOf(n, 1);
-    const int shape[] = {5, 1, 30, 2, 60, 3, 4};
-    for (int i = 0; i <= n; ++i)
-        s.levels[i] = static_cast<std::int16_t>(shape[i]);
-    if (clearFirst) {
-        s.scanIndex = 4;
-        s.clear();
-    }
-    s.goToStrongest();
-    QCOMPARE(s.scanIndex, firstPeak);
-    s.goToNextPeak();
-    QCOMPARE(s.scanIndex, afterNext);
-}
-
-void TstRfState::markers_data()
-{
-    QTest::addColumn<int>("from");
-    QTest::addColumn<bool>("forward");
-    QTest::addColumn<int>("to");
-    QTest::newRow("next wraps from the last point") << 9 << true << 0;
-    QTest::newRow("next") << 3 << true << 4;
-    QTest::newRow("previous stops at 0") << 0 << false << 0;
-    QTest::newRow("previous") << 5 << false << 4;
-}
-
-void TstRfState::markers()
-{
-    QFETCH(int, from);
-    QFETCH(bool, forward);
-    QFETCH(int, to);
-    ScanState s = scanOf(9, 1);
-    s.levels[to] = 42;
-    s.moveCursorTo(from);
-    forward ? s.markerNext() : s.markerPrevious();
-    QCOMPARE(s.scanIndex, to);
-    QCOMPARE(s.level, 42);
-    QCOMPARE(s.cursorX, s.xOf(to));
-}
-
-void TstRfState::recorderScrollsAtRightEdge()
-{
-    const PlotGeometry g = PlotGeometry::forScale(300, 241);
-    RecorderState r;
-    r.clear(g);
-    r.speed = RecorderState::kFast;
-    for (int k = 0; k < 160; ++k) {
-        const RecorderSegment seg = r.step(k % 99, 50, 300, g);
-        QCOMPARE(seg.present, k > 0); // the first sample after Clear stays off-screen
-        if (k < 150) {
-            QCOMPARE(seg.scroll, 0);
-            QCOMPARE(seg.toX, 2 * k);
-        } else {
-            QCOMPARE(seg.scroll, k == 150 ? 1 : 2);
-            QCOMPARE(seg.toX, 299);
-            QCOMPARE(seg.fromX, 297);
+    void peakWalkOnEqualLevels()
+    {
+        QFETCH(QList<int>, levels);
+        QFETCH(QList<int>, walk);
+        const int n = static_cast<int>(levels.size()) - 1;
+        ScanState s = scanOf(n, 1);
+        s.levels.assign(levels.begin(), levels.end());
+        QVERIFY(s.goToStrongest());
+        QTEST(asList(s.peakOrder), "order");
+        QList<int> visited{s.scanIndex};
+        while (visited.size() < walk.size()) {
+            QVERIFY(s.goToNextPeak());
+            visited << s.scanIndex;
         }
-        QCOMPARE(seg.toYA, g.levelY(k % 99));
-        if (k > 0)
-            QCOMPARE(seg.fromYA, g.levelY((k - 1) % 99));
+        QCOMPARE(visited, walk);
+        QCOMPARE(s.level, levels[walk.last()]);
+        // A valid list is reused, not sorted again.
+        s.levels[0] = 99;
+        QVERIFY(!s.goToStrongest());
+        QCOMPARE(s.scanIndex, walk.first());
     }
-}
 
-void TstRfState::recorderSlowSharesColumns()
-{
-    const PlotGeometry g = PlotGeometry::forScale(300, 241);
-    RecorderState r;
-    r.clear(g);
-    QCOMPARE(r.speed, RecorderState::kSlow);
-    QList<int> columns;
-    QList<bool> shown;
-    for (int k = 0; k < 7; ++k) {
-        const RecorderSegment seg = r.step(10, 20, 300, g);
-        columns << seg.toX;
-        shown << seg.present;
+    void recorderScrollsAtRightEdge()
+    {
+        const PlotGeometry g = PlotGeometry::forScale(300, 241);
+        RecorderState r;
+        r.clear(g);
+        r.speed = RecorderState::kFast;
+        for (int k = 0; k < 160; ++k) {
+            const RecorderSegment seg = r.step(k % 99, 50, 300, g);
+            QCOMPARE(seg.present, k > 0); // the first sample after Clear stays off-screen
+            QCOMPARE(seg.scroll, k < 150 ? 0 : k == 150 ? 1 : 2);
+            QCOMPARE(seg.toX, k < 150 ? 2 * k : 299);
+            if (k >= 150)
+                QCOMPARE(seg.fromX, 297);
+            QCOMPARE(seg.toYA, g.levelY(k % 99));
+            if (k > 0)
+                QCOMPARE(seg.fromYA, g.levelY((k - 1) % 99));
+        }
     }
-    QCOMPARE(columns, (QList<int>{0, 0, 0, 0, 0, 1, 1}));
-    QCOMPARE(shown, (QList<bool>{false, false, false, false, false, true, true}));
-}
 
-void TstRfState::dropCounter_data()
-{
-    // Readings are "A/B" against squelch level 10; r = DropRun, p = DropPause,
-    // c = DropClear.
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("dropA");
-    QTest::addColumn<QString>("dropB");
-    QTest::newRow("off counts nothing") << "5/5 20/20 5/5" << "0" << "0";
-    QTest::newRow("one drop per passage") << "r 20/20 5/20 4/20 20/20 9/20" << "2" << "0";
-    QTest::newRow("equality is above") << "r 10/10 9/10 10/10 9/10 10/9" << "2" << "1";
-    QTest::newRow("starting below counts") << "r 3/30" << "1" << "0";
-    QTest::newRow("pause keeps the below flag") << "r 5/20 p 30/30 r 5/20" << "1" << "0";
-    QTest::newRow("clear keeps the below flag") << "r 5/5 c r 5/5 20/20 5/5" << "1" << "1";
-    QTest::newRow("clear stops counting") << "r 5/5 c 20/20 5/5" << "0" << "0";
-}
-
-void TstRfState::dropCounter()
-{
-    QFETCH(QString, script);
-    QFETCH(QString, dropA);
-    QFETCH(QString, dropB);
-    DropCounter counter;
-    for (const QString &word : script.split(QLatin1Char(' '))) {
-        if (word == QLatin1String("r"))
-            counter.run();
-        else if (word == QLatin1String("p"))
-            counter.pause();
-        else if (word == QLatin1String("c"))
-            counter.clear();
-        else
-            counter.count(word.section(QLatin1Char('/'), 0, 0).toInt(), word.section(QLatin1Char('/'), 1).toInt(), 10);
+    void recorderSlowSharesColumns()
+    {
+        const PlotGeometry g = PlotGeometry::forScale(300, 241);
+        RecorderState r;
+        r.clear(g);
+        QCOMPARE(r.speed, RecorderState::kSlow);
+        QList<int> columns;
+        QList<bool> shown;
+        for (int k = 0; k < 7; ++k) {
+            const RecorderSegment seg = r.step(10, 20, 300, g);
+            columns << seg.toX;
+            shown << seg.present;
+        }
+        QCOMPARE(columns, (QList<int>{0, 0, 0, 0, 0, 1, 1}));
+        QCOMPARE(shown, (QList<bool>{false, false, false, false, false, true, true}));
     }
-    QCOMPARE(counter.textA(), dropA);
-    QCOMPARE(counter.textB(), dropB);
-}
+
+    void dropCounter_data()
+    {
+        // "A/B" readings against squelch level 10; r DropRun, p DropPause, c DropClear.
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QString>("drops"); // A/B
+        QTest::newRow("off counts nothing") << "5/5 20/20 5/5" << "0/0";
+        QTest::newRow("one drop per passage") << "r 20/20 5/20 4/20 20/20 9/20" << "2/0";
+        QTest::newRow("equality is above") << "r 10/10 9/10 10/10 9/10 10/9" << "2/1";
+        QTest::newRow("starting below counts") << "r 3/30" << "1/0";
+        QTest::newRow("pause keeps the below flag") << "r 5/20 p 30/30 r 5/20" << "1/0";
+        QTest::newRow("clear keeps the below flag") << "r 5/5 c r 5/5 20/20 5/5" << "1/1";
+        QTest::newRow("clear stops counting") << "r 5/5 c 20/20 5/5" << "0/0";
+    }
+    void dropCounter()
+    {
+        QFETCH(QString, script);
+        DropCounter counter;
+        for (const QString &word : script.split(QLatin1Char(' '))) {
+            if (word == QLatin1String("r"))
+                counter.run();
+            else if (word == QLatin1String("p"))
+                counter.pause();
+            else if (word == QLatin1String("c"))
+                counter.clear();
+            else
+                counter.count(word.section(QLatin1Char('/'), 0, 0).toInt(), word.section(QLatin1Char('/'), 1).toInt(), 10);
+        }
+        QTEST(counter.textA() + '/' + counter.textB(), "drops");
+    }
+};
 
 QTEST_GUILESS_MAIN(TstRfState)
 #include "tst_rfstate.moc"

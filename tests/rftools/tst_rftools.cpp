@@ -31,359 +31,287 @@ class TstRfTools : public QObject
 {
     Q_OBJECT
 private slots:
-    void namedControls_data();
-    void namedControls();
-    void scanStepReading_data();
-    void scanStepReading();
-    void scanStepWithoutReply();
-    void sweepStops_data();
-    void sweepStops();
-    void elapsedAcrossMidnight();
-    void peakAndNextTune();
-    void clearThenPeakTunesBandStart();
-    void dragReadsClickTunes();
-    void settingsMarkerButtons();
-    void traceIsDrawn();
-    void traceInterleaves();
-    void recorderReadsAndScrolls();
-    void dropsCountedThroughMeters();
-};
 
-void TstRfTools::namedControls_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("text");
-    for (auto [n, t] : std::initializer_list<std::pair<const char *, const char *>>{
-             {"SP_Run", "Run"},          {"SP_Clear", "Clear"},      {"SP_Peak", "Peak"},
-             {"SP_Peak_Next", "Next P"}, {"Frame1", "Step (KHz)"},   {"Option1", "25"},
-             {"Option2", "50"},          {"Option3", "100"},         {"Option4", "125"},
-             {"Frame2", "Sweep"},        {"optSingle", "Single"},    {"optCont", "Continuous"},
-             {"optHalt", "Halt"},        {"lbSP_Freq", ""},          {"lbSP_dBm", ""},
-             {"lbSP_uV", ""},            {"SP_Elapsed", ""},         {"SQ_Line1", ""},
-             {"imgDiamond", ""},         {"PB_Spec", ""},            {"lbBandStart", "800.000"},
-             {"lbBandStop", "800.300"},  {"PB_RFRec", ""},           {"RF_Run", "Run"},
-             {"RF_Stop", "Stop"},        {"RF_Clear", "Clear"},      {"Frame5", "Speed"},
-             {"OptLow", "Slow"},         {"OptHigh", "Fast"},        {"RF_Elapsed", ""},
-             {"lbRFA_dBm", ""},          {"lbRFA_uV", ""},           {"lbRFB_dBm", ""},
-             {"lbRFB_uV", ""},           {"lbRFA", "A:"},            {"lbRFB", "B:"},
-             {"LineA", ""},              {"LineB", ""},              {"SQ_Line2", ""},
-             {"DropRun", ""},            {"DropPause", ""},          {"DropClear", "Clear"},
-             {"DropA", "0"},             {"DropB", "0"}})
-        QTest::newRow(n) << QString::fromLatin1(n) << QString::fromLatin1(t);
-}
-
-void TstRfTools::namedControls()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, text);
-    RfBench b;
-    b.open();
-    const QList<QWidget *> found = b.window.findChildren<QWidget *>(name);
-    // Option1..4 exist once here; the settings tab's step options of the same
-    // names live in another parent.
-    QCOMPARE(found.size(), 1);
-    QWidget *w = found.first();
-    QCOMPARE(w->accessibleDescription(), name);
-    if (text.isEmpty())
-        return;
-    QString shown = w->property("text").toString();
-    if (shown.isEmpty())
-        shown = w->property("title").toString();
-    QCOMPARE(shown, text);
-}
-
-void TstRfTools::scanStepReading_data()
-{
-    QTest::addColumn<int>("rawA");
-    QTest::addColumn<int>("rawB");
-    QTest::addColumn<int>("rfA");
-    QTest::addColumn<int>("rfB");
-    QTest::addColumn<int>("stored");
-    // Raw readings are raised by 5 and held at 255 before the table.
-    QTest::newRow("silence") << 0x00 << 0x00 << 1 << 1 << 1;
-    QTest::newRow("A near the top saturates") << 0xFA << 0x10 << 99 << 4 << 99;
-    QTest::newRow("B larger") << 0x2B << 0x3B << 11 << 24 << 24;
-    QTest::newRow("both over the top") << 0xFF << 0xFB << 99 << 99 << 99;
-    QTest::newRow("just under the clamp") << 0xF9 << 0x00 << 94 << 1 << 94;
-}
-
-void TstRfTools::scanStepReading()
-{
-    QFETCH(int, rawA);
-    QFETCH(int, rawB);
-    QFETCH(int, rfA);
-    QFETCH(int, rfB);
-    QFETCH(int, stored);
-    RfBench b;
-    b.open();
-    b.line.rawByCode[b.codeOfPoint(0)] = {rawA, rawB};
-    b.ctx.state.WorkMode = 3;
-    QVERIFY(b.tools.ScanFreq());
-
-    QCOMPARE(b.line.written, QStringList{eCommand(b.codeOfPoint(0))});
-    const ScanState &s = b.tools.scanState();
-    QCOMPARE(s.rfA, rfA);
-    QCOMPARE(s.rfB, rfB);
-    QCOMPARE(int(s.levels[0]), stored);
-    QCOMPARE(s.statusByte, 0x41);
-    QCOMPARE(s.audioByte, 0x22);
-    QCOMPARE(s.scanIndex, 1);
-    QCOMPARE(b.host.meterCalls, 1);
-    QCOMPARE(b.host.txtFreq, QStringLiteral("800.000"));
-    QCOMPARE(b.host.txtGroup, QStringLiteral("**"));
-    QCOMPARE(b.host.txtChannel, QStringLiteral("**"));
-    QVERIFY(b.host.rec.manualFreq);
-    QCOMPARE(b.host.rec.manualFreqCode, NumToHex(b.codeOfPoint(0), 4));
-    QCOMPARE(b.host.tvFrequency, 800.0);
-    QCOMPARE(b.tools.spectrumTab()->frequencyReadout()->text(), QStringLiteral("800.000MHz"));
-    QCOMPARE(b.tools.spectrumTab()->runButton()->text(), QStringLiteral("Stop"));
-}
-
-void TstRfTools::scanStepWithoutReply()
-{
-    RfBench b;
-    b.open();
-    b.line.silent = true;
-    b.ctx.state.WorkMode = 3;
-    b.tools.ScanFreq();
-    QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("RCV01  no response!, address= 5\r\n")});
-    QCOMPARE(b.ctx.state.WorkMode, 1);
-    QCOMPARE(b.host.unloads, 1);
-    QCOMPARE(b.host.meterCalls, 0);
-    QCOMPARE(b.tools.scanState().scanIndex, 0);
-}
-
-void TstRfTools::sweepStops_data()
-{
-    QTest::addColumn<QString>("option");
-    QTest::addColumn<int>("bandWidth");
-    QTest::addColumn<int>("stepOption");
-    QTest::addColumn<int>("squelch");
-    QTest::addColumn<int>("stepsTaken"); // steps until the scan stopped itself, -1: still running after 40
-    QTest::addColumn<int>("nextIndex");
-    QTest::newRow("single, step 50 kHz, even N") << "optSingle" << 8 << 2 << 20 << 5 << 0;
-    QTest::newRow("single, step 50 kHz, odd N runs on") << "optSingle" << 7 << 2 << 20 << -1 << -1;
-    QTest::newRow("halt on the transmitter at point 6") << "optHalt" << 12 << 1 << 20 << 7 << 7;
-    QTest::newRow("halt, squelch above the transmitter") << "optHalt" << 12 << 1 << 99 << -1 << -1;
-    QTest::newRow("continuous") << "optCont" << 4 << 1 << 20 << -1 << -1;
-}
-
-void TstRfTools::sweepStops()
-{
-    QFETCH(QString, option);
-    QFETCH(int, bandWidth);
-    QFETCH(int, stepOption);
-    QFETCH(int, squelch);
-    QFETCH(int, stepsTaken);
-    QFETCH(int, nextIndex);
-    RfBench b;
-    b.host.rec.bandWidth = bandWidth;
-    b.host.rec.squelch = squelch;
-    b.open();
-    b.line.rawByCode[b.codeOfPoint(6)] = {0xC0, 0x20};
-    b.window.findChild<QRadioButton *>(option)->click();
-    b.tools.spectrumTab()->stepOption(stepOption)->click();
-    b.tools.spectrumTab()->runButton()->click();
-    QCOMPARE(b.ctx.state.WorkMode, 3);
-    int steps = 0;
-    while (b.ctx.state.WorkMode == 3 && steps < 40) {
-        b.tools.ScanFreq();
-        ++steps;
+    void scanStepReading_data()
+    {
+        QTest::addColumn<int>("rawA");
+        QTest::addColumn<int>("rawB");
+        QTest::addColumn<QList<int>>("levels"); // A, B, stored
+        // Raw readings are raised by 5 and held at 255 before the table.
+        QTest::newRow("A near the top saturates") << 0xFA << 0x10 << QList<int>{99, 4, 99};
+        QTest::newRow("B larger") << 0x2B << 0x3B << QList<int>{11, 24, 24};
+        QTest::newRow("just under the clamp") << 0xF9 << 0x00 << QList<int>{94, 1, 94};
     }
-    if (stepsTaken < 0) {
+    void scanStepReading()
+    {
+        QFETCH(int, rawA);
+        QFETCH(int, rawB);
+        RfBench b;
+        b.open();
+        b.line.rawByCode[b.codeOfPoint(0)] = {rawA, rawB};
+        b.ctx.state.WorkMode = 3;
+        QVERIFY(b.tools.ScanFreq());
+
+        QCOMPARE(b.line.written, QStringList{eCommand(b.codeOfPoint(0))});
+        const ScanState &s = b.tools.scanState();
+        QTEST((QList<int>{s.rfA, s.rfB, s.levels[0]}), "levels");
+        QCOMPARE(s.statusByte * 256 + s.audioByte, 0x4122);
+        QCOMPARE(s.scanIndex, 1);
+        QCOMPARE(b.host.meterCalls, 1);
+        QCOMPARE(b.host.txtFreq, "800.000");
+        QCOMPARE(b.host.txtGroup + b.host.txtChannel, "****");
+        QVERIFY(b.host.rec.manualFreq);
+        QCOMPARE(b.host.rec.manualFreqCode, NumToHex(b.codeOfPoint(0), 4));
+        QCOMPARE(b.host.tvFrequency, 800.0);
+        QCOMPARE(b.tools.spectrumTab()->frequencyReadout()->text(), QStringLiteral("800.000MHz"));
+        QCOMPARE(b.tools.spectrumTab()->runButton()->text(), QStringLiteral("Stop"));
+    }
+
+    void scanStepWithoutReply()
+    {
+        RfBench b;
+        b.open();
+        b.line.silent = true;
+        b.ctx.state.WorkMode = 3;
+        b.tools.ScanFreq();
+        QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("RCV01  no response!, address= 5\r\n")});
+        QCOMPARE(b.ctx.state.WorkMode, 1);
+        QCOMPARE(b.host.unloads, 1);
+        QCOMPARE(b.host.meterCalls, 0);
+        QCOMPARE(b.tools.scanState().scanIndex, 0);
+    }
+
+    void sweepStops_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<int>("bandWidth");
+        QTest::addColumn<int>("stepOption");
+        QTest::addColumn<int>("squelch");
+        QTest::addColumn<int>("stepsTaken"); // steps until the scan stopped itself, -1: still running after 40
+        QTest::addColumn<int>("nextIndex");
+        QTest::newRow("single, step 50 kHz, even N") << "optSingle" << 8 << 2 << 20 << 5 << 0;
+        QTest::newRow("single, step 50 kHz, odd N runs on") << "optSingle" << 7 << 2 << 20 << -1 << -1;
+        QTest::newRow("halt on the transmitter at point 6") << "optHalt" << 12 << 1 << 20 << 7 << 7;
+        QTest::newRow("halt, squelch above the transmitter") << "optHalt" << 12 << 1 << 99 << -1 << -1;
+    }
+    void sweepStops()
+    {
+        QFETCH(QString, option);
+        QFETCH(int, bandWidth);
+        QFETCH(int, stepOption);
+        QFETCH(int, squelch);
+        QFETCH(int, stepsTaken);
+        QFETCH(int, nextIndex);
+        RfBench b;
+        b.host.rec.bandWidth = bandWidth;
+        b.host.rec.squelch = squelch;
+        b.open();
+        b.line.rawByCode[b.codeOfPoint(6)] = {0xC0, 0x20};
+        b.window.findChild<QRadioButton *>(option)->click();
+        b.tools.spectrumTab()->stepOption(stepOption)->click();
+        b.tools.spectrumTab()->runButton()->click();
         QCOMPARE(b.ctx.state.WorkMode, 3);
-        return;
+        int steps = 0;
+        while (b.ctx.state.WorkMode == 3 && steps < 40) {
+            b.tools.ScanFreq();
+            ++steps;
+        }
+        QCOMPARE(b.ctx.state.WorkMode, stepsTaken < 0 ? 3 : 2);
+        if (stepsTaken < 0)
+            return;
+        QCOMPARE(steps, stepsTaken);
+        QCOMPARE(b.tools.spectrumTab()->runButton()->text(), QStringLiteral("Run"));
+        QCOMPARE(b.tools.scanState().scanIndex, nextIndex); // the advance runs after a stop too
     }
-    QCOMPARE(steps, stepsTaken);
-    QCOMPARE(b.ctx.state.WorkMode, 2);
-    QCOMPARE(b.tools.spectrumTab()->runButton()->text(), QStringLiteral("Run"));
-    QCOMPARE(b.tools.scanState().scanIndex, nextIndex); // the advance runs after a stop too
-}
 
-void TstRfTools::elapsedAcrossMidnight()
-{
-    RfBench b;
-    b.open();
-    b.clock.setSecondsSinceMidnight(86399.5);
-    SpectrumTab *tab = b.tools.spectrumTab();
-    tab->runButton()->click();
-    b.clock.advanceMillis(1000);
-    b.tools.ScanFreq(); // 2 ms on the line: 0.502 after midnight
-    QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:01:0"));
-    tab->runButton()->click(); // stop keeps what was shown
-    b.clock.advanceMillis(60000);
-    tab->runButton()->click();
-    b.clock.advanceMillis(2300);
-    b.tools.ScanFreq();
-    QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:03:3"));
-    tab->clearButton()->click();
-    QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:00:0"));
-}
-
-void TstRfTools::peakAndNextTune()
-{
-    RfBench b;
-    b.open();
-    b.line.rawByCode[b.codeOfPoint(3)] = {0xC0, 0x10};
-    b.line.rawByCode[b.codeOfPoint(9)] = {0x10, 0xE0};
-    SpectrumTab *tab = b.tools.spectrumTab();
-    tab->runButton()->click();
-    for (int k = 0; k < 13; ++k)
+    void elapsedAcrossMidnight()
+    {
+        RfBench b;
+        b.open();
+        b.clock.setSecondsSinceMidnight(86399.5);
+        SpectrumTab *tab = b.tools.spectrumTab();
+        tab->runButton()->click();
+        b.clock.advanceMillis(1000);
+        b.tools.ScanFreq(); // 2 ms on the line: 0.502 after midnight
+        QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:01:0"));
+        tab->runButton()->click(); // stop keeps what was shown
+        b.clock.advanceMillis(60000);
+        tab->runButton()->click();
+        b.clock.advanceMillis(2300);
         b.tools.ScanFreq();
-    b.line.written.clear();
-
-    tab->peakButton()->click();
-    QCOMPARE(b.ctx.state.WorkMode, 2); // the peak search stops the scan
-    QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(9))});
-    QCOMPARE(b.host.txtFreq, QStringLiteral("800.225"));
-    QCOMPARE(tab->runButton()->text(), QStringLiteral("Run"));
-    QCOMPARE(tab->dbmReadout()->text(), formatDbm(levelToDbm(b.tools.scanState().levels[9])));
-
-    b.line.silent = true;
-    tab->nextPeakButton()->click();
-    QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("No Response from receiver!")});
-    QCOMPARE(b.tools.scanState().scanIndex, 3); // the cursor moves anyway
-    QCOMPARE(b.host.txtFreq, QStringLiteral("800.075"));
-    QCOMPARE(tab->frequencyReadout()->text(), QStringLiteral("800.075MHz"));
-}
-
-void TstRfTools::clearThenPeakTunesBandStart()
-{
-    RfBench b;
-    b.open();
-    b.line.rawByCode[b.codeOfPoint(5)] = {0xC0, 0xC0};
-    SpectrumTab *tab = b.tools.spectrumTab();
-    tab->runButton()->click();
-    for (int k = 0; k < 8; ++k)
-        b.tools.ScanFreq();
-    tab->clearButton()->click();
-    QCOMPARE(b.ctx.state.WorkMode, 2);
-    b.line.written.clear();
-    tab->peakButton()->click();
-    QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(0))});
-    QCOMPARE(b.host.txtFreq, QStringLiteral("800.000"));
-}
-
-void TstRfTools::dragReadsClickTunes()
-{
-    RfBench b;
-    b.host.rec.bandWidth = 100; // 6 pixels per point on the 600-pixel picture
-    b.open();
-    b.tools.spectrum().pointerMoved(63.4, Qt::LeftButton);
-    QCOMPARE(b.tools.scanState().scanIndex, 10);
-    QVERIFY(b.line.written.isEmpty());
-    QCOMPARE(b.tools.spectrumTab()->frequencyReadout()->text(), QStringLiteral("800.250MHz"));
-    b.tools.spectrum().pointerMoved(900, Qt::NoButton); // remembered, clamped to the width
-    QCOMPARE(b.tools.scanState().scanIndex, 10);
-    b.ctx.state.WorkMode = 3;
-    b.tools.spectrum().pictureClicked();
-    QCOMPARE(b.tools.scanState().scanIndex, 100);
-    QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(100))});
-    QCOMPARE(b.ctx.state.WorkMode, 3); // a running scan carries on from there
-    QCOMPARE(b.tools.spectrumTab()->plot()->diamond()->pos(), QPoint(600 - 3, 240 - 7));
-}
-
-void TstRfTools::settingsMarkerButtons()
-{
-    RfBench b;
-    b.open(); // N = 12
-    b.tools.cmdPrevClick();
-    QCOMPARE(b.tools.scanState().scanIndex, 0);
-    b.tools.spectrum().pointerMoved(600, Qt::LeftButton);
-    QCOMPARE(b.tools.scanState().scanIndex, 12);
-    b.tools.cmdNextClick();
-    QCOMPARE(b.tools.scanState().scanIndex, 0);
-    QCOMPARE(b.line.written, (QStringList{kCommand(b.codeOfPoint(0)), kCommand(b.codeOfPoint(0))}));
-    QCOMPARE(b.host.txtFreq, QStringLiteral("800.000"));
-}
-
-void TstRfTools::traceIsDrawn()
-{
-    RfBench b;
-    b.host.rec.bandWidth = 100;
-    b.open();
-    b.line.rawByCode[b.codeOfPoint(40)] = {0xFF, 0xFF};
-    b.ctx.state.WorkMode = 3;
-    for (int k = 0; k <= 40; ++k)
-        b.tools.ScanFreq();
-    const QImage picture = b.tools.spectrumTab()->plot()->pictureImage();
-    const ScanState &s = b.tools.scanState();
-    QCOMPARE(picture.pixelColor(s.xOf(40), s.yOf(99)), plotColors::kTrace);
-    QCOMPARE(picture.pixelColor(s.xOf(20), s.yOf(s.levels[20])), plotColors::kTrace);
-    QVERIFY(picture.pixelColor(s.xOf(70), s.yOf(50)) != plotColors::kTrace);
-    b.tools.spectrumTab()->clearButton()->click();
-    QVERIFY(b.tools.spectrumTab()->plot()->pictureImage().pixelColor(s.xOf(40), 6) != plotColors::kTrace);
-}
-
-void TstRfTools::traceInterleaves()
-{
-    // Five points 150 pixels apart: the even points join 0-2-4 along level 50,
-    // the odd ones hang from the origin and join 1-3 along level 99.
-    SpectrumPlot plot;
-    const PlotGeometry g = plot.plotGeometry();
-    plot.drawTrace(LevelArray{50, 99, 50, 99, 50}, 4, 150.0);
-    const QImage picture = plot.pictureImage();
-    const QColor green = plotColors::kTrace;
-    QCOMPARE(picture.pixelColor(225, g.levelY(50)), green);
-    QCOMPARE(picture.pixelColor(525, g.levelY(50)), green);
-    QCOMPARE(picture.pixelColor(300, g.levelY(99)), green);
-    QCOMPARE(picture.pixelColor(0, g.baseLine), green);
-    QCOMPARE(picture.pixelColor(75, (g.baseLine + g.levelY(99)) / 2), green);
-    // Nothing joins neighbouring points directly.
-    QVERIFY(picture.pixelColor(75, (g.levelY(50) + g.levelY(99)) / 2) != green);
-    QVERIFY(picture.pixelColor(500, g.levelY(99)) != green);
-}
-
-void TstRfTools::recorderReadsAndScrolls()
-{
-    RfBench b;
-    b.open();
-    b.line.rawN = {0xFF, 0x00};
-    RecorderTab *tab = b.tools.recorderTab();
-    tab->fastOption()->click();
-    tab->runButton()->click();
-    QCOMPARE(b.ctx.state.WorkMode, 4);
-    for (int k = 0; k < 400; ++k)
-        b.tools.RFRecorder();
-    QCOMPARE(b.line.commandsWith(QLatin1Char('N')).size(), 400);
-    QCOMPARE(tab->dbmReadoutA()->text(), QStringLiteral("-47.0dBm"));
-    QCOMPARE(tab->microvoltReadoutA()->text(), QStringLiteral("1000uV"));
-    QCOMPARE(tab->microvoltReadoutB()->text(), QStringLiteral("1uV"));
-    QCOMPARE(b.tools.recorderState().previousX, 599);
-    const QImage picture = tab->plot()->pictureImage();
-    const PlotGeometry g = b.tools.scanState().geometry;
-    // The newest segment runs from column 597 up to (not including) 599.
-    for (int x : {597, 598}) {
-        QCOMPARE(picture.pixelColor(x, g.levelY(99)), tab->legendA()->borderColor());
-        QCOMPARE(picture.pixelColor(x, g.levelY(1)), tab->legendB()->borderColor());
+        QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:03:3"));
+        tab->clearButton()->click();
+        QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:00:0"));
     }
-    tab->stopButton()->click();
-    QCOMPARE(b.ctx.state.WorkMode, 2);
-    tab->clearButton()->click();
-    QCOMPARE(b.tools.recorderState().x, 0);
-    QVERIFY(tab->plot()->pictureImage().pixelColor(598, g.levelY(99)) != tab->legendA()->borderColor());
-}
 
-void TstRfTools::dropsCountedThroughMeters()
-{
-    RfBench b;
-    b.open(); // squelch 20
-    const int sq = b.tools.scanState().squelchLevel;
-    QCOMPARE(sq, b.ctx.state.levelTable[static_cast<int>(std::nearbyint(20 * 255.0 / 99 + 16))]);
-    QCOMPARE(b.host.squelchBar, (std::pair<int, int>{sq - 7, sq + 7}));
-    QCOMPARE(b.tools.spectrumTab()->plot()->squelchLine()->row(), b.tools.scanState().yOf(sq));
-    DropCounterPanel *panel = b.tools.dropCounterPanel();
-    panel->runButton()->click();
-    b.line.rawN = {0x00, 0xFF};
-    b.host.ReadOneAD();
-    b.line.rawByCode[b.codeOfPoint(0)] = {0xFF, 0x00};
-    b.tools.ScanFreq(); // the scan's readings are counted as well
-    QCOMPARE(panel->countA()->text(), QStringLiteral("1"));
-    QCOMPARE(panel->countB()->text(), QStringLiteral("1"));
-    panel->clearButton()->click();
-    QCOMPARE(panel->countA()->text(), QStringLiteral("0"));
-    QVERIFY(!panel->runButton()->isChecked());
-}
+    void peakAndNextTune()
+    {
+        RfBench b;
+        b.open();
+        b.line.rawByCode[b.codeOfPoint(3)] = {0xC0, 0x10};
+        b.line.rawByCode[b.codeOfPoint(9)] = {0x10, 0xE0};
+        SpectrumTab *tab = b.tools.spectrumTab();
+        tab->runButton()->click();
+        for (int k = 0; k < 13; ++k)
+            b.tools.ScanFreq();
+        b.line.written.clear();
+
+        tab->peakButton()->click();
+        QCOMPARE(b.ctx.state.WorkMode, 2); // the peak search stops the scan
+        QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(9))});
+        QCOMPARE(b.host.txtFreq, QStringLiteral("800.225"));
+        QCOMPARE(tab->runButton()->text(), QStringLiteral("Run"));
+        QCOMPARE(tab->dbmReadout()->text(), formatDbm(levelToDbm(b.tools.scanState().levels[9])));
+
+        b.line.silent = true;
+        tab->nextPeakButton()->click();
+        QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("No Response from receiver!")});
+        QCOMPARE(b.tools.scanState().scanIndex, 3); // the cursor moves anyway
+        QCOMPARE(b.host.txtFreq, QStringLiteral("800.075"));
+        QCOMPARE(tab->frequencyReadout()->text(), QStringLiteral("800.075MHz"));
+    }
+
+    void clearThenPeakTunesBandStart()
+    {
+        RfBench b;
+        b.open();
+        b.line.rawByCode[b.codeOfPoint(5)] = {0xC0, 0xC0};
+        SpectrumTab *tab = b.tools.spectrumTab();
+        tab->runButton()->click();
+        for (int k = 0; k < 8; ++k)
+            b.tools.ScanFreq();
+        tab->clearButton()->click();
+        QCOMPARE(b.ctx.state.WorkMode, 2);
+        b.line.written.clear();
+        tab->peakButton()->click();
+        QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(0))});
+        QCOMPARE(b.host.txtFreq, QStringLiteral("800.000"));
+    }
+
+    void dragReadsClickTunes()
+    {
+        RfBench b;
+        b.host.rec.bandWidth = 100; // 6 pixels per point on the 600-pixel picture
+        b.open();
+        b.tools.spectrum().pointerMoved(63.4, Qt::LeftButton);
+        QCOMPARE(b.tools.scanState().scanIndex, 10);
+        QVERIFY(b.line.written.isEmpty());
+        QCOMPARE(b.tools.spectrumTab()->frequencyReadout()->text(), QStringLiteral("800.250MHz"));
+        b.tools.spectrum().pointerMoved(900, Qt::NoButton); // remembered, clamped to the width
+        QCOMPARE(b.tools.scanState().scanIndex, 10);
+        b.ctx.state.WorkMode = 3;
+        b.tools.spectrum().pictureClicked();
+        QCOMPARE(b.tools.scanState().scanIndex, 100);
+        QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(100))});
+        QCOMPARE(b.ctx.state.WorkMode, 3); // a running scan carries on from there
+        QCOMPARE(b.tools.spectrumTab()->plot()->diamond()->pos(), QPoint(600 - 3, 240 - 7));
+    }
+
+    void settingsMarkerButtons()
+    {
+        RfBench b;
+        b.open(); // N = 12
+        b.tools.cmdPrevClick();
+        QCOMPARE(b.tools.scanState().scanIndex, 0);
+        b.tools.spectrum().pointerMoved(600, Qt::LeftButton);
+        QCOMPARE(b.tools.scanState().scanIndex, 12);
+        b.tools.cmdNextClick();
+        QCOMPARE(b.tools.scanState().scanIndex, 0);
+        b.tools.cmdNextClick();
+        QCOMPARE(b.tools.scanState().scanIndex, 1);
+        QCOMPARE(b.line.written, (QStringList{kCommand(b.codeOfPoint(0)), kCommand(b.codeOfPoint(0)),
+                                              kCommand(b.codeOfPoint(1))}));
+        QCOMPARE(b.host.txtFreq, "800.025");
+    }
+
+    void traceIsDrawn()
+    {
+        RfBench b;
+        b.host.rec.bandWidth = 100;
+        b.open();
+        b.line.rawByCode[b.codeOfPoint(40)] = {0xFF, 0xFF};
+        b.ctx.state.WorkMode = 3;
+        for (int k = 0; k <= 40; ++k)
+            b.tools.ScanFreq();
+        const QImage picture = b.tools.spectrumTab()->plot()->pictureImage();
+        const ScanState &s = b.tools.scanState();
+        QCOMPARE(picture.pixelColor(s.xOf(40), s.yOf(99)), plotColors::kTrace);
+        QCOMPARE(picture.pixelColor(s.xOf(20), s.yOf(s.levels[20])), plotColors::kTrace);
+        QVERIFY(picture.pixelColor(s.xOf(70), s.yOf(50)) != plotColors::kTrace);
+        b.tools.spectrumTab()->clearButton()->click();
+        QVERIFY(b.tools.spectrumTab()->plot()->pictureImage().pixelColor(s.xOf(40), 6) != plotColors::kTrace);
+    }
+
+    void traceInterleaves()
+    {
+        // Five points 150 pixels apart: the even points join 0-2-4 along level 50,
+        // the odd ones hang from the origin and join 1-3 along level 99.
+        SpectrumPlot plot;
+        const PlotGeometry g = plot.plotGeometry();
+        plot.drawTrace(LevelArray{50, 99, 50, 99, 50}, 4, 150.0);
+        const QImage picture = plot.pictureImage();
+        const QColor green = plotColors::kTrace;
+        QCOMPARE(picture.pixelColor(225, g.levelY(50)), green);
+        QCOMPARE(picture.pixelColor(525, g.levelY(50)), green);
+        QCOMPARE(picture.pixelColor(300, g.levelY(99)), green);
+        QCOMPARE(picture.pixelColor(0, g.baseLine), green);
+        QCOMPARE(picture.pixelColor(75, (g.baseLine + g.levelY(99)) / 2), green);
+        // Nothing joins neighbouring points directly.
+        QVERIFY(picture.pixelColor(75, (g.levelY(50) + g.levelY(99)) / 2) != green);
+        QVERIFY(picture.pixelColor(500, g.levelY(99)) != green);
+    }
+
+    void recorderReadsAndScrolls()
+    {
+        RfBench b;
+        b.open();
+        b.line.rawN = {0xFF, 0x00};
+        RecorderTab *tab = b.tools.recorderTab();
+        tab->fastOption()->click();
+        tab->runButton()->click();
+        QCOMPARE(b.ctx.state.WorkMode, 4);
+        for (int k = 0; k < 400; ++k)
+            b.tools.RFRecorder();
+        QCOMPARE(b.line.written.filter("%05N").size(), 400);
+        QCOMPARE(tab->dbmReadoutA()->text(), QStringLiteral("-47.0dBm"));
+        QCOMPARE(tab->microvoltReadoutA()->text(), QStringLiteral("1000uV"));
+        QCOMPARE(tab->microvoltReadoutB()->text(), QStringLiteral("1uV"));
+        QCOMPARE(b.tools.recorderState().previousX, 599);
+        const QImage picture = tab->plot()->pictureImage();
+        const PlotGeometry g = b.tools.scanState().geometry;
+        // The newest segment runs from column 597 up to (not including) 599.
+        for (int x : {597, 598}) {
+            QCOMPARE(picture.pixelColor(x, g.levelY(99)), tab->legendA()->borderColor());
+            QCOMPARE(picture.pixelColor(x, g.levelY(1)), tab->legendB()->borderColor());
+        }
+        tab->stopButton()->click();
+        QCOMPARE(b.ctx.state.WorkMode, 2);
+        tab->clearButton()->click();
+        QCOMPARE(b.tools.recorderState().x, 0);
+        QVERIFY(tab->plot()->pictureImage().pixelColor(598, g.levelY(99)) != tab->legendA()->borderColor());
+    }
+
+    void dropsCountedThroughMeters()
+    {
+        RfBench b;
+        b.open(); // squelch 20
+        const int sq = b.tools.scanState().squelchLevel;
+        QCOMPARE(sq, b.ctx.state.levelTable[static_cast<int>(std::nearbyint(20 * 255.0 / 99 + 16))]);
+        QCOMPARE(b.host.squelchBar, (std::pair<int, int>{sq - 7, sq + 7}));
+        QCOMPARE(b.tools.spectrumTab()->plot()->squelchLine()->row(), b.tools.scanState().yOf(sq));
+        DropCounterPanel *panel = b.tools.dropCounterPanel();
+        panel->runButton()->click();
+        b.line.rawN = {0x00, 0xFF};
+        b.host.ReadOneAD();
+        b.line.rawByCode[b.codeOfPoint(0)] = {0xFF, 0x00};
+        b.tools.ScanFreq(); // the scan's readings are counted as well
+        QCOMPARE(panel->countA()->text(), QStringLiteral("1"));
+        QCOMPARE(panel->countB()->text(), QStringLiteral("1"));
+        panel->clearButton()->click();
+        QCOMPARE(panel->countA()->text(), QStringLiteral("0"));
+        QVERIFY(!panel->runButton()->isChecked());
+    }
+};
 
 QTEST_MAIN(TstRfTools)
 #include "tst_rftools.moc"

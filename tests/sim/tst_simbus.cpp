@@ -1,5 +1,4 @@
 #include "platform/clock.h"
-#include "sim/demobus.h"
 #include "sim/simbus.h"
 #include "sim/simconsole.h"
 #include "sim/simserialline.h"
@@ -8,7 +7,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <set>
 
 using namespace zun;
 
@@ -51,20 +49,10 @@ private slots:
         QTest::newRow("text A") << QByteArray("%05A") << 14;
         QTest::newRow("text B") << QByteArray("%05B") << 7;
         QTest::newRow("back on line") << QByteArray("#05A1") << 4;
-        QTest::newRow("mute on") << QByteArray("#05B1") << 4;
-        QTest::newRow("mute off") << QByteArray("#05B0") << 4;
         QTest::newRow("settings write") << QByteArray("#05MNEWNAM2372BA14300") << 4;
         QTest::newRow("preset") << QByteArray("#05D23") << 8;
-        QTest::newRow("tune") << QByteArray("#05K7300") << 4;
         QTest::newRow("tune and read") << QByteArray("#05E7300") << 12;
-        QTest::newRow("squelch") << QByteArray("#05F14") << 4;
-        QTest::newRow("name") << QByteArray("#05CABCDEF") << 4;
-        QTest::newRow("address") << QByteArray("#05L06") << 4;
-        QTest::newRow("detail closed") << QByteArray("#05NS") << 4;
         QTest::newRow("KOB start") << QByteArray("%05O") << 0;
-        QTest::newRow("host leaving") << QByteArray("#00A0") << 0;
-        QTest::newRow("before detection") << QByteArray("#00A1") << 0;
-        QTest::newRow("line speed") << QByteArray("#00H01") << 0;
         QTest::newRow("display mode") << QByteArray("#00O1") << 0;
         QTest::newRow("preset outside the table") << QByteArray("#05DC1") << 0;
         QTest::newRow("tune outside the band") << QByteArray("#05K0001") << 0;
@@ -79,61 +67,8 @@ private slots:
         bus.addReceiver(5);
         const QByteArray reply = ask(bus, frame);
         QCOMPARE(reply.size(), length);
-        if (length > 0) {
-            QVERIFY(reply.startsWith("$05"));
-            QCOMPARE(reply.count('\r'), 1);
-            QVERIFY(reply.endsWith('\r'));
-        }
-    }
-
-    void identificationLayout_data()
-    {
-        QTest::addColumn<int>("channel");
-        QTest::addColumn<bool>("manual");
-        QTest::addColumn<bool>("muted");
-        QTest::addColumn<char>("channelDigit");
-        QTest::addColumn<char>("flagDigit");
-        QTest::newRow("channel 16, plain") << 16 << false << false << '0' << '0';
-        QTest::newRow("manual") << 5 << true << false << '5' << '1';
-        QTest::newRow("muted") << 5 << false << true << '5' << '2';
-        QTest::newRow("both") << 12 << true << true << 'C' << '3';
-    }
-    void identificationLayout()
-    {
-        QFETCH(int, channel);
-        QFETCH(bool, manual);
-        QFETCH(bool, muted);
-        QFETCH(char, channelDigit);
-        QFETCH(char, flagDigit);
-        SimBus bus;
-        SimReceiver r;
-        r.address = 0x2A;
-        r.name = "STAGE1";
-        r.group = 3;
-        r.channel = channel;
-        r.manual = manual;
-        r.manualCode = 0x7300;
-        r.muted = muted;
-        r.squelch = 0x14;
-        r.secondLevel = 0x31;
-        r.groupTable = "B0123456789A";
-        bus.addReceiver(r);
-        const QByteArray m = ask(bus, "%2AM");
-        QCOMPARE(m.size(), 41);
-        // Positions counted from 1, as the host reads them.
-        auto at = [&m](int position, int length) { return m.mid(position - 1, length); };
-        QCOMPARE(at(1, 3), QByteArray("$2A"));
-        QCOMPARE(at(4, 6), QByteArray("STAGE1"));
-        QCOMPARE(at(10, 1), QByteArray("3"));
-        QCOMPARE(m[10], channelDigit);
-        const QByteArray code = manual ? QByteArray("7300") : simHex(r.presetCode(3, channel), 4);
-        QCOMPARE(at(12, 4), code);
-        QCOMPARE(at(16, 2), QByteArray("14"));
-        QCOMPARE(at(18, 2), QByteArray("31"));
-        QCOMPARE(at(20, 12), QByteArray("B0123456789A"));
-        QCOMPARE(at(32, 4), QByteArray("72BA"));
-        QCOMPARE(at(36, 4), QByteArray("0FA0"));
-        QCOMPARE(m[39], flagDigit);
+        if (length > 0)
+            QVERIFY(reply.startsWith("$05") && reply.indexOf('\r') == length - 1);
     }
 
     void commandsChangeTheReceiver()
@@ -141,12 +76,8 @@ private slots:
         SimBus bus;
         SimReceiver &r = bus.addReceiver(5);
         // Settings write: channel digit 0 is 16, mode 3 is manual and muted.
-        QCOMPARE(ask(bus, "#05MABC   307400"
-                          "2A113"),
-                 QByteArray("$05\r"));
-        QCOMPARE(ask(bus, "%05M").mid(3, 37), QByteArray("ABC   307400"
-                                                         "2A11B00000000000"
-                                                         "72BA0FA03"));
+        QCOMPARE(ask(bus, "#05MABC   307400" "2A113"), QByteArray("$05\r"));
+        QCOMPARE(ask(bus, "%05M").mid(3, 37), QByteArray("ABC   307400" "2A11B00000000000" "72BA0FA03"));
         // A preset answers with its code and leaves manual tuning.
         const QByteArray preset = ask(bus, "#05D25");
         QCOMPARE(preset, "$05" + simHex(r.presetCode(2, 5), 4) + '\r');
@@ -221,37 +152,26 @@ private slots:
         for (int i = 0; i < 2; ++i) {
             const std::vector<SimTimedByte> timed = bus.hostTransmit("%05N\r", 0, kFast);
             const QByteArray r = bytesOf(timed);
-            switch (SimFault(fault)) {
-            case SimFault::NoReply:
-                QVERIFY(r.isEmpty());
-                break;
-            case SimFault::Garbled:
-                QVERIFY(!r.startsWith('$'));
-                break;
-            case SimFault::CorruptData:
-                QVERIFY(r.startsWith("$05") && r.size() == 12 && !allHex(r.mid(3, 8)));
-                break;
-            case SimFault::WrongAddress:
-                QVERIFY(r.startsWith("$06"));
-                break;
-            case SimFault::Partial:
-                QVERIFY(!r.isEmpty() && r.size() < 12);
-                break;
-            case SimFault::Late:
-                QCOMPARE(r.size(), 12);
-                QVERIFY(timed.front().micros > 300000);
-                break;
-            default:
-                QVERIFY(r.size() > 12 && !r.startsWith('$') && r.endsWith('\r'));
-                QVERIFY(r.right(12).startsWith("$05"));
-            }
+            const bool asExpected = [&] {
+                switch (SimFault(fault)) {
+                case SimFault::NoReply: return r.isEmpty();
+                case SimFault::Garbled: return !r.startsWith('$');
+                case SimFault::CorruptData: return r.startsWith("$05") && r.size() == 12 && !allHex(r.mid(3, 8));
+                case SimFault::WrongAddress: return r.startsWith("$06");
+                case SimFault::Partial: return !r.isEmpty() && r.size() < 12;
+                case SimFault::Late: return r.size() == 12 && timed.front().micros > 300000;
+                default: return r.size() > 12 && !r.startsWith('$') && r.right(12).startsWith("$05");
+                }
+            }();
+            QVERIFY2(asExpected, r.constData());
         }
         const std::vector<SimTimedByte> clean = bus.hostTransmit("%05N\r", 0, kFast);
         QVERIFY(bytesOf(clean).startsWith("$05") && bytesOf(clean).size() == 12);
         QVERIFY(clean.back().micros < 5000);
     }
 
-    void faultRatesAreSeeded()
+    // Random faults and levels repeat exactly for a seed, so a failing run can be replayed.
+    void runsRepeatForASeed()
     {
         auto run = [](std::uint64_t seed) {
             SimBus bus(seed);
@@ -260,8 +180,10 @@ private slots:
             busWide.noReply = 0.2;
             bus.setFaultRates(busWide);
             QByteArray pattern;
-            for (int i = 0; i < 400; ++i)
-                pattern.append(ask(bus, "%05L", i * 1000).isEmpty() ? 'x' : '.');
+            for (int i = 0; i < 400; ++i) {
+                const QByteArray reply = ask(bus, "%05N", i * 1000);
+                pattern.append(reply.isEmpty() ? QByteArray("x") : reply.mid(3, 8));
+            }
             return pattern;
         };
         const QByteArray a = run(3);
@@ -269,52 +191,6 @@ private slots:
         QVERIFY(run(4) != a);
         // 1 - 0.7 * 0.8 = 44 % lost.
         QVERIFY2(a.count('x') > 140 && a.count('x') < 215, qPrintable(QString::number(a.count('x'))));
-    }
-
-    void levelsAreReproducibleAndPlausible()
-    {
-        auto readings = [](std::uint64_t seed, int code) {
-            SimBus bus(seed);
-            SimReceiver &r = bus.addReceiver(5);
-            r.transmitter.batteryDrainSeconds = 60;
-            std::vector<SimBus::Levels> list;
-            for (int s = 0; s < 600; ++s)
-                list.push_back(bus.levels(r, code < 0 ? r.tunedCode() : code, s * 500000ull));
-            return list;
-        };
-        const auto own = readings(9, -1);
-        const auto again = readings(9, -1);
-        const auto far = readings(9, 0x72BA + 3000);
-        int strong = 0, differ = 0, drops = 0;
-        std::set<int> distinct;
-        for (std::size_t i = 0; i < own.size(); ++i) {
-            QCOMPARE(own[i].rfA, again[i].rfA);
-            QCOMPARE(own[i].audio, again[i].audio);
-            strong += std::max(own[i].rfA, own[i].rfB) > 120;
-            drops += std::min(own[i].rfA, own[i].rfB) < 60;
-            differ += own[i].rfA != own[i].rfB;
-            distinct.insert(own[i].rfA);
-            QVERIFY(own[i].battery >= 18 && own[i].battery <= 24);
-            QVERIFY(far[i].rfA < 40 && far[i].rfB < 40 && far[i].battery == 0);
-        }
-        QVERIFY(strong > 550);
-        QVERIFY(drops > 0); // a deep fade now and then
-        QVERIFY(differ > 500);
-        QVERIFY(distinct.size() > 30);
-        // The battery drains a step a minute: 5 minutes later the reading is higher.
-        QVERIFY(own.back().battery >= own.front().battery + 4);
-    }
-
-    void transmitterComesAndGoes()
-    {
-        SimBus bus(2);
-        SimReceiver &r = bus.addReceiver(5);
-        r.transmitter.dutyPercent = 50;
-        r.transmitter.segmentSeconds = 10;
-        int on = 0;
-        for (int s = 0; s < 100; ++s)
-            on += bus.levels(r, r.tunedCode(), s * 10000000ull + 5000000).battery > 0;
-        QVERIFY2(on > 25 && on < 75, qPrintable(QString::number(on)));
     }
 
     void lineDeliversBytesAtTheirArrival()
@@ -325,10 +201,8 @@ private slots:
         SimSerialLine line(clock);
         line.attachBus(1, &bus);
         line.attachBus(3, nullptr);
-        QVERIFY(line.portExists(3));
-        QVERIFY(!line.portExists(2));
+        QVERIFY(line.portExists(3) && !line.portExists(2));
         QVERIFY(!line.applySettings("fast,N,8,1"));
-        QVERIFY(!line.applySettings("9600,X,8,1"));
         QVERIFY(line.applySettings("115200,N,8,1"));
         QVERIFY(!line.write("%05L\r")); // not open yet
         line.selectPort(2);
@@ -350,32 +224,9 @@ private slots:
         const std::uint64_t before = clock.nowMicros();
         line.waitForInput(100);
         QCOMPARE(clock.nowMicros(), before + 100000);
-        QCOMPARE(line.written().size(), std::size_t(1));
         QCOMPARE(line.written().front().baud, kFast);
         line.close();
         QVERIFY(!line.write("%05L\r"));
-    }
-
-    void demoBus()
-    {
-        std::unique_ptr<SimBus> bus = makeDemoBus();
-        std::set<int> addresses;
-        int muted = 0, manual = 0;
-        for (SimReceiver *r : bus->receivers()) {
-            addresses.insert(r->address);
-            muted += r->muted;
-            manual += r->manual;
-            const QByteArray m = ask(*bus, "%" + simHex(r->address, 2) + "M");
-            QCOMPARE(m.size(), 41);
-            QVERIFY(r->validPreset(r->group, r->channel));
-        }
-        QCOMPARE(addresses.size(), std::size_t(12));
-        QVERIFY(muted >= 2 && manual >= 1);
-        // The weak battery reads in the range shown as 10 %.
-        int weak = 0;
-        for (SimReceiver *r : bus->receivers())
-            weak += bus->levels(*r, r->transmitter.code, 0).battery >= 31;
-        QVERIFY(weak >= 1);
     }
 
     void consoleCommands()
