@@ -25,24 +25,22 @@ private slots:
         QTest::addColumn<bool>("yes");
         QTest::addColumn<QStringList>("messages");
         QTest::addColumn<QStringList>("sent");
-        const QStringList range{QStringLiteral("Valid Address is 1 to 64")};
-        const QStringList probe{"%09L", "%09L", "%09L"}; // nobody at 9: every attempt
+        using L = QStringList;
+        const L range{"Valid Address is 1 to 64"}, probe(3, "%09L"); // nobody at 9: every attempt
         // Receivers at 5 (this one) and 7.
-        QTest::newRow("0") << "0" << true << range << QStringList{};
-        QTest::newRow("65") << "65" << true << range << QStringList{};
-        QTest::newRow("same address") << "05" << true << QStringList{} << QStringList{};
-        QTest::newRow("taken") << "7" << true << QStringList{"Address 7 is already used by another receiver !"}
-                               << QStringList{"%07L"};
-        QTest::newRow("user says no") << "9" << false << QStringList{"Change Address ?"} << probe;
-        QTest::newRow("changed") << "9" << true << QStringList{"Change Address ?"} << probe + QStringList{"#05L09"};
+        QTest::newRow("0") << "0" << true << range << L{};
+        QTest::newRow("65") << "65" << true << range << L{};
+        QTest::newRow("same address") << "05" << true << L{} << L{};
+        const L taken{"Address 7 is already used by another receiver !"};
+        QTest::newRow("taken") << "7" << true << taken << L{"%07L"};
+        QTest::newRow("user says no") << "9" << false << L{"Change Address ?"} << probe;
+        QTest::newRow("changed") << "9" << true << L{"Change Address ?"} << probe + L{"#05L09"};
     }
     void addressChange()
     {
         QFETCH(QString, typed);
         QFETCH(bool, yes);
-        QFETCH(QStringList, messages);
         QFETCH(QStringList, sent);
-
         DetailRig rig;
         rig.addReceiver(5, 0);
         rig.addReceiver(7, 1);
@@ -51,7 +49,7 @@ private slots:
         rig.tab().txtAddr->setText(typed);
         QTest::keyClick(rig.tab().txtAddr, Qt::Key_Return);
 
-        QCOMPARE(rig.dialogs.messages(), messages);
+        QTEST(rig.dialogs.messages(), "messages");
         QCOMPARE(rig.frames(), sent);
         const bool changed = sent.endsWith(QStringLiteral("#05L09"));
         QCOMPARE(rig.record().address, changed ? 9 : 5);
@@ -189,10 +187,8 @@ private slots:
         QTest::mouseClick(kob, Qt::LeftButton);
 
         QVERIFY(lockedAndOpen);
-        QCOMPARE(rig.dialogs.messages().size(), abortAtCall ? 1 : 0);
-        if (abortAtCall)
-            QCOMPARE(rig.dialogs.messages().first(),
-                     QStringLiteral("This receiver will stay offline until KOB function is manually terminated !"));
+        const QString offline = "This receiver will stay offline until KOB function is manually terminated !";
+        QCOMPARE(rig.dialogs.messages(), abortAtCall ? QStringList{offline} : QStringList());
         QCOMPARE(titles.mid(0, 2), (QStringList{"Performing KOB function now ...", ""}));
         QCOMPARE(titles.mid(titles.size() - 2), (QStringList{outcome, "Detail Functions"}));
         QVERIFY(!rig.ctx.state.KobActive && f->tabs()->isEnabled() && exit->isEnabled());

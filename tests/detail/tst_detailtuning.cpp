@@ -246,6 +246,7 @@ private slots:
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("sent");
         QTest::newRow("letters restore the preset") << "abc" << "Please input numeric data!" << "850.000" << "";
+        QTest::newRow("above the band") << "950" << "Frequency out of range!" << "850.000" << "";
         QTest::newRow("just below the band") << "799.999" << "Frequency out of range!" << "850.000" << "";
         QTest::newRow("empty does nothing") << "" << "" << "" << "";
         QTest::newRow("half a step snaps to even, down") << "850.0125" << "" << "850.000" << "#05K7A8A";

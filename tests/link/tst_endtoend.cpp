@@ -131,7 +131,8 @@ private slots:
         CountingProgress progress;
         QVERIFY(CheckReceivers(ctx, progress));
         QCOMPARE(ctx.state.foundCount, 2);
-        QCOMPARE(QList<int>({ctx.state.receivers[0].address, ctx.state.receivers[1].address}), QList<int>({3, 7}));
+        QCOMPARE(QList<int>({ctx.state.receivers[0].address, ctx.state.receivers[1].address}),
+                 QList<int>({3, 7}));
         QVERIFY(ctx.state.receivers[0].online && ctx.state.receivers[1].online);
         QCOMPARE(ctx.state.receivers[1].name, "VOCAL2");
         QCOMPARE(progress.message, "Checking Connected Receivers --> COM1");

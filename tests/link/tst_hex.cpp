@@ -52,14 +52,6 @@ private slots:
         QTEST(NumToHex(value, width), "text");
         QTEST(width, "widthAfter");
     }
-
-    void roundTrip()
-    {
-        for (int v : {0, 1, 15, 16, 255, 4095, 0xFFFF}) {
-            int width = 4;
-            QCOMPARE(HexToNum(NumToHex(v, width)), v);
-        }
-    }
 };
 
 QTEST_GUILESS_MAIN(TstHex)

@@ -50,7 +50,8 @@ private slots:
         QTest::addColumn<int>("skipAfter");
         QTest::addColumn<QList<int>>("found");
         QTest::newRow("3 and 64") << std::vector<int>{64, 3} << 0 << QList<int>{3, 64};
-        QTest::newRow("skip after 10 keeps what was found") << std::vector<int>{2, 9, 15} << 10 << QList<int>{2, 9};
+        QTest::newRow("skip after 10 keeps what was found")
+            << std::vector<int>{2, 9, 15} << 10 << QList<int>{2, 9};
         QTest::newRow("skip before anybody answered") << std::vector<int>{20} << 10 << QList<int>{};
     }
     void receiversFillTheTableInAddressOrder()
@@ -64,17 +65,15 @@ private slots:
         ScriptedProgress progress(skipAfter);
 
         QCOMPARE(CheckReceivers(bed.ctx, progress), !found.isEmpty());
-        QCOMPARE(progress.message, QString("Checking Connected Receivers --> COM1"));
-        QVERIFY(progress.ended);
-        QCOMPARE(progress.last, skipAfter ? skipAfter : 64);
+        QCOMPARE(progress.message, "Checking Connected Receivers --> COM1");
+        QVERIFY(progress.ended && progress.last == (skipAfter ? skipAfter : 64));
         QCOMPARE(bed.ctx.state.foundCount, found.size());
-        for (int i = 0; i < found.size(); ++i) {
-            QCOMPARE(bed.ctx.state.receivers[i].address, found[i]);
-            QVERIFY(bed.ctx.state.receivers[i].online);
-        }
+        for (int i = 0; i < found.size(); ++i)
+            QVERIFY(bed.ctx.state.receivers[i].address == found[i] && bed.ctx.state.receivers[i].online);
         QCOMPARE(bed.framesSent("#00A1").size(), 3);
         QCOMPARE(bed.ctx.state.WorkMode, found.isEmpty() ? 0 : 1);
-        QCOMPARE(bed.settings.get(kAppName, "MSComm", "CommPort"), found.isEmpty() ? QString() : QString("1"));
+        QCOMPARE(bed.settings.get(kAppName, "MSComm", "CommPort"),
+                 found.isEmpty() ? QString() : QString("1"));
     }
 
     void aSilentScanTakesEveryAttemptOfEveryAddress()
@@ -102,16 +101,13 @@ private slots:
         FrmMain main(bed.ctx);
         main.load();
 
-        QCOMPARE(bed.ctx.state.CommPort, 2);
-        QCOMPARE(bed.line.portNumber(), 2);
-        QCOMPARE(bed.settings.get(kAppName, "MSComm", "CommPort"), QString("2"));
+        QVERIFY(bed.ctx.state.CommPort == 2 && bed.line.portNumber() == 2);
+        QCOMPARE(bed.settings.get(kAppName, "MSComm", "CommPort"), "2");
         QCOMPARE(bed.ctx.state.foundCount, 2);
-        QVERIFY(main.panel(0)->isEnabled() && main.panel(1)->isEnabled());
-        QVERIFY(!main.panel(2)->isEnabled());
+        QVERIFY(main.panel(0)->isEnabled() && main.panel(1)->isEnabled() && !main.panel(2)->isEnabled());
         QCOMPARE(bed.ctx.state.WorkMode, 1);
         // The load reads both text fields of every receiver found.
-        QCOMPARE(bed.framesSent("%05A").size(), 1);
-        QCOMPARE(bed.framesSent("%06B").size(), 1);
+        QVERIFY(bed.framesSent("%05A").size() == 1 && bed.framesSent("%06B").size() == 1);
     }
 
     void aSilentReceiverGoesOfflineBlinksAndComesBackByItsName()
@@ -127,12 +123,10 @@ private slots:
         bus.receiver(7)->powered = false;
         bed.line.clearWritten();
         ReadAllAD(bed.ctx, main);
-        QVERIFY(!bed.ctx.state.receivers[1].online);
-        QVERIFY(bed.ctx.state.receivers[0].online);
+        QVERIFY(!bed.ctx.state.receivers[1].online && bed.ctx.state.receivers[0].online);
         RcvPanel *offline = main.panel(1);
         QCOMPARE(offline->nameTextColor(), bgrColor(bgr::Red));
-        QVERIFY(!offline->muteButton()->isEnabled());
-        QVERIFY(!offline->moreButton()->isEnabled());
+        QVERIFY(!offline->muteButton()->isEnabled() && !offline->moreButton()->isEnabled());
 
         bed.line.clearWritten();
         ReadAllAD(bed.ctx, main);
@@ -147,16 +141,14 @@ private slots:
         const QColor first = offline->nameTextColor();
         main.Timer1Tick();
         const QColor second = offline->nameTextColor();
-        QVERIFY(first != second);
-        QVERIFY(first == bgrColor(bgr::Red) || second == bgrColor(bgr::Red));
+        QVERIFY(first != second && (first == bgrColor(bgr::Red) || second == bgrColor(bgr::Red)));
         QVERIFY(first == buttonFaceColor() || second == buttonFaceColor());
         QCOMPARE(main.panel(0)->nameTextColor(), onlineColour);
 
         bus.receiver(7)->powered = true;
         main.nameClicked(1);
         QCOMPARE(bed.ctx.state.selectedReceiver, 1);
-        QVERIFY(bed.ctx.state.receivers[1].online);
-        QVERIFY(offline->moreButton()->isEnabled());
+        QVERIFY(bed.ctx.state.receivers[1].online && offline->moreButton()->isEnabled());
         bed.line.clearWritten();
         ReadAllAD(bed.ctx, main);
         QCOMPARE(bed.framesSent("%07N").size(), 1);

@@ -106,17 +106,13 @@ private slots:
         QTest::addColumn<QString>("frame");
         QTest::addColumn<QStringList>("labels");
         // The fourth panel has no receiver: no mode may write to it.
-        QTest::newRow("group and channel")
-            << "mnu_PM_GCH"
-            << "#00O0\r" << QStringList{"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"};
-        QTest::newRow("frequency") << "mnu_PM_Frq"
-                                   << "#00O1\r" << QStringList{"801.000MHz", "066.150MHz", "809.800MHz", "-"};
-        QTest::newRow("squelch") << "mnu_PM_SQ" << "#00O2\r" << QStringList{"SQ  20", "SQ  5", "SQ  25", "-"};
-        QTest::newRow("address and name")
-            << "mnu_PM_Rname"
-            << "#00O4\r" << QStringList{"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"};
-        QTest::newRow("address") << "mnu_PM_Addr" << "#00O5\r" << QStringList{"03", "07", "12", "-"};
-        QTest::newRow("volume") << "mnu_PM_VOL" << "" << QStringList{"-", "-", "-", "-"};
+        using L = QStringList;
+        QTest::newRow("GCH") << "mnu_PM_GCH" << "#00O0\r" << L{"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"};
+        QTest::newRow("Frq") << "mnu_PM_Frq" << "#00O1\r" << L{"801.000MHz", "066.150MHz", "809.800MHz", "-"};
+        QTest::newRow("squelch") << "mnu_PM_SQ" << "#00O2\r" << L{"SQ  20", "SQ  5", "SQ  25", "-"};
+        QTest::newRow("name") << "mnu_PM_Rname" << "#00O4\r" << L{"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"};
+        QTest::newRow("address") << "mnu_PM_Addr" << "#00O5\r" << L{"03", "07", "12", "-"};
+        QTest::newRow("volume") << "mnu_PM_VOL" << "" << L{"-", "-", "-", "-"};
     }
 
     void popupItemsBroadcastAndRelabel()
@@ -167,14 +163,11 @@ private slots:
         Rig rig({3});
         auto *page1 = rig.main->findChild<QPushButton *>("cmdPage1");
         auto *page2 = rig.main->findChild<QPushButton *>("cmdPage2");
-        QVERIFY(page1 && page2);
-        QCOMPARE(page1->text(), QString("Screen 1"));
-        QCOMPARE(page2->text(), QString("Screen 2"));
+        QCOMPARE(page1->text() + '|' + page2->text(), "Screen 1|Screen 2");
         for (QPushButton *click : {page2, page1, page2}) {
             click->click();
             const bool second = click == page2;
-            QCOMPARE(page1->font().bold(), !second);
-            QCOMPARE(page2->font().bold(), second);
+            QVERIFY(page1->font().bold() != second && page2->font().bold() == second);
             for (int i = 0; i < PanelGrid::kPanelCount; ++i)
                 QCOMPARE(rig.main->panelGrid()->isPanelShown(i), (i >= 32) == second);
         }
@@ -219,10 +212,8 @@ private slots:
         rig.bed.desktop.setScreenWidth(width);
         QAction *full = rig.main->action("mnuFullView");
         rig.trigger("mnuFullView");
-        QCOMPARE(rig.bed.dialogs.messages(),
-                 accepted
-                     ? QStringList()
-                     : QStringList{"Your VGA monitor need at least 1024 x 768 resolution with small fonts!"});
+        const QString refusal = "Your VGA monitor need at least 1024 x 768 resolution with small fonts!";
+        QCOMPARE(rig.bed.dialogs.messages(), accepted ? QStringList() : QStringList{refusal});
         QCOMPARE(full->isChecked(), accepted);
         for (int i = 0; i < PanelGrid::kPanelCount; ++i)
             QCOMPARE(rig.main->panelGrid()->isPanelShown(i), accepted || i < 32);
@@ -298,11 +289,9 @@ private slots:
                                            << QStringList{"#03MAB    1272F21E000\r"} << "AB    "
                                            << "SpeakerON";
         QTest::newRow("long name cut") << QByteArray("3,\"LONGNAME\",1,2,\"72F2\",\"72F2\",30,0,0,-1\r\n")
-                                       << QStringList{"#03MLONGNA1272F21E002\r"} << "LONGNA"
-                                       << "SpeakerOFF";
+                                       << QStringList{"#03MLONGNA1272F21E002\r"} << "LONGNA" << "SpeakerOFF";
         QTest::newRow("no line break at the end")
-            << kGoodLine.chopped(2) << QStringList{"#03MNEWNAM1272F21E002\r"} << "NEWNAM"
-            << "SpeakerOFF";
+            << kGoodLine.chopped(2) << QStringList{"#03MNEWNAM1272F21E002\r"} << "NEWNAM" << "SpeakerOFF";
     }
 
     void handWrittenLinesProgramOnlyKnownReceivers()

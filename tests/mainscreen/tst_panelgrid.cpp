@@ -33,7 +33,8 @@ private slots:
         const RcvPanel *secondRow = grid.panel(firstShown + 16);
         QVERIFY(sixteenth->y() == first->y() && sixteenth->x() > first->x());
         QVERIFY(secondRow->x() == first->x() && secondRow->y() >= first->geometry().bottom());
-        QVERIFY(sixteenth->geometry().right() < grid.width() && secondRow->geometry().bottom() < grid.height());
+        QVERIFY(sixteenth->geometry().right() < grid.width() &&
+                secondRow->geometry().bottom() < grid.height());
     }
 
     void hideUnusedKeepsPlaces()
@@ -64,7 +65,8 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&grid));
         QCoreApplication::processEvents();
         for (int i = 0; i < 64; ++i)
-            QVERIFY2(grid.panel(i)->isVisible() && grid.panel(i)->isCompact(), qPrintable(QString::number(i)));
+            QVERIFY2(grid.panel(i)->isVisible() && grid.panel(i)->isCompact(),
+                     qPrintable(QString::number(i)));
         QVERIFY(grid.panel(48)->x() == grid.panel(0)->x() && grid.panel(48)->y() > grid.panel(32)->y());
         QVERIFY(grid.panel(63)->geometry().bottom() < grid.height());
         grid.setFullView(false); // back to the page chosen before

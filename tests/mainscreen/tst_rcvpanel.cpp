@@ -103,15 +103,15 @@ private slots:
         QTest::addColumn<QList<int>>("first"); // audio, rfA, rfB raw bytes
         QTest::addColumn<QList<int>>("second");
         QTest::addColumn<QList<bool>>("repainted"); // PB_AF, PB_RFA, PB_RFB
-        const QList<int> base{150, 120, 90};
-        QTest::newRow("same reply") << base << base << QList<bool>{false, false, false};
-        QTest::newRow("raw differs, same level")
-            << QList<int>{150, 72, 90} << QList<int>{150, 79, 95} << QList<bool>{false, false, false};
-        QTest::newRow("RF A moves") << base << QList<int>{150, 200, 90} << QList<bool>{false, true, false};
-        QTest::newRow("RF B moves") << base << QList<int>{150, 120, 100} << QList<bool>{false, false, true};
-        QTest::newRow("audio below 86 both empty")
-            << QList<int>{10, 120, 90} << QList<int>{80, 120, 90} << QList<bool>{false, false, false};
-        QTest::newRow("audio clips") << base << QList<int>{255, 120, 90} << QList<bool>{true, false, false};
+        using R = QList<int>;
+        using B = QList<bool>;
+        const R base{150, 120, 90};
+        QTest::newRow("same reply") << base << base << B{false, false, false};
+        QTest::newRow("same level, new raw") << R{150, 72, 90} << R{150, 79, 95} << B{false, false, false};
+        QTest::newRow("RF A moves") << base << R{150, 200, 90} << B{false, true, false};
+        QTest::newRow("RF B moves") << base << R{150, 120, 100} << B{false, false, true};
+        QTest::newRow("audio < 86 stays empty") << R{10, 120, 90} << R{80, 120, 90} << B{false, false, false};
+        QTest::newRow("audio clips") << base << R{255, 120, 90} << B{true, false, false};
     }
     void meterRepaintsOnlyOnChange()
     {
@@ -143,19 +143,18 @@ private slots:
         QTest::addColumn<bool>("clip");
         QTest::addColumn<QList<int>>("rows"); // rows of a 100 pixel face
         QTest::addColumn<QList<quint32>>("colours");
-        QTest::newRow("RF 50 blue") << false << 50 << false << QList<int>{49, 50, 99}
-                                    << QList<quint32>{bgr::White, bgr::Blue, bgr::Blue};
-        QTest::newRow("RF 14 red") << false << 14 << false << QList<int>{85, 86}
-                                   << QList<quint32>{bgr::White, bgr::Red};
-        QTest::newRow("RF 0 empty") << false << 0 << false << QList<int>{0, 99}
-                                    << QList<quint32>{bgr::White, bgr::White};
-        QTest::newRow("audio 25") << true << 25 << false << QList<int>{80, 81, 99}
-                                  << QList<quint32>{bgr::White, bgr::Green, bgr::Green};
-        QTest::newRow("audio 128, red above the clip mark")
-            << true << 128 << true << QList<int>{0, 1, 10, 11, 99}
-            << QList<quint32>{bgr::White, bgr::Red, bgr::Red, bgr::Green, bgr::Green};
-        QTest::newRow("audio 193, red to the top") << true << 193 << true << QList<int>{0, 10, 11}
-                                                   << QList<quint32>{bgr::Red, bgr::Red, bgr::Green};
+        using R = QList<int>;
+        using C = QList<quint32>;
+        QTest::newRow("RF 50") << false << 50 << false << R{49, 50, 99}
+                               << C{bgr::White, bgr::Blue, bgr::Blue};
+        QTest::newRow("RF 14 red") << false << 14 << false << R{85, 86} << C{bgr::White, bgr::Red};
+        QTest::newRow("RF 0 empty") << false << 0 << false << R{0, 99} << C{bgr::White, bgr::White};
+        QTest::newRow("audio 25") << true << 25 << false << R{80, 81, 99}
+                                  << C{bgr::White, bgr::Green, bgr::Green};
+        const C clipped{bgr::White, bgr::Red, bgr::Red, bgr::Green, bgr::Green};
+        QTest::newRow("audio 128, clip mark") << true << 128 << true << R{0, 1, 10, 11, 99} << clipped;
+        QTest::newRow("audio 193, red to the top")
+            << true << 193 << true << R{0, 10, 11} << C{bgr::Red, bgr::Red, bgr::Green};
     }
     void meterDrawsTheBoxes()
     {
@@ -205,10 +204,8 @@ private slots:
         QCOMPARE(background(panel), rgbOf(bgr::Teal));
         QVERIFY(panel.meterRfA()->isLive() && panel.meterRfB()->isLive() && panel.meterAudio()->isLive());
         QCOMPARE(panel.batteryLabel()->text(), "OFF");
-        QCOMPARE(panel.batteryLabel()->palette().color(QPalette::Window).rgb(), rgbOf(bgr::LightYellow));
         QVERIFY(panel.muteButton()->isEnabled() && panel.moreButton()->isEnabled());
         QCOMPARE(imageOf(panel.muteButton()), "SpeakerOFF");
-        QVERIFY(!panel.muteButton()->icon().isNull());
         QCOMPARE(imageOf(panel.pilotSign()), "GreenBall");
         panel.setMutePicture(false);
         QCOMPARE(imageOf(panel.muteButton()), "SpeakerON");

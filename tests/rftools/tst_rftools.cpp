@@ -75,10 +75,8 @@ private slots:
         b.ctx.state.WorkMode = 3;
         b.tools.ScanFreq();
         QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("RCV01  no response!, address= 5\r\n")});
-        QCOMPARE(b.ctx.state.WorkMode, 1);
-        QCOMPARE(b.host.unloads, 1);
-        QCOMPARE(b.host.meterCalls, 0);
-        QCOMPARE(b.tools.scanState().scanIndex, 0);
+        QVERIFY(b.ctx.state.WorkMode == 1 && b.host.unloads == 1);
+        QVERIFY(b.host.meterCalls == 0 && b.tools.scanState().scanIndex == 0);
     }
 
     void sweepStops_data()
@@ -87,7 +85,8 @@ private slots:
         QTest::addColumn<int>("bandWidth");
         QTest::addColumn<int>("stepOption");
         QTest::addColumn<int>("squelch");
-        QTest::addColumn<int>("stepsTaken"); // steps until the scan stopped itself, -1: still running after 40
+        QTest::addColumn<int>(
+            "stepsTaken"); // steps until the scan stopped itself, -1: still running after 40
         QTest::addColumn<int>("nextIndex");
         QTest::newRow("single, step 50 kHz, even N") << "optSingle" << 8 << 2 << 20 << 5 << 0;
         QTest::newRow("single, step 50 kHz, odd N runs on") << "optSingle" << 7 << 2 << 20 << -1 << -1;
@@ -159,16 +158,14 @@ private slots:
         tab->peakButton()->click();
         QCOMPARE(b.ctx.state.WorkMode, 2); // the peak search stops the scan
         QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(9))});
-        QCOMPARE(b.host.txtFreq, QStringLiteral("800.225"));
-        QCOMPARE(tab->runButton()->text(), QStringLiteral("Run"));
+        QCOMPARE(b.host.txtFreq + tab->runButton()->text(), "800.225Run");
         QCOMPARE(tab->dbmReadout()->text(), formatDbm(levelToDbm(b.tools.scanState().levels[9])));
 
         b.line.silent = true;
         tab->nextPeakButton()->click();
         QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("No Response from receiver!")});
         QCOMPARE(b.tools.scanState().scanIndex, 3); // the cursor moves anyway
-        QCOMPARE(b.host.txtFreq, QStringLiteral("800.075"));
-        QCOMPARE(tab->frequencyReadout()->text(), QStringLiteral("800.075MHz"));
+        QCOMPARE(b.host.txtFreq + ' ' + tab->frequencyReadout()->text(), "800.075 800.075MHz");
     }
 
     void clearThenPeakTunesBandStart()
@@ -185,7 +182,7 @@ private slots:
         b.line.written.clear();
         tab->peakButton()->click();
         QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(0))});
-        QCOMPARE(b.host.txtFreq, QStringLiteral("800.000"));
+        QCOMPARE(b.host.txtFreq, "800.000");
     }
 
     void dragReadsClickTunes()
@@ -201,9 +198,9 @@ private slots:
         QCOMPARE(b.tools.scanState().scanIndex, 10);
         b.ctx.state.WorkMode = 3;
         b.tools.spectrum().pictureClicked();
-        QCOMPARE(b.tools.scanState().scanIndex, 100);
         QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(100))});
-        QCOMPARE(b.ctx.state.WorkMode, 3); // a running scan carries on from there
+        // A running scan carries on from there.
+        QVERIFY(b.tools.scanState().scanIndex == 100 && b.ctx.state.WorkMode == 3);
         QCOMPARE(b.tools.spectrumTab()->plot()->diamond()->pos(), QPoint(600 - 3, 240 - 7));
     }
 
@@ -251,11 +248,9 @@ private slots:
         plot.drawTrace(LevelArray{50, 99, 50, 99, 50}, 4, 150.0);
         const QImage picture = plot.pictureImage();
         const QColor green = plotColors::kTrace;
-        QCOMPARE(picture.pixelColor(225, g.levelY(50)), green);
-        QCOMPARE(picture.pixelColor(525, g.levelY(50)), green);
-        QCOMPARE(picture.pixelColor(300, g.levelY(99)), green);
-        QCOMPARE(picture.pixelColor(0, g.baseLine), green);
-        QCOMPARE(picture.pixelColor(75, (g.baseLine + g.levelY(99)) / 2), green);
+        for (QPoint p : {QPoint(225, g.levelY(50)), QPoint(525, g.levelY(50)), QPoint(300, g.levelY(99)),
+                         QPoint(0, g.baseLine), QPoint(75, (g.baseLine + g.levelY(99)) / 2)})
+            QVERIFY2(picture.pixelColor(p) == green, qPrintable(QString::number(p.x())));
         // Nothing joins neighbouring points directly.
         QVERIFY(picture.pixelColor(75, (g.levelY(50) + g.levelY(99)) / 2) != green);
         QVERIFY(picture.pixelColor(500, g.levelY(99)) != green);
@@ -273,9 +268,9 @@ private slots:
         for (int k = 0; k < 400; ++k)
             b.tools.RFRecorder();
         QCOMPARE(b.line.written.filter("%05N").size(), 400);
-        QCOMPARE(tab->dbmReadoutA()->text(), QStringLiteral("-47.0dBm"));
-        QCOMPARE(tab->microvoltReadoutA()->text(), QStringLiteral("1000uV"));
-        QCOMPARE(tab->microvoltReadoutB()->text(), QStringLiteral("1uV"));
+        QCOMPARE(tab->dbmReadoutA()->text() + ' ' + tab->microvoltReadoutA()->text() + ' ' +
+                     tab->microvoltReadoutB()->text(),
+                 "-47.0dBm 1000uV 1uV");
         QCOMPARE(b.tools.recorderState().previousX, 599);
         const QImage picture = tab->plot()->pictureImage();
         const PlotGeometry g = b.tools.scanState().geometry;

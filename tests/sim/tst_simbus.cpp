@@ -122,17 +122,6 @@ private slots:
         QCOMPARE(ask(bus, "%05L", 0, kFast), QByteArray("$05\r"));
     }
 
-    void kobTakesTheReceiverOffTheLine()
-    {
-        SimBus bus;
-        bus.addReceiver(5).kobMicros = 2000000;
-        bus.addReceiver(6);
-        QCOMPARE(ask(bus, "%05O", 0), QByteArray());
-        QCOMPARE(ask(bus, "#05A1", 1000000), QByteArray());
-        QCOMPARE(ask(bus, "%06L", 1000000), QByteArray("$06\r"));
-        QCOMPARE(ask(bus, "#05A1", 2100000), QByteArray("$05\r"));
-    }
-
     void scriptedFaults_data()
     {
         QTest::addColumn<int>("fault");
