@@ -86,8 +86,8 @@ int main(int argc, char *argv[])
     std::printf("receivers found: %d\n", ctx.state.foundCount);
     std::printf("one polling pass over 64 receivers: host work median %.0f us, worst %.0f us\n",
                 hostMicros[hostMicros.size() / 2], hostMicros.back());
-    std::printf("wire time of the same bytes at 115200 baud: %.0f us (host work is %.1f%% of it)\n", wireMicros,
-                100.0 * hostMicros[hostMicros.size() / 2] / wireMicros);
+    std::printf("wire time of the same bytes at 115200 baud: %.0f us (host work is %.1f%% of it)\n",
+                wireMicros, 100.0 * hostMicros[hostMicros.size() / 2] / wireMicros);
     std::printf("simulated line time per pass, turnarounds included: %.0f us\n",
                 static_cast<double>(lineMicros) / kPasses);
     return 0;

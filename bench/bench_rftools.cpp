@@ -65,15 +65,21 @@ public:
     void setTxtFreq(const QString &) override {}
     void showOffPreset() override {}
     void showTvChannel(double) override {}
-    void ShowMeters(int status, int rfA, int rfB, int audio) override { tools->meterReading(status, rfA, rfB, audio); }
+    void ShowMeters(int status, int rfA, int rfB, int audio) override
+    {
+        tools->meterReading(status, rfA, rfB, audio);
+    }
     bool ReadOneAD() override
     {
         QString reply;
         if (!m_ctx.link.SendCommand(QLatin1Char('%') + addressText() + QStringLiteral("N\r"), 12, reply, 250))
             return true;
         const auto &table = m_ctx.state.levelTable;
-        auto level = [&](int pos) { return table[std::min(HexToNum(QStringView(reply).mid(pos, 2)) + 5, 255)]; };
-        ShowMeters(HexToNum(QStringView(reply).mid(3, 2)), level(5), level(7), HexToNum(QStringView(reply).mid(9, 2)));
+        auto level = [&](int pos) {
+            return table[std::min(HexToNum(QStringView(reply).mid(pos, 2)) + 5, 255)];
+        };
+        ShowMeters(HexToNum(QStringView(reply).mid(3, 2)), level(5), level(7),
+                   HexToNum(QStringView(reply).mid(9, 2)));
         return true;
     }
     void unloadForm() override {}
@@ -109,8 +115,9 @@ Figures measure(int rounds, const std::function<void()> &work)
 
 void report(const char *what, const Figures &f, double wireMicros)
 {
-    std::printf("%-44s mean %7.1f us  median %7.1f us  worst %7.1f us   wire %6.0f us  (%4.1f%% of wire)\n", what,
-                f.meanMicros, f.medianMicros, f.worstMicros, wireMicros, 100.0 * f.medianMicros / wireMicros);
+    std::printf("%-44s mean %7.1f us  median %7.1f us  worst %7.1f us   wire %6.0f us  (%4.1f%% of wire)\n",
+                what, f.meanMicros, f.medianMicros, f.worstMicros, wireMicros,
+                100.0 * f.medianMicros / wireMicros);
 }
 
 } // namespace
@@ -166,19 +173,22 @@ int main(int argc, char **argv)
 
     SpectrumPlot *picture = tools.spectrumTab()->plot();
     const int rounds = 3000;
-    report("scan redraw, off-screen composition", measure(rounds, [&] {
-               picture->drawTrace(scan.levels, scan.pointCount, scan.xScale);
-           }),
+    report("scan redraw, off-screen composition",
+           measure(rounds, [&] { picture->drawTrace(scan.levels, scan.pointCount, scan.xScale); }),
            wireMicros);
-    report("scan redraw, composition + copy to screen", measure(rounds, [&] {
-               picture->drawTrace(scan.levels, scan.pointCount, scan.xScale);
-               picture->repaint();
-           }),
+    report("scan redraw, composition + copy to screen",
+           measure(rounds,
+                   [&] {
+                       picture->drawTrace(scan.levels, scan.pointCount, scan.xScale);
+                       picture->repaint();
+                   }),
            wireMicros);
-    report("whole scan step (exchange simulated)", measure(rounds, [&] {
-               tools.ScanFreq();
-               picture->repaint();
-           }),
+    report("whole scan step (exchange simulated)",
+           measure(rounds,
+                   [&] {
+                       tools.ScanFreq();
+                       picture->repaint();
+                   }),
            wireMicros);
 
     // The recorder at Fast, long enough to be scrolling on every step.
@@ -187,10 +197,12 @@ int main(int argc, char **argv)
     rec->runButton()->click();
     for (int k = 0; k < 400; ++k)
         tools.RFRecorder();
-    report("recorder step (exchange simulated), scrolling", measure(rounds, [&] {
-               tools.RFRecorder();
-               rec->plot()->repaint();
-           }),
+    report("recorder step (exchange simulated), scrolling",
+           measure(rounds,
+                   [&] {
+                       tools.RFRecorder();
+                       rec->plot()->repaint();
+                   }),
            wireMicros);
 
     if (snapshotDir.isEmpty())

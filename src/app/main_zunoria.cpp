@@ -53,10 +53,14 @@ int main(int argc, char *argv[])
     zun::MemorySettingsStore demoSettings;
     // A demonstration must not change the user's stored port or speed; it
     // runs on settings of its own with every optional feature switched on.
-    zun::SettingsStore &settings = options.demo ? static_cast<zun::SettingsStore &>(demoSettings) : fileSettings;
-    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("MSComm"), QStringLiteral("CommPort"), QStringLiteral("1"));
-    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("Function"), QStringLiteral("ChangeBaudrate"), QStringLiteral("1"));
-    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("Function"), QStringLiteral("MainKOB"), QStringLiteral("1"));
+    zun::SettingsStore &settings =
+        options.demo ? static_cast<zun::SettingsStore &>(demoSettings) : fileSettings;
+    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("MSComm"), QStringLiteral("CommPort"),
+                      QStringLiteral("1"));
+    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("Function"),
+                      QStringLiteral("ChangeBaudrate"), QStringLiteral("1"));
+    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("Function"), QStringLiteral("MainKOB"),
+                      QStringLiteral("1"));
     zun::QtDialogs dialogs;
     zun::QtDesktop desktop;
     zun::PortMap portMap(settings);

@@ -33,5 +33,4 @@ std::optional<QColor> batteryColour(const QString &text);
 // tapered so that speech fills the lower part and clipping the top.
 int deviationLevel(int audio);
 
-
 } // namespace zun

@@ -1,5 +1,5 @@
-#include "rftools/rfscale.h"
 #include "detail/frmmore.h"
+#include "rftools/rfscale.h"
 
 #include "rftools/dropcounterpanel.h"
 #include "rftools/recordertab.h"
@@ -25,8 +25,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-#include <algorithm>
 #include "platform/widgetname.h"
+#include <algorithm>
 
 namespace zun {
 
@@ -318,8 +318,10 @@ void FrmMore::showBattery(const QString &text)
 
 void FrmMore::showMuteImage(bool muted)
 {
-    m_settings->Mute->setIcon(QPixmap(muted ? QStringLiteral(":/SpeakerOFF.png") : QStringLiteral(":/SpeakerON.png")));
-    m_settings->Mute->setProperty("image", muted ? QStringLiteral("SpeakerOFF") : QStringLiteral("SpeakerON"));
+    m_settings->Mute->setIcon(
+        QPixmap(muted ? QStringLiteral(":/SpeakerOFF.png") : QStringLiteral(":/SpeakerON.png")));
+    m_settings->Mute->setProperty("image",
+                                  muted ? QStringLiteral("SpeakerOFF") : QStringLiteral("SpeakerON"));
     m_settings->lbMuteState->setText(muted ? QStringLiteral("Muted") : QStringLiteral("Audio on"));
 }
 
@@ -357,7 +359,8 @@ bool FrmMore::doEvents()
 void FrmMore::showPanelName()
 {
     const ReceiverRecord &r = record();
-    m_host.setPanelNameCaption(m_index, QStringLiteral("%1 ").arg(r.address, 2, 10, QLatin1Char('0')) + r.name);
+    m_host.setPanelNameCaption(m_index,
+                               QStringLiteral("%1 ").arg(r.address, 2, 10, QLatin1Char('0')) + r.name);
 }
 
 void FrmMore::closeEvent(QCloseEvent *event)

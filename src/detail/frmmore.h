@@ -1,7 +1,7 @@
 #pragma once
 
-#include "detail/battery.h"
 #include "core/receiverrecord.h"
+#include "detail/battery.h"
 #include "detail/presets.h"
 #include "rftools/rftools.h"
 #include "rftools/rftoolshost.h"
@@ -80,7 +80,10 @@ public:
     // Points 0..N of the band (N = the record's band width), sized at load.
 
     // Called after every meter update with the mapped levels and the squelch level.
-    void setMeterHook(std::function<void(int rfA, int rfB, int squelchLevel)> hook) { m_meterHook = std::move(hook); }
+    void setMeterHook(std::function<void(int rfA, int rfB, int squelchLevel)> hook)
+    {
+        m_meterHook = std::move(hook);
+    }
     // Called whenever the squelch level is shown anew.
     void setSquelchHook(std::function<void(int squelchLevel)> hook) { m_squelchHook = std::move(hook); }
     // cmdNext (+1) / cmdPrev (-1) move the scan marker.

@@ -29,7 +29,8 @@ void FrmMore::stepPreset(bool groupButton, Preset next)
         s.txtChannel->setText(QString::number(r.channel));
     }
     QString reply;
-    if (send(QLatin1Char('#'), QLatin1Char('D') + NumToHex(r.group, 1) + NumToHex(r.channel, 1), 8, reply, 250)) {
+    if (send(QLatin1Char('#'), QLatin1Char('D') + NumToHex(r.group, 1) + NumToHex(r.channel, 1), 8, reply,
+             250)) {
         ReceiverRecord &now = record();
         now.manualFreq = false;
         now.channelFreqCode = reply.mid(3, 4);

@@ -11,8 +11,8 @@ namespace zun {
 // A receiver's group/channel plan from its 12-digit group table.
 struct PresetTable
 {
-    int groupLimit = 11;                  // 1..11
-    std::array<int, 17> channelCount{};   // index = group; 0 unused
+    int groupLimit = 11;                // 1..11
+    std::array<int, 17> channelCount{}; // index = group; 0 unused
 
     // Channels of a group; groups outside the table count as full (16).
     int count(int group) const;

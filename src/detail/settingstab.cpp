@@ -2,6 +2,7 @@
 
 #include "detail/detailmeters.h"
 
+#include "platform/widgetname.h"
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -11,7 +12,6 @@
 #include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
-#include "platform/widgetname.h"
 
 namespace zun {
 
@@ -105,12 +105,14 @@ SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
     txtBandStart = field(QStringLiteral("txtBandStart"), 8, true, tuning);
     txtBandStop = field(QStringLiteral("txtBandStop"), 8, true, tuning);
     TV = field(QStringLiteral("TV"), 4, true, tuning);
-    TV->setToolTip(QStringLiteral("TV channel of the last frequency shown, for the region chosen in the Option menu"));
+    TV->setToolTip(
+        QStringLiteral("TV channel of the last frequency shown, for the region chosen in the Option menu"));
     cmdGroupDown = arrow(QStringLiteral("cmdGroupDown"), Qt::LeftArrow, QStringLiteral("Group down"), tuning);
     cmdGroupUp = arrow(QStringLiteral("cmdGroupUp"), Qt::RightArrow, QStringLiteral("Group up"), tuning);
     cmdChanDown = arrow(QStringLiteral("cmdChanDown"), Qt::LeftArrow, QStringLiteral("Channel down"), tuning);
     cmdChanUp = arrow(QStringLiteral("cmdChanUp"), Qt::RightArrow, QStringLiteral("Channel up"), tuning);
-    cmdFreqDown = arrow(QStringLiteral("cmdFreqDown"), Qt::LeftArrow, QStringLiteral("Frequency down"), tuning);
+    cmdFreqDown =
+        arrow(QStringLiteral("cmdFreqDown"), Qt::LeftArrow, QStringLiteral("Frequency down"), tuning);
     cmdFreqUp = arrow(QStringLiteral("cmdFreqUp"), Qt::RightArrow, QStringLiteral("Frequency up"), tuning);
     cmdFreqDown->setFixedHeight(txtFreq->sizeHint().height());
     cmdFreqUp->setFixedHeight(txtFreq->sizeHint().height());
@@ -128,7 +130,8 @@ SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
     };
     addStepper(0, QStringLiteral("Group"), cmdGroupDown, txtGroup, cmdGroupUp, nullptr);
     addStepper(1, QStringLiteral("Channel"), cmdChanDown, txtChannel, cmdChanUp, nullptr);
-    addStepper(2, QStringLiteral("Frequency"), cmdFreqDown, txtFreq, cmdFreqUp, unit(QStringLiteral("MHz"), tuning));
+    addStepper(2, QStringLiteral("Frequency"), cmdFreqDown, txtFreq, cmdFreqUp,
+               unit(QStringLiteral("MHz"), tuning));
 
     auto *tvRow = new QHBoxLayout;
     tvRow->addWidget(TV);

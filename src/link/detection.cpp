@@ -90,8 +90,8 @@ bool CheckReceivers(Context &ctx, DetectionProgress &progress)
 
     for (int address = 1; address <= kHighestAddress; ++address) {
         progress.setProgress(address);
-        const bool answered = ctx.link.SendCommand(frame(QLatin1Char('%'), address, QStringLiteral("M")), 41,
-                                                   reply, 100);
+        const bool answered =
+            ctx.link.SendCommand(frame(QLatin1Char('%'), address, QStringLiteral("M")), 41, reply, 100);
         // More answers than panels would overflow the table: the extra ones are not kept.
         if (answered && state.foundCount < state.receiverCount()) {
             if (auto parsed = parseIdentification(reply, address)) {

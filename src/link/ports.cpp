@@ -36,11 +36,16 @@ QString lineSettings(int baudrate)
 std::optional<QString> baudrateFrame(int baudrate)
 {
     switch (baudrate) {
-    case 115200: return QStringLiteral("#00H01");
-    case 57600: return QStringLiteral("#00H03");
-    case 38400: return QStringLiteral("#00H05");
-    case 9600: return QStringLiteral("#00H17");
-    default: return std::nullopt;
+    case 115200:
+        return QStringLiteral("#00H01");
+    case 57600:
+        return QStringLiteral("#00H03");
+    case 38400:
+        return QStringLiteral("#00H05");
+    case 9600:
+        return QStringLiteral("#00H17");
+    default:
+        return std::nullopt;
     }
 }
 

@@ -6,10 +6,7 @@
 
 namespace zun {
 
-Link::Link(SerialLine &line, Clock &clock, const int &retry)
-    : m_line(line), m_clock(clock), m_retry(retry)
-{
-}
+Link::Link(SerialLine &line, Clock &clock, const int &retry) : m_line(line), m_clock(clock), m_retry(retry) {}
 
 QString frame(QChar prefix, int address, const QString &body)
 {

@@ -7,10 +7,7 @@
 
 namespace zun {
 
-ClickLabel::ClickLabel(QWidget *parent)
-    : QLabel(parent)
-{
-}
+ClickLabel::ClickLabel(QWidget *parent) : QLabel(parent) {}
 
 void ClickLabel::setShrinkToFit(bool on)
 {
@@ -55,8 +52,7 @@ void ClickLabel::paintEvent(QPaintEvent *event)
     }
     QPainter p(this);
     p.setFont(f);
-    p.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled,
-                             foregroundRole()));
+    p.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, foregroundRole()));
     p.drawText(area, int(alignment()) | Qt::TextSingleLine, caption);
 }
 

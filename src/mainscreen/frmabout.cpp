@@ -10,8 +10,7 @@
 
 namespace zun {
 
-frmAbout::frmAbout(QWidget *parent)
-    : QWidget(parent, Qt::Dialog)
+frmAbout::frmAbout(QWidget *parent) : QWidget(parent, Qt::Dialog)
 {
     setObjectName(QStringLiteral("frmAbout"));
     setAccessibleDescription(QStringLiteral("frmAbout"));
@@ -34,14 +33,13 @@ frmAbout::frmAbout(QWidget *parent)
     const QString version = QCoreApplication::applicationVersion();
     QString text = QStringLiteral("<p style='font-size:x-large'><b>Zunoria</b></p>");
     if (!version.isEmpty())
-        text += QStringLiteral("<p>") + tr("Version %1").arg(version.toHtmlEscaped())
-                + QStringLiteral("</p>");
-    text += QStringLiteral("<p>")
-            + tr("Watches and adjusts up to 64 wireless audio receivers on one serial line: "
-                 "RF and audio levels, battery, mute, names, tuning, spectrum scan and "
-                 "RF recording.")
-            + QStringLiteral("</p><p style='color:gray'>") + tr("Click to close.")
-            + QStringLiteral("</p>");
+        text +=
+            QStringLiteral("<p>") + tr("Version %1").arg(version.toHtmlEscaped()) + QStringLiteral("</p>");
+    text += QStringLiteral("<p>") +
+            tr("Watches and adjusts up to 64 wireless audio receivers on one serial line: "
+               "RF and audio levels, battery, mute, names, tuning, spectrum scan and "
+               "RF recording.") +
+            QStringLiteral("</p><p style='color:gray'>") + tr("Click to close.") + QStringLiteral("</p>");
     m_text = new ClickLabel(this);
     m_text->setObjectName(QStringLiteral("lblAbout"));
     m_text->setTextFormat(Qt::RichText);

@@ -18,8 +18,7 @@ namespace zun {
 class ProgressBox : public QWidget
 {
 public:
-    explicit ProgressBox(QWidget *parent)
-        : QWidget(parent)
+    explicit ProgressBox(QWidget *parent) : QWidget(parent)
     {
         setAttribute(Qt::WA_OpaquePaintEvent);
         setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);

@@ -169,8 +169,8 @@ void FrmMain::buildMenus()
     help->setObjectName(QStringLiteral("mnuHelp"));
     connect(namedAction(help, QStringLiteral("C&ontent"), QStringLiteral("mnuContent")), &QAction::triggered,
             this, &FrmMain::mnuContentClicked);
-    connect(namedAction(help, QStringLiteral("&About"), QStringLiteral("mnuAbout")), &QAction::triggered, this,
-            &FrmMain::mnuAboutClicked);
+    connect(namedAction(help, QStringLiteral("&About"), QStringLiteral("mnuAbout")), &QAction::triggered,
+            this, &FrmMain::mnuAboutClicked);
 
     QAction *exit = bar->addAction(QStringLiteral("E&xit"));
     exit->setObjectName(QStringLiteral("mnuExit"));

@@ -9,8 +9,7 @@
 
 namespace zun {
 
-ImageSign::ImageSign(QWidget *parent)
-    : QWidget(parent)
+ImageSign::ImageSign(QWidget *parent) : QWidget(parent)
 {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }

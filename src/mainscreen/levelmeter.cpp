@@ -15,9 +15,8 @@ constexpr int kBorder = 1;
 } // namespace
 
 LevelMeter::LevelMeter(Kind kind, QWidget *parent)
-    : QWidget(parent)
-    , m_kind(kind)
-    , m_barColor(kind == Kind::Audio ? bgrColor(bgr::Green) : bgrColor(bgr::Blue))
+    : QWidget(parent), m_kind(kind),
+      m_barColor(kind == Kind::Audio ? bgrColor(bgr::Green) : bgrColor(bgr::Blue))
 {
     // Every pixel is painted each time, so Qt need not clear underneath.
     setAttribute(Qt::WA_OpaquePaintEvent);

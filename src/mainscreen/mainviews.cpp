@@ -129,7 +129,8 @@ void FrmMain::mnuSaveClicked()
     const QList<ReceiverRecord> records(m_ctx.state.receivers.begin(), m_ctx.state.receivers.begin() + found);
     const QString error = saveSettingsFile(path, formatSettings(records));
     if (!error.isEmpty())
-        m_ctx.platform.dialogs.message(QStringLiteral("The settings could not be saved to %1: %2").arg(path, error));
+        m_ctx.platform.dialogs.message(
+            QStringLiteral("The settings could not be saved to %1: %2").arg(path, error));
 }
 
 void FrmMain::mnuLoadClicked()
@@ -139,12 +140,15 @@ void FrmMain::mnuLoadClicked()
         return;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        m_ctx.platform.dialogs.message(QStringLiteral("The file %1 could not be opened: %2").arg(path, file.errorString()));
+        m_ctx.platform.dialogs.message(
+            QStringLiteral("The file %1 could not be opened: %2").arg(path, file.errorString()));
         return;
     }
     if (file.size() > kLargestSettingsFile) {
         m_ctx.platform.dialogs.message(
-            QStringLiteral("The file %1 is far too large to be a receiver settings file; nothing was changed.").arg(path));
+            QStringLiteral(
+                "The file %1 is far too large to be a receiver settings file; nothing was changed.")
+                .arg(path));
         return;
     }
     const SettingsParse parsed = parseSettings(file.read(kLargestSettingsFile));

@@ -19,8 +19,7 @@ constexpr qreal kDesignCompactHeight = 190.0;
 
 } // namespace
 
-PanelGrid::PanelGrid(QWidget *parent)
-    : QWidget(parent)
+PanelGrid::PanelGrid(QWidget *parent) : QWidget(parent)
 {
     // The panels' container; the name is what the page switch re-orders.
     setObjectName(QStringLiteral("Frame1"));
@@ -138,8 +137,8 @@ void PanelGrid::rescalePanels()
     const qreal stripHeight = std::max(1, usableHeight) / qreal(rows());
     const qreal designHeight = m_fullView ? kDesignCompactHeight : kDesignStripHeight;
     // Never shrink type below the desktop's own size; grow with large strips.
-    const qreal scale = std::clamp(
-        std::min(stripWidth / kDesignStripWidth, stripHeight / designHeight), 1.0, 2.5);
+    const qreal scale =
+        std::clamp(std::min(stripWidth / kDesignStripWidth, stripHeight / designHeight), 1.0, 2.5);
     for (RcvPanel *p : m_panels)
         p->setScale(scale);
 }

@@ -71,8 +71,7 @@ int audioRedBoxFarEdge(int height)
     return audioBarTop(height, 230);
 }
 
-PanelReadout readPanelReply(QStringView reply, int squelch, const LevelTable &table,
-                            BatteryAverage &battery)
+PanelReadout readPanelReply(QStringView reply, int squelch, const LevelTable &table, BatteryAverage &battery)
 {
     PanelReadout r;
     r.audioRaw = hexByteAt(reply, 4);
@@ -92,11 +91,10 @@ PanelReadout readPanelReply(QStringView reply, int squelch, const LevelTable &ta
     if (onAir) {
         if (battery.count < std::numeric_limits<int>::max())
             ++battery.count;
-        battery.average = (float(battery.count - 1) * battery.average + float(r.batteryRaw))
-                          / float(battery.count);
+        battery.average =
+            (float(battery.count - 1) * battery.average + float(r.batteryRaw)) / float(battery.count);
         if (battery.count > kBatterySettleCount) {
-            const BatteryState state =
-                batteryState(static_cast<int>(std::floor(battery.average)) + 1);
+            const BatteryState state = batteryState(static_cast<int>(std::floor(battery.average)) + 1);
             r.batteryShown = true;
             r.batteryCaption = state.caption;
             r.batteryImage = state.image;

@@ -49,8 +49,7 @@ struct PanelReadout
 // Level reply: "$", two address characters, then four hex bytes (audio, RF A,
 // RF B, battery); a trailing carriage return is ignored. Missing or foreign
 // characters read as 0. battery is updated in place.
-PanelReadout readPanelReply(QStringView reply, int squelch, const LevelTable &table,
-                            BatteryAverage &battery);
+PanelReadout readPanelReply(QStringView reply, int squelch, const LevelTable &table, BatteryAverage &battery);
 
 // Battery caption and picture for x = Int(average) + 1. A larger reading is a
 // weaker battery.

@@ -65,7 +65,8 @@ void ReadRcvB(Context &ctx, int index)
     ReceiverRecord &record = ctx.state.receivers[index];
     QString reply;
     ctx.link.SendCommand(frame(QLatin1Char('%'), record.address, QStringLiteral("B")), 7, reply, 250);
-    record.textB = reply.isEmpty() ? QStringLiteral("    ") : reply.mid(3, 1) + QLatin1Char('.') + reply.mid(4, 2);
+    record.textB =
+        reply.isEmpty() ? QStringLiteral("    ") : reply.mid(3, 1) + QLatin1Char('.') + reply.mid(4, 2);
 }
 
 } // namespace zun

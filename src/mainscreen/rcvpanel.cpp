@@ -42,9 +42,7 @@ QLabel *makeCaption(const QString &text, QWidget *parent)
 
 } // namespace
 
-RcvPanel::RcvPanel(int index, QWidget *parent)
-    : QWidget(parent)
-    , m_index(index)
+RcvPanel::RcvPanel(int index, QWidget *parent) : QWidget(parent), m_index(index)
 {
     name(this, QStringLiteral("RcvPanel"));
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
@@ -178,8 +176,8 @@ void RcvPanel::name(QWidget *widget, const QString &objectName)
 {
     widget->setObjectName(objectName);
     widget->setProperty("index", m_index);
-    widget->setAccessibleDescription(objectName + QLatin1Char('(') + QString::number(m_index)
-                                     + QLatin1Char(')'));
+    widget->setAccessibleDescription(objectName + QLatin1Char('(') + QString::number(m_index) +
+                                     QLatin1Char(')'));
 }
 
 void RcvPanel::showReadout(const PanelReadout &readout)
@@ -351,8 +349,8 @@ void RcvPanel::applyFonts()
     const int nameHeight = QFontMetrics(nameFont).height() + int(std::lround(4 * m_scale));
     m_name->setFixedHeight(nameHeight);
 
-    for (QWidget *w : {static_cast<QWidget *>(m_batV), static_cast<QWidget *>(m_more),
-                       static_cast<QWidget *>(m_kob)})
+    for (QWidget *w :
+         {static_cast<QWidget *>(m_batV), static_cast<QWidget *>(m_more), static_cast<QWidget *>(m_kob)})
         w->setFont(small);
     for (QLabel *caption : std::as_const(m_meterCaptions)) {
         caption->setFont(tiny);

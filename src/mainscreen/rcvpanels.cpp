@@ -63,9 +63,9 @@ void FrmMain::muteClicked(int index)
     record.mute = !record.mute;
     m_grid->panel(index)->setMutePicture(record.mute);
     QString reply;
-    m_ctx.link.SendCommand(frame(QLatin1Char('#'), record.address,
-                                 record.mute ? QStringLiteral("B1") : QStringLiteral("B0")),
-                           4, reply, 250);
+    m_ctx.link.SendCommand(
+        frame(QLatin1Char('#'), record.address, record.mute ? QStringLiteral("B1") : QStringLiteral("B0")), 4,
+        reply, 250);
 }
 
 void FrmMain::pilotClicked(int index)

@@ -116,7 +116,8 @@ SettingsParse parseSettings(const QByteArray &text)
     SettingsParse result;
     const QList<QByteArray> rawLines = text.split('\n');
     if (rawLines.size() > kMaxLines + 1) {
-        result.error = QStringLiteral("The file has more lines than a settings file of 64 receivers can have.");
+        result.error =
+            QStringLiteral("The file has more lines than a settings file of 64 receivers can have.");
         return result;
     }
     for (int i = 0; i < rawLines.size(); ++i) {
@@ -139,9 +140,8 @@ SettingsParse parseSettings(const QByteArray &text)
             return result;
         }
         if (fields->size() != kFieldCount) {
-            result.error = lineError(number, QStringLiteral("has %1 fields instead of %2")
-                                                 .arg(fields->size())
-                                                 .arg(kFieldCount));
+            result.error = lineError(
+                number, QStringLiteral("has %1 fields instead of %2").arg(fields->size()).arg(kFieldCount));
             return result;
         }
         const QList<Field> &f = *fields;

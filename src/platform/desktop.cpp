@@ -3,9 +3,9 @@
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFile>
-#include <QTextBrowser>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTextBrowser>
 #include <QUrl>
 
 namespace zun {

@@ -42,8 +42,9 @@ std::optional<QString> QtDialogs::inputBox(const QString &prompt, const QString 
                                            const QString &defaultText)
 {
     bool ok = false;
-    const QString text = QInputDialog::getText(QApplication::activeWindow(), title.isEmpty() ? kCaption : title,
-                                               prompt, QLineEdit::Normal, defaultText, &ok);
+    const QString text =
+        QInputDialog::getText(QApplication::activeWindow(), title.isEmpty() ? kCaption : title, prompt,
+                              QLineEdit::Normal, defaultText, &ok);
     if (!ok)
         return std::nullopt;
     return text;

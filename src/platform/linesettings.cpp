@@ -28,12 +28,18 @@ std::optional<QSerialPort::Parity> parseParity(const QString &text)
     if (text.size() != 1)
         return std::nullopt;
     switch (text.at(0).toUpper().unicode()) {
-    case 'N': return QSerialPort::NoParity;
-    case 'E': return QSerialPort::EvenParity;
-    case 'O': return QSerialPort::OddParity;
-    case 'M': return QSerialPort::MarkParity;
-    case 'S': return QSerialPort::SpaceParity;
-    default: return std::nullopt;
+    case 'N':
+        return QSerialPort::NoParity;
+    case 'E':
+        return QSerialPort::EvenParity;
+    case 'O':
+        return QSerialPort::OddParity;
+    case 'M':
+        return QSerialPort::MarkParity;
+    case 'S':
+        return QSerialPort::SpaceParity;
+    default:
+        return std::nullopt;
     }
 }
 

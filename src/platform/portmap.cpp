@@ -49,8 +49,8 @@ QStringList readConsoles(const QString &file)
     QFile f(file);
     if (file.isEmpty() || !f.open(QIODevice::ReadOnly))
         return {};
-    return QString::fromLocal8Bit(f.read(4096)).split(QRegularExpression(QStringLiteral("\\s+")),
-                                                     Qt::SkipEmptyParts);
+    return QString::fromLocal8Bit(f.read(4096))
+        .split(QRegularExpression(QStringLiteral("\\s+")), Qt::SkipEmptyParts);
 }
 } // namespace
 
@@ -118,8 +118,8 @@ QString PortMap::mappedPath(int n, Source *source) const
 const QStringList &PortMap::candidates() const
 {
     if (!m_candidates)
-        m_candidates = orderCandidates(m_enumerate ? m_enumerate() : QStringList(),
-                                       readConsoles(m_consoleFile));
+        m_candidates =
+            orderCandidates(m_enumerate ? m_enumerate() : QStringList(), readConsoles(m_consoleFile));
     return *m_candidates;
 }
 

@@ -78,7 +78,9 @@ bool QtSerialLine::portExists(int n)
         return true; // our own open line: a probe would only find it locked
 
     const QByteArray native = QFile::encodeName(path);
-    struct stat info{};
+    struct stat info
+    {
+    };
     if (::stat(native.constData(), &info) != 0) {
         if (m_ports.source(n) != PortMap::Source::Enumerated)
             qWarning("Zunoria: %s does not exist", qPrintable(describe(n, path)));
@@ -159,9 +161,9 @@ bool QtSerialLine::applySettings(const QString &settings)
 
 bool QtSerialLine::configurePort()
 {
-    const bool ok = m_port.setBaudRate(m_settings.baudRate) && m_port.setParity(m_settings.parity)
-                    && m_port.setDataBits(m_settings.dataBits) && m_port.setStopBits(m_settings.stopBits)
-                    && m_port.setFlowControl(QSerialPort::NoFlowControl);
+    const bool ok = m_port.setBaudRate(m_settings.baudRate) && m_port.setParity(m_settings.parity) &&
+                    m_port.setDataBits(m_settings.dataBits) && m_port.setStopBits(m_settings.stopBits) &&
+                    m_port.setFlowControl(QSerialPort::NoFlowControl);
     m_port.clearError();
     return ok;
 }
@@ -252,7 +254,8 @@ void QtSerialLine::pullInput()
 {
     // Bounded, so that a line that never falls silent cannot hold us here.
     qint64 before = -1;
-    for (int round = 0; round < 64 && m_port.isOpen() && !m_lost && m_port.bytesAvailable() != before; ++round) {
+    for (int round = 0; round < 64 && m_port.isOpen() && !m_lost && m_port.bytesAvailable() != before;
+         ++round) {
         before = m_port.bytesAvailable();
         m_port.waitForReadyRead(0);
     }
@@ -269,10 +272,11 @@ void QtSerialLine::onError(QSerialPort::SerialPortError error)
     // QSerialPort's own call chain is not safe: mark it and close at the next
     // safe point, which is the event loop or the next call on this line.
     if (!m_lost)
-        qWarning("Zunoria: lost the serial device %s: %s",
-                 qPrintable(describe(m_portNumber, m_openPath)), qPrintable(m_port.errorString()));
+        qWarning("Zunoria: lost the serial device %s: %s", qPrintable(describe(m_portNumber, m_openPath)),
+                 qPrintable(m_port.errorString()));
     m_lost = true;
-    QMetaObject::invokeMethod(&m_port, [this] { closeIfLost(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &m_port, [this] { closeIfLost(); }, Qt::QueuedConnection);
 }
 
 void QtSerialLine::closeIfLost()

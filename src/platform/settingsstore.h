@@ -22,8 +22,7 @@ class FileSettingsStore final : public SettingsStore
 {
 public:
     QString get(const QString &app, const QString &section, const QString &key) const override;
-    void save(const QString &app, const QString &section, const QString &key,
-              const QString &value) override;
+    void save(const QString &app, const QString &section, const QString &key, const QString &value) override;
 };
 
 // Test double and demo store: values live in memory only.
@@ -31,8 +30,7 @@ class MemorySettingsStore final : public SettingsStore
 {
 public:
     QString get(const QString &app, const QString &section, const QString &key) const override;
-    void save(const QString &app, const QString &section, const QString &key,
-              const QString &value) override;
+    void save(const QString &app, const QString &section, const QString &key, const QString &value) override;
 
     int saveCount() const { return m_saves; }
 

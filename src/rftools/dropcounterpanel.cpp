@@ -27,9 +27,10 @@ DropCounterPanel::DropCounterPanel(QWidget *parent) : QWidget(parent)
 {
     m_dropA = makeReadout(QStringLiteral("DropA"), QStringLiteral("0"), QStringLiteral("000000"), this);
     m_dropB = makeReadout(QStringLiteral("DropB"), QStringLiteral("0"), QStringLiteral("000000"), this);
-    m_run = pictureButton(QStringLiteral("DropRun"), QStringLiteral("Count drops"), QStyle::SP_MediaPlay, this);
-    m_pause = pictureButton(QStringLiteral("DropPause"), QStringLiteral("Pause counting"), QStyle::SP_MediaPause,
-                            this);
+    m_run =
+        pictureButton(QStringLiteral("DropRun"), QStringLiteral("Count drops"), QStyle::SP_MediaPlay, this);
+    m_pause = pictureButton(QStringLiteral("DropPause"), QStringLiteral("Pause counting"),
+                            QStyle::SP_MediaPause, this);
     m_run->setCheckable(true);
     m_clear = new QPushButton(QStringLiteral("Clear"), this);
     tagRfControl(m_clear, QStringLiteral("DropClear"));

@@ -33,7 +33,8 @@ int PlotCanvas::toDevice(int length) const
 bool PlotCanvas::ensureImages()
 {
     const qreal ratio = devicePixelRatioF();
-    const QSize pixels(static_cast<int>(std::lround(width() * ratio)), static_cast<int>(std::lround(height() * ratio)));
+    const QSize pixels(static_cast<int>(std::lround(width() * ratio)),
+                       static_cast<int>(std::lround(height() * ratio)));
     if (ratio == m_pixelRatio && m_background.size() == pixels)
         return false;
     m_pixelRatio = ratio;

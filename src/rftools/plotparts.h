@@ -66,6 +66,7 @@ namespace zun {
 
 // A numeric read-out in instrument style: light digits on the plot's dark
 // back colour, wide enough for its longest text.
-QLabel *makeReadout(const QString &name, const QString &text, const QString &widest, QWidget *parent = nullptr);
+QLabel *makeReadout(const QString &name, const QString &text, const QString &widest,
+                    QWidget *parent = nullptr);
 
 } // namespace zun

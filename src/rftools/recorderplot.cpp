@@ -24,8 +24,10 @@ void RecorderPlot::drawStep(const RecorderSegment &segment, const QColor &colorA
 
     if (segment.scroll > 0)
         scrollLeft(segment.scroll);
-    rasterLine(m_shown, toDevice(segment.fromX, segment.fromYA), toDevice(segment.toX, segment.toYA), colorA.rgb());
-    rasterLine(m_shown, toDevice(segment.fromX, segment.fromYB), toDevice(segment.toX, segment.toYB), colorB.rgb());
+    rasterLine(m_shown, toDevice(segment.fromX, segment.fromYA), toDevice(segment.toX, segment.toYA),
+               colorA.rgb());
+    rasterLine(m_shown, toDevice(segment.fromX, segment.fromYB), toDevice(segment.toX, segment.toYB),
+               colorB.rgb());
     update();
 }
 
@@ -50,7 +52,8 @@ void RecorderPlot::scrollLeft(int columns)
     // The freed columns on the right get the bare background back.
     const uchar *clean = m_background.constBits();
     for (int y = 0; y < h; ++y)
-        std::memcpy(bits + y * line + (row - shift), clean + y * line + (row - shift), static_cast<std::size_t>(shift));
+        std::memcpy(bits + y * line + (row - shift), clean + y * line + (row - shift),
+                    static_cast<std::size_t>(shift));
 }
 
 } // namespace zun

@@ -8,9 +8,9 @@ namespace zun {
 // What one recorder step asks the picture to do.
 struct RecorderSegment
 {
-    int scroll = 0;  // columns the chart moves left before drawing (0: none)
-    int fromX = 0;   // previous sample's column, after the scroll
-    int toX = 0;     // this sample's column
+    int scroll = 0; // columns the chart moves left before drawing (0: none)
+    int fromX = 0;  // previous sample's column, after the scroll
+    int toX = 0;    // this sample's column
     int fromYA = 0;
     int toYA = 0;
     int fromYB = 0;

@@ -12,8 +12,8 @@
 namespace zun {
 
 SpectrumPlot::SpectrumPlot(QWidget *parent)
-    : PlotCanvas(QStringLiteral("PB_Spec"), QSize(600, 241), 10, parent),
-      m_diamond(new DiamondMarker(this)), m_squelchLine(new SquelchLine(QStringLiteral("SQ_Line1"), this))
+    : PlotCanvas(QStringLiteral("PB_Spec"), QSize(600, 241), 10, parent), m_diamond(new DiamondMarker(this)),
+      m_squelchLine(new SquelchLine(QStringLiteral("SQ_Line1"), this))
 {
     setMouseTracking(true);
     setCursor(Qt::CrossCursor);
@@ -45,7 +45,8 @@ void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xS
 
     // The whole picture is redone: background first, then the trace.
     if (m_shown.size() == m_background.size() && m_shown.bytesPerLine() == m_background.bytesPerLine())
-        std::memcpy(m_shown.bits(), m_background.constBits(), static_cast<std::size_t>(m_background.sizeInBytes()));
+        std::memcpy(m_shown.bits(), m_background.constBits(),
+                    static_cast<std::size_t>(m_background.sizeInBytes()));
     else
         m_shown = m_background.copy();
     const QRgb green = plotColors::kTrace.rgb();
@@ -65,7 +66,8 @@ void SpectrumPlot::mousePressEvent(QMouseEvent *event)
 
 void SpectrumPlot::mouseReleaseEvent(QMouseEvent *event)
 {
-    const bool click = m_leftPressed && event->button() == Qt::LeftButton && rect().contains(event->position().toPoint());
+    const bool click =
+        m_leftPressed && event->button() == Qt::LeftButton && rect().contains(event->position().toPoint());
     m_leftPressed = false;
     if (click)
         emit clicked();

@@ -39,7 +39,7 @@ protected:
 private:
     DiamondMarker *m_diamond;
     SquelchLine *m_squelchLine;
-    std::vector<QPoint> m_oddPoints;  // kept between steps: no allocation per step
+    std::vector<QPoint> m_oddPoints; // kept between steps: no allocation per step
     std::vector<QPoint> m_evenPoints;
     bool m_leftPressed = false;
 };

@@ -17,12 +17,12 @@ struct ScanState
     // Arrays are indexed with 16-bit point numbers.
     static constexpr int kMaxPointCount = 32766;
 
-    int pointCount = 0;     // N: the band has points 0..N
-    LevelArray levels = LevelArray(1, 0); // 0 never measured (after Clear), 1 the floor
+    int pointCount = 0;                      // N: the band has points 0..N
+    LevelArray levels = LevelArray(1, 0);    // 0 never measured (after Clear), 1 the floor
     IndexArray peakOrder = IndexArray(1, 0); // after a peak search: points by ascending level
-    int scanIndex = 0;      // point the next step measures and the cursor shows
-    int step = 1;           // 1, 2, 4 or 5 points per advance
-    double xScale = 0;      // pixels per point
+    int scanIndex = 0;                       // point the next step measures and the cursor shows
+    int step = 1;                            // 1, 2, 4 or 5 points per advance
+    double xScale = 0;                       // pixels per point
     PlotGeometry geometry;
     int cursorX = 0;
     int cursorY = 0;

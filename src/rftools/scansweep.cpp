@@ -4,8 +4,8 @@
 #include "link/hex.h"
 #include "rftools/plotparts.h"
 #include "rftools/rftoolshost.h"
-#include "rftools/scanstate.h"
 #include "rftools/scanplot.h"
+#include "rftools/scanstate.h"
 #include "rftools/scantab.h"
 
 #include <QLabel>
@@ -39,7 +39,8 @@ QString numberText(int value)
 }
 } // namespace
 
-SpectrumScan::SpectrumScan(Context &ctx, RfToolsHost &host, ScanState &state, SpectrumTab &tab, QObject *parent)
+SpectrumScan::SpectrumScan(Context &ctx, RfToolsHost &host, ScanState &state, SpectrumTab &tab,
+                           QObject *parent)
     : QObject(parent), m_ctx(ctx), m_host(host), m_state(state), m_tab(tab)
 {
     SpectrumPlot *plot = m_tab.plot();
@@ -81,7 +82,8 @@ bool SpectrumScan::ScanFreq()
     const QString code = m_host.ComputeNA(f);
 
     QString reply;
-    const QString command = QLatin1Char('#') + m_host.addressText() + QLatin1Char('E') + code + QLatin1Char('\r');
+    const QString command =
+        QLatin1Char('#') + m_host.addressText() + QLatin1Char('E') + code + QLatin1Char('\r');
     if (!m_ctx.link.SendCommand(command, 12, reply, 250)) {
         m_ctx.platform.dialogs.message(record.name + QStringLiteral(" no response!, address=") +
                                            numberText(record.address) + QStringLiteral("\r\n"),
@@ -149,7 +151,8 @@ void SpectrumScan::tune(int timeoutMillis)
 
 void SpectrumScan::updateRunCaption()
 {
-    m_tab.runButton()->setText(m_ctx.state.WorkMode == kScanMode ? QStringLiteral("Stop") : QStringLiteral("Run"));
+    m_tab.runButton()->setText(m_ctx.state.WorkMode == kScanMode ? QStringLiteral("Stop")
+                                                                 : QStringLiteral("Run"));
 }
 
 void SpectrumScan::SP_RunClick()

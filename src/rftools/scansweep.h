@@ -15,7 +15,8 @@ class SpectrumScan : public QObject
 {
     Q_OBJECT
 public:
-    SpectrumScan(Context &ctx, RfToolsHost &host, ScanState &state, SpectrumTab &tab, QObject *parent = nullptr);
+    SpectrumScan(Context &ctx, RfToolsHost &host, ScanState &state, SpectrumTab &tab,
+                 QObject *parent = nullptr);
 
     // Window load: band size and picture scale, band labels, cursor home.
     void load();

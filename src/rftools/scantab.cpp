@@ -76,7 +76,8 @@ QGroupBox *SpectrumTab::buildStepFrame()
     auto *grid = new QGridLayout(box);
     const char *captions[4] = {"25", "50", "100", "125"};
     for (int k = 0; k < 4; ++k) {
-        auto *option = named(new QRadioButton(QString::fromLatin1(captions[k])), QStringLiteral("Option%1").arg(k + 1));
+        auto *option =
+            named(new QRadioButton(QString::fromLatin1(captions[k])), QStringLiteral("Option%1").arg(k + 1));
         grid->addWidget(option, k / 2, k % 2);
         const int points = kStepPoints[k];
         connect(option, &QRadioButton::clicked, this, [this, points] { emit stepChosen(points); });

@@ -18,20 +18,34 @@ private slots:
         QTest::addColumn<int>("expected");
 
         QTest::newRow("missing port") << "CommPort" << QString() << 2;
-        QTest::newRow("port 1") << "CommPort" << "1" << 1;
-        QTest::newRow("port 6") << "CommPort" << "6" << 6;
-        QTest::newRow("port 7 is beyond the stored range") << "CommPort" << "7" << 2;
-        QTest::newRow("port 0") << "CommPort" << "0" << 2;
-        QTest::newRow("port text") << "CommPort" << "COM3" << 2;
-        QTest::newRow("retry 4 gives five attempts") << "Retry" << "4" << 4;
-        QTest::newRow("retry 5") << "Retry" << "5" << 2;
-        QTest::newRow("retry -1") << "Retry" << "-1" << 2;
-        QTest::newRow("retry 0") << "Retry" << "0" << 0;
-        QTest::newRow("baud 9600") << "Baudrate" << "9600" << 9600;
-        QTest::newRow("baud 38400") << "Baudrate" << "38400" << 38400;
-        QTest::newRow("baud 57600") << "Baudrate" << "57600" << 57600;
-        QTest::newRow("baud numeric but unknown") << "Baudrate" << "19200" << 115200;
-        QTest::newRow("baud text") << "Baudrate" << "fast" << 115200;
+        QTest::newRow("port 1") << "CommPort"
+                                << "1" << 1;
+        QTest::newRow("port 6") << "CommPort"
+                                << "6" << 6;
+        QTest::newRow("port 7 is beyond the stored range") << "CommPort"
+                                                           << "7" << 2;
+        QTest::newRow("port 0") << "CommPort"
+                                << "0" << 2;
+        QTest::newRow("port text") << "CommPort"
+                                   << "COM3" << 2;
+        QTest::newRow("retry 4 gives five attempts") << "Retry"
+                                                     << "4" << 4;
+        QTest::newRow("retry 5") << "Retry"
+                                 << "5" << 2;
+        QTest::newRow("retry -1") << "Retry"
+                                  << "-1" << 2;
+        QTest::newRow("retry 0") << "Retry"
+                                 << "0" << 0;
+        QTest::newRow("baud 9600") << "Baudrate"
+                                   << "9600" << 9600;
+        QTest::newRow("baud 38400") << "Baudrate"
+                                    << "38400" << 38400;
+        QTest::newRow("baud 57600") << "Baudrate"
+                                    << "57600" << 57600;
+        QTest::newRow("baud numeric but unknown") << "Baudrate"
+                                                  << "19200" << 115200;
+        QTest::newRow("baud text") << "Baudrate"
+                                   << "fast" << 115200;
     }
     void storedLinkOptionsAreRepairedSilently()
     {
@@ -108,7 +122,6 @@ private slots:
         for (int i = 1; i < 256; ++i)
             QVERIFY2(table[i] >= table[i - 1], qPrintable(QString::number(i)));
     }
-
 };
 
 QTEST_GUILESS_MAIN(TestOptions)

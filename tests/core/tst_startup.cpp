@@ -46,12 +46,18 @@ private slots:
         QTest::addColumn<QString>("answer");
         QTest::addColumn<QString>("frame");
         QTest::addColumn<int>("baud");
-        QTest::newRow("115200") << "115200" << "#00H01\r" << 115200;
-        QTest::newRow("57600") << "57600" << "#00H03\r" << 57600;
-        QTest::newRow("38400") << "38400" << "#00H05\r" << 38400;
-        QTest::newRow("9600") << "9600" << "#00H17\r" << 9600;
-        QTest::newRow("unknown rate") << "19200" << "" << 38400;
-        QTest::newRow("empty") << "" << "" << 38400;
+        QTest::newRow("115200") << "115200"
+                                << "#00H01\r" << 115200;
+        QTest::newRow("57600") << "57600"
+                               << "#00H03\r" << 57600;
+        QTest::newRow("38400") << "38400"
+                               << "#00H05\r" << 38400;
+        QTest::newRow("9600") << "9600"
+                              << "#00H17\r" << 9600;
+        QTest::newRow("unknown rate") << "19200"
+                                      << "" << 38400;
+        QTest::newRow("empty") << ""
+                               << "" << 38400;
     }
     void changingTheLineSpeedTellsEveryReceiverFirst()
     {
@@ -104,8 +110,8 @@ private slots:
         main.close();
 
         QCOMPARE(bed.dialogs.shown().size(), 1);
-        QVERIFY(bed.dialogs.shown().first().text == "Really want to QUIT ?"
-                && bed.dialogs.shown().first().buttons == MessageButtons::YesNo);
+        QVERIFY(bed.dialogs.shown().first().text == "Really want to QUIT ?" &&
+                bed.dialogs.shown().first().buttons == MessageButtons::YesNo);
         QTEST(int(bed.framesSent("#00A0").size()), "goodbyes");
         QCOMPARE(bed.endProgramCalls, yes ? 1 : 0);
         QCOMPARE(main.isVisible(), !yes);

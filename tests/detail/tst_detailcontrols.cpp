@@ -74,11 +74,16 @@ private slots:
         QTest::addColumn<int>("refusals");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("sent");
-        QTest::newRow("lower case cannot be typed") << "ab" << 2 << "" << "";
-        QTest::newRow("AB padded to six") << "AB\r" << 0 << "AB    " << "#05CAB    ";
-        QTest::newRow("signs, digits, blank") << "+-*/ 9\r" << 0 << "+-*/ 9" << "#05C+-*/ 9";
-        QTest::newRow("refused among good ones") << "HI!?\b\r" << 2 << "H     " << "#05CH     ";
-        QTest::newRow("no Enter, nothing sent") << "ABC" << 0 << "ABC" << "";
+        QTest::newRow("lower case cannot be typed") << "ab" << 2 << ""
+                                                    << "";
+        QTest::newRow("AB padded to six") << "AB\r" << 0 << "AB    "
+                                          << "#05CAB    ";
+        QTest::newRow("signs, digits, blank") << "+-*/ 9\r" << 0 << "+-*/ 9"
+                                              << "#05C+-*/ 9";
+        QTest::newRow("refused among good ones") << "HI!?\b\r" << 2 << "H     "
+                                                 << "#05CH     ";
+        QTest::newRow("no Enter, nothing sent") << "ABC" << 0 << "ABC"
+                                                << "";
     }
     void nameKeys()
     {
@@ -98,7 +103,8 @@ private slots:
             else
                 QTest::keyClicks(box, QString(c));
         }
-        QCOMPARE(rig.dialogs.messages(), QStringList(refusals, QStringLiteral("Please enter 0-9 or A-Z or +-*/")));
+        QCOMPARE(rig.dialogs.messages(),
+                 QStringList(refusals, QStringLiteral("Please enter 0-9 or A-Z or +-*/")));
         QCOMPARE(box->text(), shown);
         QCOMPARE(rig.frames().join(QString()), sent);
         if (!sent.isEmpty()) {
@@ -150,7 +156,8 @@ private slots:
 
         QCOMPARE(rig.record().squelch, to);
         QTEST(int((releasedAt - pressedAt) / 1000), "heldMs");
-        QCOMPARE(rig.frames(), QStringList{QStringLiteral("#05F%1").arg(to, 2, 16, QLatin1Char('0')).toUpper()});
+        QCOMPARE(rig.frames(),
+                 QStringList{QStringLiteral("#05F%1").arg(to, 2, 16, QLatin1Char('0')).toUpper()});
         QCOMPARE(rig.bus.receiver(5)->squelch, to);
         QCOMPARE(rig.tab().PB_SQ->squelchLevel(), squelchLevel(rig.ctx.state.levelTable, to));
     }
@@ -179,8 +186,8 @@ private slots:
             if (call == 1)
                 lockedAndOpen = !f->tabs()->isEnabled() && !exit->isEnabled() && kob->isEnabled() &&
                                 !f->findChild<QWidget *>(QStringLiteral("FrameA"))->isEnabled() &&
-                                !f->findChild<QGroupBox *>(QStringLiteral("FrameB"))->isEnabled() && !f->close() &&
-                                f->isVisible();
+                                !f->findChild<QGroupBox *>(QStringLiteral("FrameB"))->isEnabled() &&
+                                !f->close() && f->isVisible();
             if (call == abortAtCall)
                 QTest::mouseClick(kob, Qt::LeftButton);
         };

@@ -39,9 +39,10 @@ private slots:
         QTest::newRow("sound") << "38C400000000" << Preset{2, 5} << false << QStringList{} << Preset{2, 5};
         QTest::newRow("manual") << "38C400000000" << Preset{2, 5} << true << QStringList{} << Preset{2, 5};
         QTest::newRow("limit 0, group 0 becomes the limit")
-            << "08C400000000" << Preset{0, 5} << false << QStringList{limit, "Wrong 'GROUP' !"} << Preset{11, 5};
-        QTest::newRow("limit C, channel too high")
-            << "C8C400000000" << Preset{1, 12} << false << QStringList{limit, "Wrong 'CHANNEL' !"} << Preset{1, 8};
+            << "08C400000000" << Preset{0, 5} << false << QStringList{limit, "Wrong 'GROUP' !"}
+            << Preset{11, 5};
+        QTest::newRow("limit C, channel too high") << "C8C400000000" << Preset{1, 12} << false
+                                                   << QStringList{limit, "Wrong 'CHANNEL' !"} << Preset{1, 8};
         QTest::newRow("channel 0 is 16 silently")
             << "30C000000000" << Preset{1, 0} << false << QStringList{} << Preset{1, 16};
     }
@@ -73,7 +74,8 @@ private slots:
         QCOMPARE((Preset{r.group, r.channel}), repaired);
         QCOMPARE(rig.form->addressText() + s.txtAddr->text() + s.txtRName->text(), "055STAGE1");
         QCOMPARE(s.txtGroup->text() + '-' + s.txtChannel->text(),
-                 manual ? QStringLiteral("**-**") : QStringLiteral("%1-%2").arg(repaired.group).arg(repaired.channel));
+                 manual ? QStringLiteral("**-**")
+                        : QStringLiteral("%1-%2").arg(repaired.group).arg(repaired.channel));
         QCOMPARE(s.txtFreq->text(), manual ? "855.000" : "850.000");
         QCOMPARE(s.txtBandStart->text() + s.txtBandStop->text(), "800.000900.000");
         QCOMPARE(s.TV->text(), "62"); // the band start is converted last
@@ -139,10 +141,14 @@ private slots:
         // 3 groups of 8, 12 and 4 channels.
         QTest::newRow("channel up") << "cmdChanUp" << Preset{1, 3} << Preset{1, 4} << "#05D14";
         QTest::newRow("channel up wraps to 1") << "cmdChanUp" << Preset{1, 8} << Preset{1, 1} << "#05D11";
-        QTest::newRow("channel down wraps to the count") << "cmdChanDown" << Preset{2, 1} << Preset{2, 12} << "#05D2C";
-        QTest::newRow("group up wraps from the limit") << "cmdGroupUp" << Preset{3, 4} << Preset{1, 4} << "#05D14";
-        QTest::newRow("group up clamps the channel") << "cmdGroupUp" << Preset{2, 12} << Preset{3, 4} << "#05D34";
-        QTest::newRow("group down wraps and clamps") << "cmdGroupDown" << Preset{1, 8} << Preset{3, 4} << "#05D34";
+        QTest::newRow("channel down wraps to the count")
+            << "cmdChanDown" << Preset{2, 1} << Preset{2, 12} << "#05D2C";
+        QTest::newRow("group up wraps from the limit")
+            << "cmdGroupUp" << Preset{3, 4} << Preset{1, 4} << "#05D14";
+        QTest::newRow("group up clamps the channel")
+            << "cmdGroupUp" << Preset{2, 12} << Preset{3, 4} << "#05D34";
+        QTest::newRow("group down wraps and clamps")
+            << "cmdGroupDown" << Preset{1, 8} << Preset{3, 4} << "#05D34";
     }
     void presetButtons()
     {
@@ -205,12 +211,24 @@ private slots:
         QTest::addColumn<QString>("option");
         QTest::addColumn<QString>("shown");
         // Band 800.000 (72BA) .. 900.000 (825A).
-        QTest::newRow("up past the stop lands on the start") << 0x825A << "cmdFreqUp" << "Option1" << "800.000";
-        QTest::newRow("125 kHz past the stop") << 0x8256 << "cmdFreqUp" << "Option4" << "800.000";
-        QTest::newRow("up onto the stop") << 0x8259 << "cmdFreqUp" << "Option1" << "900.000";
-        QTest::newRow("down past the start lands on the stop") << 0x72BA << "cmdFreqDown" << "Option1" << "900.000";
-        QTest::newRow("down 100 kHz") << 0x7A8A << "cmdFreqDown" << "Option3" << "849.900";
-        QTest::newRow("up 50 kHz") << 0x7A8A << "cmdFreqUp" << "Option2" << "850.050";
+        QTest::newRow("up past the stop lands on the start") << 0x825A << "cmdFreqUp"
+                                                             << "Option1"
+                                                             << "800.000";
+        QTest::newRow("125 kHz past the stop") << 0x8256 << "cmdFreqUp"
+                                               << "Option4"
+                                               << "800.000";
+        QTest::newRow("up onto the stop") << 0x8259 << "cmdFreqUp"
+                                          << "Option1"
+                                          << "900.000";
+        QTest::newRow("down past the start lands on the stop") << 0x72BA << "cmdFreqDown"
+                                                               << "Option1"
+                                                               << "900.000";
+        QTest::newRow("down 100 kHz") << 0x7A8A << "cmdFreqDown"
+                                      << "Option3"
+                                      << "849.900";
+        QTest::newRow("up 50 kHz") << 0x7A8A << "cmdFreqUp"
+                                   << "Option2"
+                                   << "850.050";
     }
     void frequencyStepping()
     {
@@ -245,13 +263,34 @@ private slots:
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("sent");
-        QTest::newRow("letters restore the preset") << "abc" << "Please input numeric data!" << "850.000" << "";
-        QTest::newRow("above the band") << "950" << "Frequency out of range!" << "850.000" << "";
-        QTest::newRow("just below the band") << "799.999" << "Frequency out of range!" << "850.000" << "";
-        QTest::newRow("empty does nothing") << "" << "" << "" << "";
-        QTest::newRow("half a step snaps to even, down") << "850.0125" << "" << "850.000" << "#05K7A8A";
-        QTest::newRow("half a step snaps to even, up") << "850.0375" << "" << "850.050" << "#05K7A8C";
-        QTest::newRow("band stop is inside") << "900" << "" << "900.000" << "#05K825A";
+        QTest::newRow("letters restore the preset") << "abc"
+                                                    << "Please input numeric data!"
+                                                    << "850.000"
+                                                    << "";
+        QTest::newRow("above the band") << "950"
+                                        << "Frequency out of range!"
+                                        << "850.000"
+                                        << "";
+        QTest::newRow("just below the band") << "799.999"
+                                             << "Frequency out of range!"
+                                             << "850.000"
+                                             << "";
+        QTest::newRow("empty does nothing") << ""
+                                            << ""
+                                            << ""
+                                            << "";
+        QTest::newRow("half a step snaps to even, down") << "850.0125"
+                                                         << ""
+                                                         << "850.000"
+                                                         << "#05K7A8A";
+        QTest::newRow("half a step snaps to even, up") << "850.0375"
+                                                       << ""
+                                                       << "850.050"
+                                                       << "#05K7A8C";
+        QTest::newRow("band stop is inside") << "900"
+                                             << ""
+                                             << "900.000"
+                                             << "#05K825A";
     }
     void directEntry()
     {

@@ -10,7 +10,8 @@ namespace {
 // + group table + band start + band width + flags.
 QString identification(QChar channel = '4', QChar flags = '0', const QString &name = "MIC 1 ")
 {
-    return "$05" + name + "3" + channel + "1234" + "1E" + "80" + "B88880000000" + "1000" + "0FA0" + flags + "\r";
+    return "$05" + name + "3" + channel + "1234" + "1E" + "80" + "B88880000000" + "1000" + "0FA0" + flags +
+           "\r";
 }
 } // namespace
 
@@ -22,8 +23,9 @@ private slots:
     {
         const auto r = parseIdentification(identification(), 5);
         QVERIFY(r && r->online);
-        QCOMPARE(QStringList({r->name, r->channelFreqCode, r->manualFreqCode, r->groupTable, r->bandStartCode}),
-                 QStringList({"MIC 1 ", "1234", "1234", "B88880000000", "1000"}));
+        QCOMPARE(
+            QStringList({r->name, r->channelFreqCode, r->manualFreqCode, r->groupTable, r->bandStartCode}),
+            QStringList({"MIC 1 ", "1234", "1234", "B88880000000", "1000"}));
         // 0FA0: a 100 MHz band
         QCOMPARE((QList<int>{r->address, r->group, r->channel, r->squelch, r->secondLevel, r->bandWidth}),
                  (QList<int>{5, 3, 4, 30, 128, 4000}));
@@ -55,7 +57,9 @@ private slots:
         QTest::addColumn<QString>("reply");
         QTest::newRow("cut short") << identification().left(30);
         QTest::newRow("empty") << QString();
-        QTest::newRow("control character in the name") << identification('4', '0', "MI\x01" "C  ");
+        QTest::newRow("control character in the name") << identification('4', '0',
+                                                                         "MI\x01"
+                                                                         "C  ");
         QTest::newRow("noise in a hex field") << identification('?');
         QTest::newRow("noise in the flags") << identification('4', 'Z');
     }

@@ -60,8 +60,8 @@ struct Rig
         QStringList out;
         const auto n = [](int v) { return QString::number(v); };
         for (const ReceiverRecord &r : bed.ctx.state.receivers)
-            out << QStringList{r.name,         r.channelFreqCode, r.manualFreqCode, n(r.address),  n(r.group),
-                               n(r.channel),   n(r.squelch),      n(r.secondLevel), n(r.manualFreq), n(r.mute)}
+            out << QStringList{r.name,       r.channelFreqCode, r.manualFreqCode, n(r.address),    n(r.group),
+                               n(r.channel), n(r.squelch),      n(r.secondLevel), n(r.manualFreq), n(r.mute)}
                        .join('|');
         return out;
     }
@@ -107,12 +107,18 @@ private slots:
         QTest::addColumn<QStringList>("labels");
         // The fourth panel has no receiver: no mode may write to it.
         using L = QStringList;
-        QTest::newRow("GCH") << "mnu_PM_GCH" << "#00O0\r" << L{"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"};
-        QTest::newRow("Frq") << "mnu_PM_Frq" << "#00O1\r" << L{"801.000MHz", "066.150MHz", "809.800MHz", "-"};
-        QTest::newRow("squelch") << "mnu_PM_SQ" << "#00O2\r" << L{"SQ  20", "SQ  5", "SQ  25", "-"};
-        QTest::newRow("name") << "mnu_PM_Rname" << "#00O4\r" << L{"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"};
-        QTest::newRow("address") << "mnu_PM_Addr" << "#00O5\r" << L{"03", "07", "12", "-"};
-        QTest::newRow("volume") << "mnu_PM_VOL" << "" << L{"-", "-", "-", "-"};
+        QTest::newRow("GCH") << "mnu_PM_GCH"
+                             << "#00O0\r" << L{"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"};
+        QTest::newRow("Frq") << "mnu_PM_Frq"
+                             << "#00O1\r" << L{"801.000MHz", "066.150MHz", "809.800MHz", "-"};
+        QTest::newRow("squelch") << "mnu_PM_SQ"
+                                 << "#00O2\r" << L{"SQ  20", "SQ  5", "SQ  25", "-"};
+        QTest::newRow("name") << "mnu_PM_Rname"
+                              << "#00O4\r" << L{"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"};
+        QTest::newRow("address") << "mnu_PM_Addr"
+                                 << "#00O5\r" << L{"03", "07", "12", "-"};
+        QTest::newRow("volume") << "mnu_PM_VOL"
+                                << "" << L{"-", "-", "-", "-"};
     }
 
     void popupItemsBroadcastAndRelabel()
@@ -274,7 +280,8 @@ private slots:
         QStringList took; // what the receivers report now
         for (SimReceiver *s : rig.bus->receivers())
             took << QString::fromLatin1(s->statusText().left(16) + s->statusText().right(1));
-        QCOMPARE(took, QStringList({"VOCAL11172E214200", "VOCAL21572BC14211", "GUITAR23744219222", "BASS  29744A19233"}));
+        QCOMPARE(took, QStringList({"VOCAL11172E214200", "VOCAL21572BC14211", "GUITAR23744219222",
+                                    "BASS  29744A19233"}));
     }
 
     void handWrittenLinesProgramOnlyKnownReceivers_data()
@@ -284,14 +291,17 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("picture");
         const QByteArray ghost = "5,\"GHOST \",1,1,\"72E2\",\"72E2\",20,32,0,0\r\n";
-        QTest::newRow("address not on the line") << ghost << QStringList() << "VOCAL1" << "SpeakerON";
+        QTest::newRow("address not on the line") << ghost << QStringList() << "VOCAL1"
+                                                 << "SpeakerON";
         QTest::newRow("short name padded") << ghost + "3,\"AB\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
                                            << QStringList{"#03MAB    1272F21E000\r"} << "AB    "
                                            << "SpeakerON";
         QTest::newRow("long name cut") << QByteArray("3,\"LONGNAME\",1,2,\"72F2\",\"72F2\",30,0,0,-1\r\n")
-                                       << QStringList{"#03MLONGNA1272F21E002\r"} << "LONGNA" << "SpeakerOFF";
+                                       << QStringList{"#03MLONGNA1272F21E002\r"} << "LONGNA"
+                                       << "SpeakerOFF";
         QTest::newRow("no line break at the end")
-            << kGoodLine.chopped(2) << QStringList{"#03MNEWNAM1272F21E002\r"} << "NEWNAM" << "SpeakerOFF";
+            << kGoodLine.chopped(2) << QStringList{"#03MNEWNAM1272F21E002\r"} << "NEWNAM"
+            << "SpeakerOFF";
     }
 
     void handWrittenLinesProgramOnlyKnownReceivers()
@@ -337,14 +347,21 @@ private slots:
     {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QString>("mentions");
-        QTest::newRow("too few fields") << kGoodLine + "7,\"X\",1,2\r\n" << "Line 2";
-        QTest::newRow("text for a number") << kGoodLine + "7,\"X\",one,2,\"72F2\",\"72F2\",30,0,0,0\r\n" << "Line 2";
-        QTest::newRow("address out of range") << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << "Line 1";
-        QTest::newRow("squelch out of range") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",100,0,0,0\r\n" << "Line 2";
-        QTest::newRow("flag neither 0 nor -1") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",30,0,2,0\r\n" << "Line 2";
-        QTest::newRow("frequency not hex") << kGoodLine + "7,\"X\",1,2,\"72G2\",\"72F2\",30,0,0,0\r\n" << "Line 2";
+        QTest::newRow("too few fields") << kGoodLine + "7,\"X\",1,2\r\n"
+                                        << "Line 2";
+        QTest::newRow("text for a number") << kGoodLine + "7,\"X\",one,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
+                                           << "Line 2";
+        QTest::newRow("address out of range")
+            << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << "Line 1";
+        QTest::newRow("squelch out of range") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",100,0,0,0\r\n"
+                                              << "Line 2";
+        QTest::newRow("flag neither 0 nor -1") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",30,0,2,0\r\n"
+                                               << "Line 2";
+        QTest::newRow("frequency not hex") << kGoodLine + "7,\"X\",1,2,\"72G2\",\"72F2\",30,0,0,0\r\n"
+                                           << "Line 2";
         QTest::newRow("unterminated quote")
-            << kGoodLine + kGoodLine + "7,\"X,1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" << "Line 3";
+            << kGoodLine + kGoodLine + "7,\"X,1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
+            << "Line 3";
         QTest::newRow("binary garbage with zero bytes")
             << kGoodLine + QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16) << "Line 2";
         QTest::newRow("too many lines") << kGoodLine.repeated(2000) << "more lines";

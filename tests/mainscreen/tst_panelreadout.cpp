@@ -39,14 +39,16 @@ private slots:
         QTest::addColumn<QList<quint32>>("colours");
         QTest::addColumn<QString>("rfSign");
         using C = QList<quint32>;
-        QTest::newRow("A 14 red, B 15 light blue") << 54 << 55 << QList<int>{14, 15} << C{bgr::Red, bgr::LightBlue}
-                                                   << "RedBall";
-        QTest::newRow("A 15 blue, B 14 red") << 55 << 54 << QList<int>{15, 14} << C{bgr::Blue, bgr::Red} << "RedBall";
+        QTest::newRow("A 14 red, B 15 light blue")
+            << 54 << 55 << QList<int>{14, 15} << C{bgr::Red, bgr::LightBlue} << "RedBall";
+        QTest::newRow("A 15 blue, B 14 red")
+            << 55 << 54 << QList<int>{15, 14} << C{bgr::Blue, bgr::Red} << "RedBall";
         QTest::newRow("B strongest above squelch")
             << 0 << kOnAir << QList<int>{0, 32} << C{bgr::Red, bgr::LightBlue} << "GreenBall";
         QTest::newRow("exactly at squelch is off air")
             << 68 << 0 << QList<int>{29, 0} << C{bgr::Blue, bgr::Red} << "RedBall";
-        QTest::newRow("full scale") << 255 << 255 << QList<int>{99, 99} << C{bgr::Blue, bgr::LightBlue} << "GreenBall";
+        QTest::newRow("full scale") << 255 << 255 << QList<int>{99, 99} << C{bgr::Blue, bgr::LightBlue}
+                                    << "GreenBall";
     }
     void rfBars()
     {
@@ -136,16 +138,26 @@ private slots:
         QTest::addColumn<int>("x");
         QTest::addColumn<QString>("caption");
         QTest::addColumn<QString>("image");
-        QTest::newRow("16") << 16 << "OFF" << "";
-        QTest::newRow("17") << 17 << "100%" << "GreenBall";
-        QTest::newRow("21") << 21 << "100%" << "GreenBall";
-        QTest::newRow("22") << 22 << "80%" << "YellowBall";
-        QTest::newRow("26") << 26 << "80%" << "YellowBall";
-        QTest::newRow("27") << 27 << "40%" << "OrangeBall";
-        QTest::newRow("31") << 31 << "40%" << "OrangeBall";
-        QTest::newRow("32") << 32 << "10%" << "RedBall";
-        QTest::newRow("35") << 35 << "10%" << "RedBall";
-        QTest::newRow("36") << 36 << "OFF" << "";
+        QTest::newRow("16") << 16 << "OFF"
+                            << "";
+        QTest::newRow("17") << 17 << "100%"
+                            << "GreenBall";
+        QTest::newRow("21") << 21 << "100%"
+                            << "GreenBall";
+        QTest::newRow("22") << 22 << "80%"
+                            << "YellowBall";
+        QTest::newRow("26") << 26 << "80%"
+                            << "YellowBall";
+        QTest::newRow("27") << 27 << "40%"
+                            << "OrangeBall";
+        QTest::newRow("31") << 31 << "40%"
+                            << "OrangeBall";
+        QTest::newRow("32") << 32 << "10%"
+                            << "RedBall";
+        QTest::newRow("35") << 35 << "10%"
+                            << "RedBall";
+        QTest::newRow("36") << 36 << "OFF"
+                            << "";
     }
     // A steady reading r averages to r, so x = r + 1.
     void batteryTable()

@@ -29,15 +29,20 @@ private slots:
         QTest::addColumn<int>("source");
 
         const QStringList two{QStringLiteral("/dev/zunX1"), QStringLiteral("/dev/zunX2")};
-        QTest::newRow("override wins") << "COM2=/dev/zunA" << "/dev/zunB" << two << "/dev/zunA"
-                                       << int(PortMap::Source::Override);
-        QTest::newRow("store next") << "" << "/dev/zunB" << two << "/dev/zunB" << int(PortMap::Source::Settings);
-        QTest::newRow("bare name in store") << "" << "zunB" << two << "/dev/zunB" << int(PortMap::Source::Settings);
-        QTest::newRow("enumeration last") << "" << "" << two << "/dev/zunX2" << int(PortMap::Source::Enumerated);
-        QTest::newRow("other port's override") << "COM1=/dev/zunA" << "" << two << "/dev/zunX2"
-                                               << int(PortMap::Source::Enumerated);
-        QTest::newRow("too few ports") << "" << "" << QStringList{QStringLiteral("/dev/zunX1")} << ""
-                                       << int(PortMap::Source::None);
+        QTest::newRow("override wins") << "COM2=/dev/zunA"
+                                       << "/dev/zunB" << two << "/dev/zunA" << int(PortMap::Source::Override);
+        QTest::newRow("store next") << ""
+                                    << "/dev/zunB" << two << "/dev/zunB" << int(PortMap::Source::Settings);
+        QTest::newRow("bare name in store") << ""
+                                            << "zunB" << two << "/dev/zunB" << int(PortMap::Source::Settings);
+        QTest::newRow("enumeration last") << ""
+                                          << "" << two << "/dev/zunX2" << int(PortMap::Source::Enumerated);
+        QTest::newRow("other port's override")
+            << "COM1=/dev/zunA"
+            << "" << two << "/dev/zunX2" << int(PortMap::Source::Enumerated);
+        QTest::newRow("too few ports")
+            << ""
+            << "" << QStringList{QStringLiteral("/dev/zunX1")} << "" << int(PortMap::Source::None);
     }
     void precedence()
     {
@@ -71,9 +76,8 @@ private slots:
         QTest::newRow("built-in by number not text")
             << QStringList{"/dev/ttyS10", "/dev/ttyS9", "/dev/ttyAMA0"} << "tty1"
             << QStringList{"/dev/ttyAMA0", "/dev/ttyS9", "/dev/ttyS10"};
-        QTest::newRow("bare names and duplicates")
-            << QStringList{"ttyS3", "/dev/ttyS3", "ttyUSB0"} << ""
-            << QStringList{"/dev/ttyUSB0", "/dev/ttyS3"};
+        QTest::newRow("bare names and duplicates") << QStringList{"ttyS3", "/dev/ttyS3", "ttyUSB0"} << ""
+                                                   << QStringList{"/dev/ttyUSB0", "/dev/ttyS3"};
         QStringList nine;
         for (int i = 0; i < 9; ++i)
             nine << QStringLiteral("/dev/ttyS%1").arg(i);
@@ -93,14 +97,20 @@ private slots:
         if (console.isEmpty())
             QVERIFY(file.remove());
         int calls = 0;
-        PortMap map(store, [&] { ++calls; return enumerated; }, consoleFile);
+        PortMap map(
+            store,
+            [&] {
+                ++calls;
+                return enumerated;
+            },
+            consoleFile);
         QStringList mapped;
         for (int n = 1; n <= PortMap::kPortCount; ++n) {
             if (!map.devicePath(n).isEmpty())
                 mapped.append(map.devicePath(n));
         }
         QTEST(mapped, "expected");
-        QCOMPARE(calls, 1);  // numbers stay put for the whole run
+        QCOMPARE(calls, 1); // numbers stay put for the whole run
     }
 
     void overrideText_data()
@@ -113,8 +123,8 @@ private slots:
         QTest::newRow("lower case") << "com8=/dev/ttyACM1" << 8 << "/dev/ttyACM1";
         QTest::newRow("blanks") << "  COM1 = /dev/zun 1 " << 1 << "/dev/zun 1";
         QTest::newRow("bare name") << "COM2=ttyS4" << 2 << "/dev/ttyS4";
-        for (const char *bad : {"", "COM3", "COM3=  ", "COM0=/dev/x", "COM9=/dev/x", "PORT3=/dev/x", "COM3:/dev/x",
-                                "xCOM3=/dev/x"})
+        for (const char *bad : {"", "COM3", "COM3=  ", "COM0=/dev/x", "COM9=/dev/x", "PORT3=/dev/x",
+                                "COM3:/dev/x", "xCOM3=/dev/x"})
             QTest::newRow(bad[0] ? bad : "empty") << QString::fromLatin1(bad) << 0 << "";
     }
     void overrideText()

@@ -44,7 +44,10 @@ struct Pty
             ::close(master);
         master = -1;
     }
-    void send(const QByteArray &bytes) const { QCOMPARE(::write(master, bytes.data(), bytes.size()), bytes.size()); }
+    void send(const QByteArray &bytes) const
+    {
+        QCOMPARE(::write(master, bytes.data(), bytes.size()), bytes.size());
+    }
     // Everything that arrives within millis of quiet.
     QByteArray receive(int millis) const
     {
@@ -81,8 +84,8 @@ double cpuSeconds()
 {
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec
-           + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
+           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
 // No real port is ever enumerated: the machine's ttyS0 is its console.
@@ -128,8 +131,9 @@ private slots:
         QTest::addColumn<int>("stopBits");
         QTest::newRow("even 7 2") << "9600,E,7,2" << true << 9600 << int(QSerialPort::EvenParity) << 7
                                   << int(QSerialPort::TwoStop);
-        QTest::newRow("mark 1.5, blanks") << " 1200 , M , 5 , 1.5 " << true << 1200 << int(QSerialPort::MarkParity) << 5
-                                  << int(QSerialPort::OneAndHalfStop);
+        QTest::newRow("mark 1.5, blanks")
+            << " 1200 , M , 5 , 1.5 " << true << 1200 << int(QSerialPort::MarkParity) << 5
+            << int(QSerialPort::OneAndHalfStop);
         // The program writes these texts itself; a slip must still be refused, not half applied.
         for (const char *bad : {"", "115200,N,8,1,1", "0,N,8,1", "9600,X,8,1", "9600,N,9,1"})
             QTest::newRow(bad[0] ? bad : "empty") << QString::fromLatin1(bad) << false << 0 << 0 << 0 << 0;
@@ -155,9 +159,11 @@ private slots:
         QVERIFY(m_line->open());
         // The master reports its slave's settings; a pty forces 8 data bits and no parity.
         termios tio{};
-        QVERIFY(::tcgetattr(m_pty->master, &tio) == 0 && ::cfgetospeed(&tio) == B9600 && (tio.c_cflag & CSTOPB));
+        QVERIFY(::tcgetattr(m_pty->master, &tio) == 0 && ::cfgetospeed(&tio) == B9600 &&
+                (tio.c_cflag & CSTOPB));
         QVERIFY(m_line->applySettings("115200,N,8,1")); // applied to the open port at once
-        QVERIFY(::tcgetattr(m_pty->master, &tio) == 0 && ::cfgetospeed(&tio) == B115200 && !(tio.c_cflag & CSTOPB));
+        QVERIFY(::tcgetattr(m_pty->master, &tio) == 0 && ::cfgetospeed(&tio) == B115200 &&
+                !(tio.c_cflag & CSTOPB));
     }
 
     void opensPtyThoughRequestToSendFails()
@@ -181,7 +187,7 @@ private slots:
     {
         m_pty->send("$01 left over from before\n");
         QVERIFY(m_line->open());
-        m_pty->receive(50);  // echo of the canonical-mode terminal before it went raw
+        m_pty->receive(50); // echo of the canonical-mode terminal before it went raw
         QCOMPARE(m_line->bytesWaiting(), 0);
         m_pty->send("$01");
         QTRY_COMPARE(m_line->bytesWaiting(), 3);
@@ -263,7 +269,8 @@ private slots:
         QVERIFY(!ok && !m_line->isOpen());
         // One attempt at most: a closed line ends the retries.
         QVERIFY2(elapsed < 400, qPrintable(QString::number(elapsed)));
-        QVERIFY2(cpu < elapsed / 1000.0 * 0.25, qPrintable(QStringLiteral("cpu %1 s in %2 ms").arg(cpu).arg(elapsed)));
+        QVERIFY2(cpu < elapsed / 1000.0 * 0.25,
+                 qPrintable(QStringLiteral("cpu %1 s in %2 ms").arg(cpu).arg(elapsed)));
     }
 
     void portExists()

@@ -14,7 +14,9 @@ const QString kApp = QStringLiteral("KESTA_ZUN");
 
 ino_t inodeOf(const QString &path)
 {
-    struct stat info{};
+    struct stat info
+    {
+    };
     return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_ino : 0;
 }
 } // namespace
@@ -35,12 +37,23 @@ private slots:
         QTest::addColumn<QString>("section");
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("value");
-        QTest::newRow("line settings") << "MSComm" << "Settings" << "115200,N,8,1";
-        QTest::newRow("empty") << "Function" << "MainKOB" << "";
-        QTest::newRow("blanks kept") << "Function" << "Name" << "  padded  ";
-        QTest::newRow("at sign") << "Function" << "Odd" << "@Variant(junk)";
-        QTest::newRow("quotes, semicolon") << "Function" << "Quote" << "a \"b\"; c = d";
-        QTest::newRow("non-ascii") << "Function" << "Text" << QStringLiteral("Bühne 2 – ä");
+        QTest::newRow("line settings") << "MSComm"
+                                       << "Settings"
+                                       << "115200,N,8,1";
+        QTest::newRow("empty") << "Function"
+                               << "MainKOB"
+                               << "";
+        QTest::newRow("blanks kept") << "Function"
+                                     << "Name"
+                                     << "  padded  ";
+        QTest::newRow("at sign") << "Function"
+                                 << "Odd"
+                                 << "@Variant(junk)";
+        QTest::newRow("quotes, semicolon") << "Function"
+                                           << "Quote"
+                                           << "a \"b\"; c = d";
+        QTest::newRow("non-ascii") << "Function"
+                                   << "Text" << QStringLiteral("Bühne 2 – ä");
     }
     void roundTrip()
     {
@@ -69,7 +82,8 @@ private slots:
         QVERIFY(f.open(QIODevice::ReadOnly));
         const QByteArray text = f.readAll();
         QVERIFY(text.contains("[MSComm]") && text.contains("Retry=3"));
-        QCOMPARE(QDir(m_config.filePath(app)).entryList(QDir::Files | QDir::Hidden), QStringList{app + ".ini"});
+        QCOMPARE(QDir(m_config.filePath(app)).entryList(QDir::Files | QDir::Hidden),
+                 QStringList{app + ".ini"});
     }
 
     void damagedFileReadsEmpty_data()
@@ -84,7 +98,8 @@ private slots:
             binary[i] = char((i * 131 + 7) & 0xff);
         QTest::newRow("binary") << binary << true;
         QTest::newRow("no section") << QByteArray("Baudrate=115200\n") << true;
-        QTest::newRow("bad variant") << QByteArray("[MSComm]\nBaudrate=@Variant(\\0\\0\\0\\x7f\\xff)\n") << true;
+        QTest::newRow("bad variant") << QByteArray("[MSComm]\nBaudrate=@Variant(\\0\\0\\0\\x7f\\xff)\n")
+                                     << true;
         QTest::newRow("list") << QByteArray("[MSComm]\nBaudrate=115200, 9600\n") << true;
         QTest::newRow("cut section") << QByteArray("[MSComm\nBaudrate=115") << false;
     }
@@ -92,7 +107,8 @@ private slots:
     {
         QFETCH(QByteArray, contents);
         QFETCH(bool, garbage);
-        const QString app = QStringLiteral("ZunDamaged_") + QString::fromLatin1(QTest::currentDataTag()).remove(' ');
+        const QString app =
+            QStringLiteral("ZunDamaged_") + QString::fromLatin1(QTest::currentDataTag()).remove(' ');
         QVERIFY(QDir().mkpath(m_config.filePath(app)));
         QFile f(storeFile(app));
         QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));

@@ -57,7 +57,10 @@ public:
     QByteArray readAll() override { return std::exchange(m_pending, {}); }
     void discardInput() override { m_pending.clear(); }
     void discardOutput() override {}
-    void waitForInput(int millis) override { m_clock.advanceMillis(static_cast<std::uint64_t>(std::max(millis, 1))); }
+    void waitForInput(int millis) override
+    {
+        m_clock.advanceMillis(static_cast<std::uint64_t>(std::max(millis, 1)));
+    }
 
 private:
     QByteArray replyTo(const QString &cmd)
@@ -66,7 +69,8 @@ private:
         const QChar letter = cmd.size() > 3 ? cmd.at(3) : QChar();
         auto levels = [&](std::pair<int, int> raw) {
             return QStringLiteral("$%1%2%3%4%5\r")
-                .arg(addr, NumToHex(0x41, 2), NumToHex(raw.first, 2), NumToHex(raw.second, 2), NumToHex(0x22, 2));
+                .arg(addr, NumToHex(0x41, 2), NumToHex(raw.first, 2), NumToHex(raw.second, 2),
+                     NumToHex(0x22, 2));
         };
         if (letter == QLatin1Char('E')) {
             const auto it = rawByCode.find(HexToNum(cmd.mid(4, 4)));

@@ -35,13 +35,25 @@ private slots:
         QTest::addColumn<QString>("recorder");
         QTest::addColumn<QString>("dbm");
         // Top of the scale: the two read-outs differ by design.
-        QTest::newRow("99") << 99 << 99 << "964uV" << "1000uV" << "-47.0dBm";
-        QTest::newRow("0") << 0 << 0 << "1uV" << "1uV" << "-107.0dBm";
-        QTest::newRow("decade 10") << 33 << 33 << "10uV" << "10uV" << "-87.0dBm";
-        QTest::newRow("mid decade") << 50 << 50 << "53uV" << "50uV" << "-76.7dBm";
+        QTest::newRow("99") << 99 << 99 << "964uV"
+                            << "1000uV"
+                            << "-47.0dBm";
+        QTest::newRow("0") << 0 << 0 << "1uV"
+                           << "1uV"
+                           << "-107.0dBm";
+        QTest::newRow("decade 10") << 33 << 33 << "10uV"
+                                   << "10uV"
+                                   << "-87.0dBm";
+        QTest::newRow("mid decade") << 50 << 50 << "53uV"
+                                    << "50uV"
+                                    << "-76.7dBm";
         // The cursor's mantissa is antenna A's, whatever level the cursor shows.
-        QTest::newRow("cursor high, A low") << 99 << 40 << "100uV" << "1000uV" << "-47.0dBm";
-        QTest::newRow("cursor low, A high") << 10 << 99 << "27uV" << "3uV" << "-100.9dBm";
+        QTest::newRow("cursor high, A low") << 99 << 40 << "100uV"
+                                            << "1000uV"
+                                            << "-47.0dBm";
+        QTest::newRow("cursor low, A high") << 10 << 99 << "27uV"
+                                            << "3uV"
+                                            << "-100.9dBm";
     }
     void microvolts()
     {
@@ -87,7 +99,6 @@ private slots:
         QCOMPARE(span.from, from);
         QCOMPARE(span.to, to);
     }
-
 };
 
 QTEST_GUILESS_MAIN(TstRfFormulas)

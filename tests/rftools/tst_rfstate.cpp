@@ -163,13 +163,20 @@ private slots:
         // "A/B" readings against squelch level 10; r DropRun, p DropPause, c DropClear.
         QTest::addColumn<QString>("script");
         QTest::addColumn<QString>("drops"); // A/B
-        QTest::newRow("off counts nothing") << "5/5 20/20 5/5" << "0/0";
-        QTest::newRow("one drop per passage") << "r 20/20 5/20 4/20 20/20 9/20" << "2/0";
-        QTest::newRow("equality is above") << "r 10/10 9/10 10/10 9/10 10/9" << "2/1";
-        QTest::newRow("starting below counts") << "r 3/30" << "1/0";
-        QTest::newRow("pause keeps the below flag") << "r 5/20 p 30/30 r 5/20" << "1/0";
-        QTest::newRow("clear keeps the below flag") << "r 5/5 c r 5/5 20/20 5/5" << "1/1";
-        QTest::newRow("clear stops counting") << "r 5/5 c 20/20 5/5" << "0/0";
+        QTest::newRow("off counts nothing") << "5/5 20/20 5/5"
+                                            << "0/0";
+        QTest::newRow("one drop per passage") << "r 20/20 5/20 4/20 20/20 9/20"
+                                              << "2/0";
+        QTest::newRow("equality is above") << "r 10/10 9/10 10/10 9/10 10/9"
+                                           << "2/1";
+        QTest::newRow("starting below counts") << "r 3/30"
+                                               << "1/0";
+        QTest::newRow("pause keeps the below flag") << "r 5/20 p 30/30 r 5/20"
+                                                    << "1/0";
+        QTest::newRow("clear keeps the below flag") << "r 5/5 c r 5/5 20/20 5/5"
+                                                    << "1/1";
+        QTest::newRow("clear stops counting") << "r 5/5 c 20/20 5/5"
+                                              << "0/0";
     }
     void dropCounter()
     {
@@ -183,7 +190,8 @@ private slots:
             else if (word == QLatin1String("c"))
                 counter.clear();
             else
-                counter.count(word.section(QLatin1Char('/'), 0, 0).toInt(), word.section(QLatin1Char('/'), 1).toInt(), 10);
+                counter.count(word.section(QLatin1Char('/'), 0, 0).toInt(),
+                              word.section(QLatin1Char('/'), 1).toInt(), 10);
         }
         QTEST(counter.textA() + '/' + counter.textB(), "drops");
     }

@@ -76,8 +76,12 @@ private slots:
         SimBus bus;
         SimReceiver &r = bus.addReceiver(5);
         // Settings write: channel digit 0 is 16, mode 3 is manual and muted.
-        QCOMPARE(ask(bus, "#05MABC   307400" "2A113"), QByteArray("$05\r"));
-        QCOMPARE(ask(bus, "%05M").mid(3, 37), QByteArray("ABC   307400" "2A11B00000000000" "72BA0FA03"));
+        QCOMPARE(ask(bus, "#05MABC   307400"
+                          "2A113"),
+                 QByteArray("$05\r"));
+        QCOMPARE(ask(bus, "%05M").mid(3, 37), QByteArray("ABC   307400"
+                                                         "2A11B00000000000"
+                                                         "72BA0FA03"));
         // A preset answers with its code and leaves manual tuning.
         const QByteArray preset = ask(bus, "#05D25");
         QCOMPARE(preset, "$05" + simHex(r.presetCode(2, 5), 4) + '\r');
@@ -143,13 +147,20 @@ private slots:
             const QByteArray r = bytesOf(timed);
             const bool asExpected = [&] {
                 switch (SimFault(fault)) {
-                case SimFault::NoReply: return r.isEmpty();
-                case SimFault::Garbled: return !r.startsWith('$');
-                case SimFault::CorruptData: return r.startsWith("$05") && r.size() == 12 && !allHex(r.mid(3, 8));
-                case SimFault::WrongAddress: return r.startsWith("$06");
-                case SimFault::Partial: return !r.isEmpty() && r.size() < 12;
-                case SimFault::Late: return r.size() == 12 && timed.front().micros > 300000;
-                default: return r.size() > 12 && !r.startsWith('$') && r.right(12).startsWith("$05");
+                case SimFault::NoReply:
+                    return r.isEmpty();
+                case SimFault::Garbled:
+                    return !r.startsWith('$');
+                case SimFault::CorruptData:
+                    return r.startsWith("$05") && r.size() == 12 && !allHex(r.mid(3, 8));
+                case SimFault::WrongAddress:
+                    return r.startsWith("$06");
+                case SimFault::Partial:
+                    return !r.isEmpty() && r.size() < 12;
+                case SimFault::Late:
+                    return r.size() == 12 && timed.front().micros > 300000;
+                default:
+                    return r.size() > 12 && !r.startsWith('$') && r.right(12).startsWith("$05");
                 }
             }();
             QVERIFY2(asExpected, r.constData());

@@ -139,8 +139,7 @@ void drawAntennaPair(QPainter &p, const QRectF &area, QColor rod, QColor tip, QC
     p.setPen(QPen(wave, 0.035 * w, Qt::SolidLine, Qt::RoundCap));
     const QPointF centre = at(0.5, 0.42);
     for (qreal radius : {0.10, 0.17, 0.24}) {
-        const QRectF arc(centre.x() - radius * w, centre.y() - radius * w, 2 * radius * w,
-                         2 * radius * w);
+        const QRectF arc(centre.x() - radius * w, centre.y() - radius * w, 2 * radius * w, 2 * radius * w);
         p.drawArc(arc, 55 * 16, 70 * 16);
     }
 
@@ -180,8 +179,7 @@ void drawReceiverUnit(QPainter &p, const QRectF &unit)
     p.drawRoundedRect(window, window.height() * 0.12, window.height() * 0.12);
 
     const qreal levels[] = {0.8, 0.65, 0.45};
-    const QColor colours[] = {QColor(0x40, 0x6c, 0xff), QColor(0x90, 0xa8, 0xff),
-                              QColor(0x2e, 0xc8, 0x4a)};
+    const QColor colours[] = {QColor(0x40, 0x6c, 0xff), QColor(0x90, 0xa8, 0xff), QColor(0x2e, 0xc8, 0x4a)};
     const qreal barWidth = window.width() * 0.2;
     for (int i = 0; i < 3; ++i) {
         const qreal left = window.left() + window.width() * 0.1 + i * window.width() * 0.29;
@@ -294,14 +292,14 @@ int main(int argc, char **argv)
     }
 
     bool ok = true;
-    ok &= save(drawBall(QColor(0xc8, 0xff, 0xb8), QColor(0x2f, 0xb3, 0x44), QColor(0x0a, 0x55, 0x18)),
-               out, QStringLiteral("GreenBall"));
-    ok &= save(drawBall(QColor(0xff, 0xfa, 0xc8), QColor(0xf2, 0xcc, 0x12), QColor(0x86, 0x68, 0x00)),
-               out, QStringLiteral("YellowBall"));
-    ok &= save(drawBall(QColor(0xff, 0xdc, 0xb0), QColor(0xf5, 0x7c, 0x15), QColor(0x85, 0x36, 0x00)),
-               out, QStringLiteral("OrangeBall"));
-    ok &= save(drawBall(QColor(0xff, 0xc0, 0xb8), QColor(0xdc, 0x24, 0x24), QColor(0x66, 0x08, 0x08)),
-               out, QStringLiteral("RedBall"));
+    ok &= save(drawBall(QColor(0xc8, 0xff, 0xb8), QColor(0x2f, 0xb3, 0x44), QColor(0x0a, 0x55, 0x18)), out,
+               QStringLiteral("GreenBall"));
+    ok &= save(drawBall(QColor(0xff, 0xfa, 0xc8), QColor(0xf2, 0xcc, 0x12), QColor(0x86, 0x68, 0x00)), out,
+               QStringLiteral("YellowBall"));
+    ok &= save(drawBall(QColor(0xff, 0xdc, 0xb0), QColor(0xf5, 0x7c, 0x15), QColor(0x85, 0x36, 0x00)), out,
+               QStringLiteral("OrangeBall"));
+    ok &= save(drawBall(QColor(0xff, 0xc0, 0xb8), QColor(0xdc, 0x24, 0x24), QColor(0x66, 0x08, 0x08)), out,
+               QStringLiteral("RedBall"));
     ok &= save(drawSpeaker(true), out, QStringLiteral("SpeakerON"));
     ok &= save(drawSpeaker(false), out, QStringLiteral("SpeakerOFF"));
     ok &= save(drawIcon(), out, QStringLiteral("icon"));
