@@ -45,41 +45,52 @@ private slots:
     {
         QTest::addColumn<QString>("answer");
         QTest::addColumn<QString>("frame");
+        QTest::addColumn<bool>("unplugged"); // the adapter goes as the broadcast leaves
         QTest::addColumn<int>("baud");
         QTest::newRow("115200") << "115200"
-                                << "#00H01\r" << 115200;
+                                << "#00H01\r" << false << 115200;
         QTest::newRow("57600") << "57600"
-                               << "#00H03\r" << 57600;
+                               << "#00H03\r" << false << 57600;
         QTest::newRow("38400") << "38400"
-                               << "#00H05\r" << 38400;
+                               << "#00H05\r" << false << 38400;
         QTest::newRow("9600") << "9600"
-                              << "#00H17\r" << 9600;
+                              << "#00H17\r" << false << 9600;
         QTest::newRow("unknown rate") << "19200"
-                                      << "" << 38400;
+                                      << "" << false << 38400;
         QTest::newRow("empty") << ""
-                               << "" << 38400;
+                               << "" << false << 38400;
+        QTest::newRow("reopen fails") << "9600"
+                                      << "#00H17\r" << true << 38400;
     }
     void changingTheLineSpeedTellsEveryReceiverFirst()
     {
         QFETCH(QString, answer);
         QFETCH(QString, frame);
+        QFETCH(bool, unplugged);
         QFETCH(int, baud);
         TestBed bed;
-        bed.attachReceivers(1, {3}, 38400);
+        SimBus &bus = bed.attachReceivers(1, {3}, 38400);
+        if (unplugged)
+            bus.setFrameObserver([&](std::uint64_t, const QByteArray &, int) { bed.line.removePort(1); });
         bed.ctx.state.Baudrate = 38400;
         bed.ctx.state.CommPort = 1;
         openLine(bed.ctx);
-        QCOMPARE(bed.line.baudRate(), 38400);
+        FrmMain main(bed.ctx);
+        main.UpdateLinkMenus();
+        QAction *item = main.action("mnuBaud1");
+        item->setEnabled(true);
+        bed.dialogs.queueInput(answer);
+        item->trigger();
 
-        const bool changed = changeBaudrate(bed.ctx, answer);
-        QCOMPARE(changed, !frame.isEmpty());
+        const bool changed = baud != 38400 || answer == "38400";
         QCOMPARE(bed.framesSent("#00H"), frame.isEmpty() ? QStringList() : QStringList{frame});
         QCOMPARE(bed.ctx.state.Baudrate, baud);
-        QCOMPARE(bed.line.baudRate(), baud);
-        QVERIFY(bed.line.isOpen());
-        QCOMPARE(bed.settings.get(kAppName, "MSComm", "Baudrate"), frame.isEmpty() ? QString() : answer);
+        QCOMPARE(item->text(), QString::number(baud));
+        QCOMPARE(bed.settings.get(kAppName, "MSComm", "Baudrate"), changed ? answer : QString());
+        QCOMPARE(bed.line.isOpen(), !unplugged);
         if (changed) {
             // The receiver followed the broadcast, so it still answers at the new speed.
+            QCOMPARE(bed.line.baudRate(), baud);
             QString reply;
             QVERIFY(bed.ctx.link.SendCommand("%03L\r", 4, reply, 250));
         }
