@@ -2,9 +2,14 @@
 #include "core/startup.h"
 #include "link/ports.h"
 #include "mainscreen/frmmain.h"
+#include "mainscreen/frmsplash.h"
+#include "mainscreen/rcvpanel.h"
+#include "mainscreen/startupwindows.h"
+#include "sim/demobus.h"
 #include "support/testbed.h"
 
 #include <QAction>
+#include <QSet>
 #include <QTest>
 
 using namespace zun;
@@ -39,6 +44,41 @@ private slots:
         QVERIFY(available[3] && available[5] && !available[6]);
         QCOMPARE(QList<int>({splash, shown, closed}), QList<int>({1, 2, 3}));
         QCOMPARE(bed.ctx.state.WorkMode, 0);
+    }
+
+    void onlySplashAndSearchShowUntilTheScreenIsLoaded_data()
+    {
+        QTest::addColumn<bool>("demo");
+        QTest::addColumn<int>("found");
+        QTest::addColumn<double>("seconds"); // from start to the main screen with its receivers live
+        QTest::newRow("two receivers") << false << 2 << 25.0;
+        QTest::newRow("demo") << true << 64 << 2.0;
+    }
+    void onlySplashAndSearchShowUntilTheScreenIsLoaded()
+    {
+        QFETCH(bool, demo);
+        TestBed bed;
+        const std::unique_ptr<SimBus> demoBus = makeDemoBus();
+        SimBus *bus = demo ? demoBus.get() : &bed.attachReceivers(1, {3, 40});
+        bed.line.attachBus(1, bus);
+        StartupWindows windows(bed.ctx);
+        QSet<QString> onScreen; // whenever a receiver is asked who it is
+        bus->setFrameObserver([&](std::uint64_t, const QByteArray &frame, int) {
+            if (!frame.startsWith('%') || !frame.endsWith("M\r"))
+                return;
+            FrmMain *main = windows.mainWindow();
+            onScreen << QStringList{windows.splash() && windows.splash()->isVisible() ? "splash" : "",
+                                    main->findChild<QWidget *>("frmCheckNet")->isVisible() ? "search" : "",
+                                    main->isVisible() ? "main" : ""}
+                            .join(' ');
+        });
+        QVERIFY(startProgram(bed.ctx, windows.views()));
+        QCOMPARE(onScreen, QSet<QString>{"splash search "});
+        QVERIFY(windows.mainWindow()->isVisible() && !windows.splash());
+        QTEST(bed.ctx.state.foundCount, "found");
+        QVERIFY(bed.ctx.state.receivers[0].online && windows.mainWindow()->panel(0)->isEnabled());
+        QFETCH(double, seconds);
+        QVERIFY2(bed.virtualSeconds() <= seconds, qPrintable(QString::number(bed.virtualSeconds())));
     }
 
     void changingTheLineSpeedTellsEveryReceiverFirst_data()
