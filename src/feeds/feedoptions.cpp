@@ -8,6 +8,13 @@
 namespace zun {
 namespace {
 
+// Tokens travel in URLs, so they keep to the characters a URL leaves alone.
+bool isUrlSafeToken(const QString &token)
+{
+    static const QRegularExpression unsafe(QStringLiteral("[^A-Za-z0-9._~-]"));
+    return !token.isEmpty() && !token.contains(unsafe);
+}
+
 std::optional<quint16> parsePort(const QString &text)
 {
     bool ok = false;
@@ -73,7 +80,8 @@ FeedOptions loadFeedOptions(const SettingsStore &store, const QString &app)
     options.mqttCaFile = get("MqttCaFile");
     if (const auto p = parsePort(get("WebPort")))
         options.webPort = *p;
-    options.webToken = get("WebToken");
+    if (isUrlSafeToken(get("WebToken")))
+        options.webToken = get("WebToken");
     options.webAllowNetwork = get("WebAllowNetwork") == QLatin1String("1");
     return options;
 }
@@ -128,7 +136,7 @@ std::optional<FeedOptions> applyFeedArguments(const QCommandLineParser &parser, 
     }
     if (parser.isSet(QStringLiteral("web-token"))) {
         const QString token = parser.value(QStringLiteral("web-token"));
-        if (token.isEmpty() || token.contains(QRegularExpression(QStringLiteral("[^A-Za-z0-9._~-]"))))
+        if (!isUrlSafeToken(token))
             return fail(QStringLiteral("--web-token takes letters, digits and . _ ~ - only"));
         options.webToken = token;
     }
