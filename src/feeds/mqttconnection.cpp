@@ -2,6 +2,7 @@
 
 #include <mosquitto.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <mutex>
@@ -22,6 +23,8 @@ QString errorText(int rc)
 
 MqttConnection::MqttConnection(MqttSettings settings) : m_settings(std::move(settings))
 {
+    m_retryTimer.setSingleShot(true);
+    connect(&m_retryTimer, &QTimer::timeout, this, &MqttConnection::tryConnect);
     static std::once_flag initOnce;
     std::call_once(initOnce, [] { mosquitto_lib_init(); });
 }
@@ -58,15 +61,28 @@ void MqttConnection::start()
             return;
         }
     }
-    // A refused first attempt is not final: the network thread keeps trying.
+    tryConnect();
+}
+
+void MqttConnection::tryConnect()
+{
+    if (!m_client)
+        return;
     const int rc = mosquitto_connect_async(m_client, m_settings.host.toUtf8().constData(), m_settings.port,
                                            kKeepAliveSeconds);
-    if (rc != MOSQ_ERR_SUCCESS)
+    if (rc != MOSQ_ERR_SUCCESS) {
         emit disconnected(
             QStringLiteral("MQTT: %1:%2: %3")
                 .arg(m_settings.host)
                 .arg(m_settings.port)
-                .arg(rc == MOSQ_ERR_ERRNO ? QString::fromLocal8Bit(strerror(errno)) : errorText(rc)));
+                .arg(rc == MOSQ_ERR_ERRNO ? QString::fromLocal8Bit(std::strerror(errno)) : errorText(rc)));
+        // Until the first connection libmosquitto's thread has nothing to
+        // retry; this thread's event loop does it, with the same back-off.
+        m_retryTimer.start(static_cast<int>(m_retrySeconds * 1000));
+        m_retrySeconds = std::min(m_retrySeconds * 2, kMaxRetrySeconds);
+        return;
+    }
+    // From here on libmosquitto's own thread keeps the session up.
     m_running = mosquitto_loop_start(m_client) == MOSQ_ERR_SUCCESS;
 }
 
@@ -79,6 +95,7 @@ void MqttConnection::publish(const QString &topic, const QByteArray &payload)
 
 void MqttConnection::stop()
 {
+    m_retryTimer.stop();
     if (!m_running)
         return;
     m_running = false;

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 
 struct mosquitto;
 
@@ -40,12 +41,15 @@ signals:
     void disconnected(const QString &reason);
 
 private:
+    void tryConnect();
     static void onConnect(mosquitto *client, void *self, int rc);
     static void onDisconnect(mosquitto *client, void *self, int rc);
 
     MqttSettings m_settings;
     mosquitto *m_client = nullptr;
     bool m_running = false;
+    QTimer m_retryTimer{this};   // a child, so it moves to the connection's thread
+    unsigned m_retrySeconds = 1; // doubles up to 30 s
 };
 
 } // namespace zun
