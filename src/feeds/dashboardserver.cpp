@@ -81,22 +81,23 @@ bool DashboardServer::tokenMatches(const QUrl &url) const
 
 bool DashboardServer::handleRequest(const QHttpServerRequest &request, QTcpSocket *socket)
 {
-    QHttpServerResponder responder = makeResponder(request, socket);
-    if (!tokenMatches(request.url())) {
-        responder.write(QHttpServerResponder::StatusCode::Forbidden);
-        return true;
-    }
     const QString path = request.url().path();
-    if (request.method() != QHttpServerRequest::Method::Get ||
+    // A WebSocket upgrade goes on to the WebSocket server when this returns
+    // true without answering; false sends it to missingHandler instead.
+    if (request.value("upgrade").compare("websocket", Qt::CaseInsensitive) == 0)
+        return path == QLatin1String("/ws") && tokenMatches(request.url());
+    if (!tokenMatches(request.url()) || request.method() != QHttpServerRequest::Method::Get ||
         (path != QLatin1String("/") && !path.isEmpty()))
         return false;
-    responder.write(page(), "text/html; charset=utf-8");
+    makeResponder(request, socket).write(page(), "text/html; charset=utf-8");
     return true;
 }
 
 void DashboardServer::missingHandler(const QHttpServerRequest &request, QTcpSocket *socket)
 {
-    makeResponder(request, socket).write(QHttpServerResponder::StatusCode::NotFound);
+    makeResponder(request, socket)
+        .write(tokenMatches(request.url()) ? QHttpServerResponder::StatusCode::NotFound
+                                           : QHttpServerResponder::StatusCode::Forbidden);
 }
 
 QByteArray DashboardServer::page() const

@@ -1,0 +1,280 @@
+#include "feeds/feedhub.h"
+#include "support/fakereceiverbus.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWebSocket>
+
+using namespace zun;
+
+namespace {
+
+const QString kToken = QStringLiteral("tok-42");
+
+quint16 freePort()
+{
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost, 0);
+    return server.serverPort();
+}
+
+// Sends raw bytes and returns everything the server answers until it closes
+// or goes quiet for a second.
+QByteArray exchange(quint16 port, const QByteArray &request)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    socket.write(request);
+    QByteArray answer;
+    QElapsedTimer quiet;
+    quiet.start();
+    while (quiet.elapsed() < 1000 && socket.state() != QAbstractSocket::UnconnectedState) {
+        QTest::qWait(10);
+        if (socket.bytesAvailable() > 0) {
+            answer += socket.readAll();
+            quiet.restart();
+        }
+    }
+    return answer + socket.readAll();
+}
+
+QByteArray upgradeRequest(const QByteArray &target)
+{
+    return "GET " + target +
+           " HTTP/1.1\r\nHost: 127.0.0.1\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+           "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n";
+}
+
+// Headless Chromium driven over its DevTools WebSocket.
+class Browser
+{
+public:
+    ~Browser()
+    {
+        m_devtools.abort();
+        m_process.kill();
+        m_process.waitForFinished(5000);
+    }
+
+    bool open(const QString &url)
+    {
+        m_process.start(QStringLiteral("/usr/bin/chromium"),
+                        {"--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+                         "--disable-background-networking", "--disable-component-update", "--disable-sync",
+                         "--user-data-dir=" + m_profile.path(), "--remote-debugging-port=0", url});
+        QRegularExpression listening(QStringLiteral("DevTools listening on ws://([^/]+)/"));
+        QString err;
+        QElapsedTimer t;
+        t.start();
+        QRegularExpressionMatch match;
+        while (!(match = listening.match(err)).hasMatch() && t.elapsed() < 30000) {
+            m_process.waitForReadyRead(200);
+            err += QString::fromUtf8(m_process.readAllStandardError());
+        }
+        if (!match.hasMatch())
+            return false;
+        QNetworkAccessManager net;
+        QString target;
+        while (target.isEmpty() && t.elapsed() < 30000) {
+            QNetworkReply *reply =
+                net.get(QNetworkRequest(QUrl("http://" + match.captured(1) + "/json/list")));
+            if (!QTest::qWaitFor([reply] { return reply->isFinished(); }, 5000))
+                return false;
+            for (const QJsonValue &v : QJsonDocument::fromJson(reply->readAll()).array()) {
+                if (v[QStringLiteral("type")] == QStringLiteral("page"))
+                    target = v[QStringLiteral("webSocketDebuggerUrl")].toString();
+            }
+            delete reply;
+        }
+        QObject::connect(&m_devtools, &QWebSocket::textMessageReceived, [this](const QString &text) {
+            const QJsonObject reply = QJsonDocument::fromJson(text.toUtf8()).object();
+            if (reply[QStringLiteral("id")].toInt() == m_id)
+                m_result = reply[QStringLiteral("result")][QStringLiteral("result")][QStringLiteral("value")]
+                               .toString();
+        });
+        m_devtools.open(QUrl(target));
+        return QTest::qWaitFor([this] { return m_devtools.state() == QAbstractSocket::ConnectedState; },
+                               10000);
+    }
+
+    // The value of a JavaScript expression, as text.
+    QString evaluate(const QString &expression)
+    {
+        ++m_id;
+        m_result.reset();
+        const QJsonObject call{{"id", m_id},
+                               {"method", "Runtime.evaluate"},
+                               {"params", QJsonObject{{"expression", expression}, {"returnByValue", true}}}};
+        m_devtools.sendTextMessage(QString::fromUtf8(QJsonDocument(call).toJson(QJsonDocument::Compact)));
+        QElapsedTimer t;
+        t.start();
+        while (!m_result && t.elapsed() < 5000)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        return m_result.value_or(QStringLiteral("<no answer>"));
+    }
+
+private:
+    QTemporaryDir m_profile;
+    QProcess m_process;
+    QWebSocket m_devtools;
+    int m_id = 0;
+    std::optional<QString> m_result;
+};
+
+// What the page shows: address:name:RF A level:online per panel.
+const QString kPanels = QStringLiteral(
+    "Array.from(document.querySelectorAll('.panel')).map(p => p.dataset.address + ':' + "
+    "p.querySelector('.name').textContent + ':' + p.querySelector('.rfa').dataset.level + ':' + "
+    "p.querySelector('.state').textContent).join('|')");
+
+} // namespace
+
+class TestDashboard : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void http_data();
+    void http();
+    void webSocketNeedsTheToken();
+    void clientThatNeverReadsIsDropped();
+    void browserShowsLiveState();
+
+private:
+    FakeReceiverBus *m_bus = nullptr;
+    FeedHub *m_hub = nullptr;
+    quint16 m_port = 0;
+    ReceiverStatus m_vox = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü <b>"));
+};
+
+void TestDashboard::init()
+{
+    m_bus = new FakeReceiverBus;
+    FeedOptions options;
+    options.webPort = m_port = freePort();
+    options.webToken = kToken;
+    m_hub = attachFeeds(options, m_bus);
+    QVERIFY(m_hub->dashboard());
+    QCOMPARE(m_hub->statusText(), QStringLiteral("Web: http://127.0.0.1:%1/?token=tok-42").arg(m_port));
+    m_bus->replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), m_vox});
+}
+
+void TestDashboard::cleanup()
+{
+    delete m_bus;
+}
+
+void TestDashboard::http_data()
+{
+    QTest::addColumn<QByteArray>("request");
+    QTest::addColumn<QByteArray>("expected"); // the start of the answer
+    QTest::addColumn<bool>("hasBody");
+
+    QTest::newRow("no token") << QByteArray("GET / HTTP/1.1\r\nHost: x\r\n\r\n") << QByteArray("HTTP/1.1 403")
+                              << false;
+    QTest::newRow("wrong token") << QByteArray("GET /?token=tok-43 HTTP/1.1\r\nHost: x\r\n\r\n")
+                                 << QByteArray("HTTP/1.1 403") << false;
+    QTest::newRow("token prefix") << QByteArray("GET /?token=tok HTTP/1.1\r\nHost: x\r\n\r\n")
+                                  << QByteArray("HTTP/1.1 403") << false;
+    QTest::newRow("page") << QByteArray("GET /?token=tok-42 HTTP/1.1\r\nHost: x\r\n\r\n")
+                          << QByteArray("HTTP/1.1 200") << true;
+    QTest::newRow("other path") << QByteArray("GET /etc/passwd?token=tok-42 HTTP/1.1\r\nHost: x\r\n\r\n")
+                                << QByteArray("HTTP/1.1 404") << false;
+    QTest::newRow("websocket without token") << upgradeRequest("/ws") << QByteArray("HTTP/1.1 403") << false;
+    QTest::newRow("malformed") << QByteArray("\x01\x02 GARBAGE\r\n\r\n\r\n", 16) << QByteArray() << false;
+}
+
+void TestDashboard::http()
+{
+    QFETCH(QByteArray, request);
+    QFETCH(QByteArray, expected);
+    QFETCH(bool, hasBody);
+    const QByteArray answer = exchange(m_port, request);
+    QVERIFY2(answer.startsWith(expected), answer.constData());
+    const qsizetype bodyStart = answer.indexOf("\r\n\r\n");
+    const QByteArray body = bodyStart < 0 ? QByteArray() : answer.mid(bodyStart + 4);
+    QCOMPARE(!body.isEmpty(), hasBody);
+    if (hasBody)
+        QVERIFY(body.contains("new WebSocket(") && body.contains("<style>*"));
+    // Whatever came before, the server still serves.
+    QVERIFY(exchange(m_port, "GET /?token=tok-42 HTTP/1.1\r\nHost: x\r\n\r\n").startsWith("HTTP/1.1 200"));
+}
+
+void TestDashboard::webSocketNeedsTheToken()
+{
+    QWebSocket wrong, right;
+    QStringList wrongGot, rightGot;
+    connect(&wrong, &QWebSocket::textMessageReceived, this, [&](const QString &t) { wrongGot << t; });
+    connect(&right, &QWebSocket::textMessageReceived, this, [&](const QString &t) { rightGot << t; });
+    wrong.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=nope").arg(m_port)));
+    right.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=%2").arg(m_port).arg(kToken)));
+    QTRY_COMPARE(rightGot.size(), 1);
+    const QJsonObject snapshot = QJsonDocument::fromJson(rightGot[0].toUtf8()).object();
+    QCOMPARE(snapshot["bus"].toString(), QStringLiteral("COM1"));
+    QCOMPARE(snapshot["receivers"][1]["name"].toString(), m_vox.name);
+    QTRY_COMPARE(wrong.state(), QAbstractSocket::UnconnectedState);
+    QVERIFY(wrongGot.isEmpty());
+}
+
+void TestDashboard::clientThatNeverReadsIsDropped()
+{
+    QTcpSocket stuck;
+    stuck.setReadBufferSize(1);
+    stuck.connectToHost(QHostAddress::LocalHost, m_port);
+    QVERIFY(stuck.waitForConnected(3000));
+    stuck.write(upgradeRequest("/ws?token=" + kToken.toLatin1()));
+    QWebSocket reader;
+    int readerGot = 0;
+    connect(&reader, &QWebSocket::textMessageReceived, this, [&] { ++readerGot; });
+    reader.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=%2").arg(m_port).arg(kToken)));
+    QTRY_COMPARE(m_hub->dashboard()->clientCount(), 2);
+
+    // Long names make every flush large; the stuck client's queue fills.
+    QList<ReceiverStatus> all;
+    for (int a = 1; a <= 64; ++a)
+        all << FakeReceiverBus::receiver(a, QString(200, QChar(0x263A)));
+    QElapsedTimer t;
+    t.start();
+    for (int step = 0; m_hub->dashboard()->droppedClients() == 0 && t.elapsed() < 60000; ++step) {
+        for (ReceiverStatus s : all) {
+            s.rfA = step % 99;
+            emit m_bus->levelsRead(s);
+        }
+        m_hub->dashboard()->flush();
+        QTest::qWait(2);
+    }
+    QCOMPARE(m_hub->dashboard()->droppedClients(), 1);
+    QCOMPARE(m_hub->dashboard()->clientCount(), 1);
+    QCOMPARE(reader.state(), QAbstractSocket::ConnectedState);
+    QVERIFY(readerGot > 1);
+}
+
+void TestDashboard::browserShowsLiveState()
+{
+    Browser browser;
+    QVERIFY(browser.open(QStringLiteral("http://127.0.0.1:%1/?token=%2").arg(m_port).arg(kToken)));
+    const QString vox = QStringLiteral("3:Vox \"1\" ü <b>:");
+    QTRY_COMPARE_WITH_TIMEOUT(browser.evaluate(kPanels), "1:Gtr:41:|" + vox + "43:", 30000);
+
+    ReceiverStatus louder = m_vox, gone = FakeReceiverBus::receiver(1, QStringLiteral("Gtr"));
+    louder.rfA = 77;
+    gone.online = false;
+    emit m_bus->levelsRead(louder);
+    emit m_bus->wentOffline(gone);
+    emit m_bus->passEnded(1);
+    QTRY_COMPARE_WITH_TIMEOUT(browser.evaluate(kPanels), "1:Gtr:41:offline|" + vox + "77:", 1000);
+}
+
+QTEST_GUILESS_MAIN(TestDashboard)
+#include "tst_dashboard.moc"
