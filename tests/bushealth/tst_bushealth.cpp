@@ -4,6 +4,7 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTableView>
 #include <QTest>
 
@@ -25,10 +26,18 @@ ExchangeRecord record(int address, ExchangeRecord::Result result, qint64 roundTr
     return r;
 }
 
-void feed(BusHealthStats &stats, int address, ExchangeRecord::Result result, int count, int replyChars = 12)
+// "3:ok*80 3:garbled*20 5:ok*100": exchanges by address, result and count;
+// "doubled" is a good reply twice the usual length.
+void feed(BusHealthStats &stats, const QString &script)
 {
-    for (int i = 0; i < count; ++i)
-        stats.add(record(address, result, 2, replyChars));
+    using R = ExchangeRecord::Result;
+    static const QHash<QString, R> kinds{
+        {"ok", R::Ok}, {"doubled", R::Ok}, {"garbled", R::Garbled}, {"none", R::NoReply}};
+    for (const QString &item : script.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        const QStringList parts = item.split(QRegularExpression(QStringLiteral("[:*]")));
+        for (int i = 0; i < parts[2].toInt(); ++i)
+            stats.add(record(parts[0].toInt(), kinds.value(parts[1]), 2, parts[1] == "doubled" ? 24 : 12));
+    }
 }
 
 } // namespace
@@ -81,39 +90,24 @@ void TestBusHealth::countersAndTimes()
 
 void TestBusHealth::duplicateAddress_data()
 {
-    QTest::addColumn<int>("ok3");
-    QTest::addColumn<int>("garbled3");
-    QTest::addColumn<int>("doubled3");
-    QTest::addColumn<int>("timeouts3");
-    QTest::addColumn<int>("ok5");
-    QTest::addColumn<int>("garbled5");
-    QTest::addColumn<bool>("suspect");
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<bool>("suspect"); // address 3 flagged; 5 never is
 
-    QTest::newRow("clean line") << 100 << 0 << 0 << 0 << 100 << 0 << false;
-    QTest::newRow("garbled at one address") << 80 << 20 << 0 << 0 << 100 << 1 << true;
-    QTest::newRow("doubled at one address") << 85 << 0 << 15 << 0 << 100 << 0 << true;
-    QTest::newRow("noisy everywhere") << 80 << 20 << 0 << 0 << 80 << 20 << false;
-    QTest::newRow("too few exchanges") << 5 << 5 << 0 << 0 << 100 << 0 << false;
-    QTest::newRow("silence is not garbling") << 50 << 0 << 0 << 50 << 100 << 0 << false;
-    QTest::newRow("nothing to compare with") << 80 << 20 << 0 << 0 << 0 << 0 << false;
+    QTest::newRow("clean line") << "3:ok*100 5:ok*100" << false;
+    QTest::newRow("garbled at one address") << "3:ok*80 3:garbled*20 5:ok*100 5:garbled*1" << true;
+    QTest::newRow("doubled at one address") << "3:ok*85 3:doubled*15 5:ok*100" << true;
+    QTest::newRow("noisy everywhere") << "3:ok*80 3:garbled*20 5:ok*80 5:garbled*20" << false;
+    QTest::newRow("too few exchanges") << "3:ok*5 3:garbled*5 5:ok*100" << false;
+    QTest::newRow("silence is not garbling") << "3:ok*50 3:none*50 5:ok*100" << false;
+    QTest::newRow("nothing to compare with") << "3:ok*80 3:garbled*20" << false;
 }
 
 void TestBusHealth::duplicateAddress()
 {
-    QFETCH(int, ok3);
-    QFETCH(int, garbled3);
-    QFETCH(int, doubled3);
-    QFETCH(int, timeouts3);
-    QFETCH(int, ok5);
-    QFETCH(int, garbled5);
+    QFETCH(QString, script);
     QFETCH(bool, suspect);
     BusHealthStats stats;
-    feed(stats, 5, ExchangeRecord::Result::Ok, ok5);
-    feed(stats, 5, ExchangeRecord::Result::Garbled, garbled5);
-    feed(stats, 3, ExchangeRecord::Result::Ok, ok3);
-    feed(stats, 3, ExchangeRecord::Result::Ok, doubled3, 24);
-    feed(stats, 3, ExchangeRecord::Result::Garbled, garbled3);
-    feed(stats, 3, ExchangeRecord::Result::NoReply, timeouts3);
+    feed(stats, script);
     QCOMPARE(stats.suspectDuplicate(3), suspect);
     QVERIFY(!stats.suspectDuplicate(5));
 }
