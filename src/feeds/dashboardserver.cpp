@@ -3,6 +3,7 @@
 #include "feeds/statusjson.h"
 
 #include <QFile>
+#include <QHostInfo>
 #include <QHttpServerRequest>
 #include <QHttpServerResponder>
 #include <QJsonArray>
@@ -61,9 +62,9 @@ QString DashboardServer::url() const
 {
     if (m_port == 0)
         return {};
+    const bool everywhere = m_listenAddress == QHostAddress(QHostAddress::Any);
     return QStringLiteral("http://%1:%2/?token=%3")
-        .arg(m_listenAddress == QHostAddress(QHostAddress::Any) ? QStringLiteral("<this computer>")
-                                                                : QStringLiteral("127.0.0.1"))
+        .arg(everywhere ? QHostInfo::localHostName() : QStringLiteral("127.0.0.1"))
         .arg(m_port)
         .arg(m_token);
 }

@@ -125,6 +125,8 @@ void OscFeed::sendNow()
         if (s.online)
             online.append(s);
     }
+    if (online.isEmpty() && m_wentOffline.isEmpty())
+        return;
     const QByteArray bundle = encodeBundle(online, m_wentOffline.values());
     m_wentOffline.clear();
     m_limiter.markSent(0, m_clock.elapsed());
