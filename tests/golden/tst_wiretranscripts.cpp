@@ -92,7 +92,8 @@ void populate(SimBus &bus)
 // The program as main() wires it, on doubles: start-up, main screen, work loop.
 struct Session
 {
-    bool start()
+    // setup runs on the surroundings before the program starts.
+    bool start(const std::function<void(Session &)> &setup)
     {
         populate(bus);
         line.attachBus(1, &bus);
@@ -103,6 +104,8 @@ struct Session
                                                   {"Function", "ChangeBaudrate", "1"},
                                                   {"Function", "MainKOB", "1"}})
             settings.save(kAppName, section, key, value);
+        if (setup)
+            setup(*this);
         StartupViews views;
         views.showMainScreen = [this] {
             main = std::make_unique<FrmMain>(ctx);
@@ -229,148 +232,192 @@ struct Session
 };
 
 using Script = std::function<void(Session &)>;
-
-const std::map<QString, Script> &runs()
+struct Run
 {
-    static const std::map<QString, Script> table{
+    Script setup; // before start-up
+    Script script;
+};
+
+const std::map<QString, Run> &runs()
+{
+    static const std::map<QString, Run> table{
         {"startup",
-         [](Session &s) {
-             s.passes(2);
-             s.trigger(QStringLiteral("mnuExit")); // answered No: nothing goes out
-             s.passes(1);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.passes(2);
+              s.trigger(QStringLiteral("mnuExit")); // answered No: nothing goes out
+              s.passes(1);
+              s.exitProgram();
+          }}},
         {"polling",
-         [](Session &s) {
-             s.forgetStartup();
-             s.passes(2);
-             s.bus.receiver(2)->powered = false;
-             s.passes(2);
-             s.bus.receiver(2)->powered = true;
-             s.passes(1);
-             QTest::mouseClick(s.panel(1).nameLabel(), Qt::LeftButton);
-             s.passes(2);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              s.passes(2);
+              s.bus.receiver(2)->powered = false;
+              s.passes(2);
+              s.bus.receiver(2)->powered = true;
+              s.passes(1);
+              QTest::mouseClick(s.panel(1).nameLabel(), Qt::LeftButton);
+              s.passes(2);
+              s.exitProgram();
+          }}},
         {"detail-tuning",
-         [](Session &s) {
-             s.forgetStartup();
-             FrmMore &f = s.openDetail(0);
-             s.passes(2);
-             for (const char *button :
-                  {"cmdChanUp", "cmdChanUp", "cmdChanDown", "cmdGroupUp", "cmdGroupDown"})
-                 s.click(&f, QString::fromLatin1(button));
-             s.passes(1);
-             s.enter(f.settings().txtFreq, QStringLiteral("812.5"));
-             s.click(&f, QStringLiteral("cmdFreqUp"));
-             s.click(&f, QStringLiteral("Option2"));
-             s.click(&f, QStringLiteral("cmdFreqUp"));
-             s.click(&f, QStringLiteral("cmdFreqDown"));
-             s.passes(1);
-             s.click(&f, QStringLiteral("cmdExit"));
-             s.passes(1);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              FrmMore &f = s.openDetail(0);
+              s.passes(2);
+              for (const char *button :
+                   {"cmdChanUp", "cmdChanUp", "cmdChanDown", "cmdGroupUp", "cmdGroupDown"})
+                  s.click(&f, QString::fromLatin1(button));
+              s.passes(1);
+              s.enter(f.settings().txtFreq, QStringLiteral("812.5"));
+              s.click(&f, QStringLiteral("cmdFreqUp"));
+              s.click(&f, QStringLiteral("Option2"));
+              s.click(&f, QStringLiteral("cmdFreqUp"));
+              s.click(&f, QStringLiteral("cmdFreqDown"));
+              s.passes(1);
+              s.click(&f, QStringLiteral("cmdExit"));
+              s.passes(1);
+              s.exitProgram();
+          }}},
         {"detail-controls",
-         [](Session &s) {
-             s.forgetStartup();
-             FrmMore &f = s.openDetail(2);
-             s.passes(1);
-             s.dialogs.queueAnswer(MessageAnswer::Yes);
-             s.enter(f.settings().txtAddr, QStringLiteral("9"));
-             s.enter(f.settings().txtRName, QStringLiteral("LEAD"));
-             s.passes(1);
-             s.hold(f, QStringLiteral("cmdSQinc"), 6);
-             s.hold(f, QStringLiteral("cmdSQdec"), 1); // a short click
-             s.click(&f, QStringLiteral("Mute"));
-             s.click(&f, QStringLiteral("Mute"));
-             s.click(&f, QStringLiteral("cmdKob"));
-             s.passes(1);
-             s.click(&f, QStringLiteral("cmdExit"));
-             s.passes(1);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              FrmMore &f = s.openDetail(2);
+              s.passes(1);
+              s.dialogs.queueAnswer(MessageAnswer::Yes);
+              s.enter(f.settings().txtAddr, QStringLiteral("9"));
+              s.enter(f.settings().txtRName, QStringLiteral("LEAD"));
+              s.passes(1);
+              s.hold(f, QStringLiteral("cmdSQinc"), 6);
+              s.hold(f, QStringLiteral("cmdSQdec"), 1); // a short click
+              s.click(&f, QStringLiteral("Mute"));
+              s.click(&f, QStringLiteral("Mute"));
+              s.click(&f, QStringLiteral("cmdKob"));
+              s.passes(1);
+              s.click(&f, QStringLiteral("cmdExit"));
+              s.passes(1);
+              s.exitProgram();
+          }}},
         {"spectrum",
-         [](Session &s) {
-             s.forgetStartup();
-             FrmMore &f = s.openDetail(2);
-             s.passes(1);
-             f.tabs()->setCurrentIndex(1);
-             s.click(&f, QStringLiteral("optSingle"));
-             s.click(&f, QStringLiteral("Option3"));
-             s.click(&f, QStringLiteral("SP_Run"));
-             for (int pass = 0; pass < 40 && s.ctx.state.WorkMode == 3; ++pass)
-                 s.passes(1);
-             QCOMPARE(s.ctx.state.WorkMode, 2);
-             s.click(&f, QStringLiteral("SP_Peak"));
-             s.click(&f, QStringLiteral("SP_Peak_Next"));
-             s.click(&f, QStringLiteral("cmdNext"));
-             s.passes(1);
-             s.click(&f, QStringLiteral("cmdExit"));
-             s.passes(1);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              FrmMore &f = s.openDetail(2);
+              s.passes(1);
+              f.tabs()->setCurrentIndex(1);
+              s.click(&f, QStringLiteral("optSingle"));
+              s.click(&f, QStringLiteral("Option3"));
+              s.click(&f, QStringLiteral("SP_Run"));
+              for (int pass = 0; pass < 40 && s.ctx.state.WorkMode == 3; ++pass)
+                  s.passes(1);
+              QCOMPARE(s.ctx.state.WorkMode, 2);
+              s.click(&f, QStringLiteral("SP_Peak"));
+              s.click(&f, QStringLiteral("SP_Peak_Next"));
+              s.click(&f, QStringLiteral("cmdNext"));
+              s.click(&f, QStringLiteral("cmdPrev"));
+              s.passes(1);
+              s.click(&f, QStringLiteral("cmdExit"));
+              s.passes(1);
+              s.exitProgram();
+          }}},
         {"recorder",
-         [](Session &s) {
-             s.forgetStartup();
-             FrmMore &f = s.openDetail(0);
-             f.tabs()->setCurrentIndex(2);
-             s.click(&f, QStringLiteral("OptHigh"));
-             s.click(&f, QStringLiteral("RF_Run"));
-             s.passes(6);
-             s.click(&f, QStringLiteral("RF_Stop"));
-             s.passes(1);
-             s.click(&f, QStringLiteral("cmdExit"));
-             s.passes(1);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              FrmMore &f = s.openDetail(0);
+              f.tabs()->setCurrentIndex(2);
+              s.click(&f, QStringLiteral("OptHigh"));
+              s.click(&f, QStringLiteral("RF_Run"));
+              s.passes(6);
+              s.click(&f, QStringLiteral("RF_Stop"));
+              s.passes(1);
+              s.click(&f, QStringLiteral("cmdExit"));
+              s.passes(1);
+              s.exitProgram();
+          }}},
         {"settings-load",
-         [](Session &s) {
-             s.forgetStartup();
-             QTemporaryDir dir;
-             QFile file(dir.filePath(QStringLiteral("stage.zun")));
-             QVERIFY(file.open(QIODevice::WriteOnly));
-             file.write("1,\"LEAD\",3,4,\"7A12\",\"7B00\",25,48,0,-1\r\n"
-                        "5,\"BASS\",1,2,\"72C4\",\"7300\",30,32,-1,0\r\n"
-                        "9,\"NOBODY\",1,1,\"72BA\",\"72BA\",20,48,0,0\r\n");
-             file.close();
-             s.dialogs.queueFileName(file.fileName());
-             s.trigger(QStringLiteral("mnuLoad"));
-             s.passes(1);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              QTemporaryDir dir;
+              QFile file(dir.filePath(QStringLiteral("stage.zun")));
+              QVERIFY(file.open(QIODevice::WriteOnly));
+              file.write("1,\"LEAD\",3,4,\"7A12\",\"7B00\",25,48,0,-1\r\n"
+                         "5,\"BASS\",1,2,\"72C4\",\"7300\",30,32,-1,0\r\n"
+                         "9,\"NOBODY\",1,1,\"72BA\",\"72BA\",20,48,0,0\r\n");
+              file.close();
+              s.dialogs.queueFileName(file.fileName());
+              s.trigger(QStringLiteral("mnuLoad"));
+              s.passes(1);
+              s.exitProgram();
+          }}},
         {"display-mode",
-         [](Session &s) {
-             s.forgetStartup();
-             for (const char *item :
-                  {"mnu_PM_GCH", "mnu_PM_Frq", "mnu_PM_SQ", "mnu_PM_Rname", "mnu_PM_Addr", "mnu_PM_VOL"}) {
-                 s.main->popupMenu()->findChild<QAction *>(QString::fromLatin1(item))->trigger();
-                 s.passes(1);
-             }
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              for (const char *item :
+                   {"mnu_PM_GCH", "mnu_PM_Frq", "mnu_PM_SQ", "mnu_PM_Rname", "mnu_PM_Addr", "mnu_PM_VOL"}) {
+                  s.main->popupMenu()->findChild<QAction *>(QString::fromLatin1(item))->trigger();
+                  s.passes(1);
+              }
+              s.exitProgram();
+          }}},
         {"panel-clicks",
-         [](Session &s) {
-             s.forgetStartup();
-             QTest::mouseClick(s.panel(0).muteButton(), Qt::LeftButton);
-             s.passes(1);
-             QTest::mouseClick(s.panel(0).muteButton(), Qt::LeftButton);
-             QTest::mouseClick(s.panel(1).pilotSign(), Qt::LeftButton);
-             s.passes(1);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              QTest::mouseClick(s.panel(0).muteButton(), Qt::LeftButton);
+              s.passes(1);
+              QTest::mouseClick(s.panel(0).muteButton(), Qt::LeftButton);
+              QTest::mouseClick(s.panel(1).pilotSign(), Qt::LeftButton);
+              s.passes(1);
+              s.exitProgram();
+          }}},
         {"menus",
-         [](Session &s) {
-             s.forgetStartup();
-             s.trigger(QStringLiteral("mnuReconnect"));
-             s.passes(1);
-             s.dialogs.queueInput(QStringLiteral("38400"));
-             s.trigger(QStringLiteral("mnuBaud1"));
-             s.passes(1);
-             s.trigger(QStringLiteral("mnuAuto"));
-             s.passes(1);
-             s.exitProgram();
-         }},
+         {{},
+          [](Session &s) {
+              s.forgetStartup();
+              s.trigger(QStringLiteral("mnuReconnect"));
+              s.passes(1);
+              s.dialogs.queueInput(QStringLiteral("38400"));
+              s.trigger(QStringLiteral("mnuBaud1"));
+              s.passes(1);
+              s.trigger(QStringLiteral("mnuAuto"));
+              s.passes(1);
+              s.exitProgram();
+          }}},
+        {"port-search",
+         {[](Session &s) {
+              // The stored port is there but silent; the receivers sit on COM1.
+              s.settings.save(kAppName, QStringLiteral("MSComm"), QStringLiteral("CommPort"),
+                              QStringLiteral("2"));
+              s.line.attachBus(2, nullptr);
+          },
+          [](Session &s) {
+              s.passes(1);
+              s.exitProgram();
+          }}},
+        {"odd-replies",
+         {[](Session &s) {
+              SimReceiver odd;
+              odd.address = 7;
+              odd.name = "M\xC4RZ  ";
+              s.bus.addReceiver(odd);
+          },
+          [](Session &s) {
+              s.forgetStartup();
+              s.passes(1);
+              s.bus.scriptFaults(1, SimFault::Garbled);
+              s.bus.scriptFaults(5, SimFault::Late);
+              s.passes(2);
+              QTest::mouseClick(s.panel(0).nameLabel(), Qt::LeftButton);
+              s.passes(1);
+              s.exitProgram();
+          }}},
     };
     return table;
 }
@@ -414,8 +461,8 @@ private slots:
     {
         QFETCH(QString, run);
         Session session;
-        QVERIFY(session.start());
-        runs().at(run)(session);
+        QVERIFY(session.start(runs().at(run).setup));
+        runs().at(run).script(session);
         if (QTest::currentTestFailed())
             return;
         QCOMPARE(session.ended, 1);
