@@ -154,14 +154,18 @@ struct Session
         const QPoint at = qobject_cast<QRadioButton *>(w) ? QPoint(6, w->height() / 2) : w->rect().center();
         QTest::mouseClick(w, Qt::LeftButton, {}, at);
     }
-    // Press and hold: the release comes with the n-th DoEvents the handler runs.
-    void hold(FrmMore &f, const QString &name, int releaseAtCall)
+    // Press and hold: the release comes with the first DoEvents the handler
+    // runs once the button was held this long on the virtual clock.
+    void hold(FrmMore &f, const QString &name, int heldMillis)
     {
         auto *b = in<QPushButton>(&f, name);
-        desktop.calls = 0;
-        desktop.script = [b, releaseAtCall](int call) {
-            if (call == releaseAtCall)
+        const std::uint64_t releaseAt = clock.nowMicros() + heldMillis * 1000ull;
+        bool released = false;
+        desktop.script = [&, b](int) {
+            if (!released && clock.nowMicros() >= releaseAt) {
+                released = true;
                 QTest::mouseRelease(b, Qt::LeftButton);
+            }
         };
         QTest::mousePress(b, Qt::LeftButton);
         desktop.script = nullptr;
@@ -292,8 +296,8 @@ const std::map<QString, Run> &runs()
               s.enter(f.settings().txtAddr, QStringLiteral("9"));
               s.enter(f.settings().txtRName, QStringLiteral("LEAD"));
               s.passes(1);
-              s.hold(f, QStringLiteral("cmdSQinc"), 6);
-              s.hold(f, QStringLiteral("cmdSQdec"), 1); // a short click
+              s.hold(f, QStringLiteral("cmdSQinc"), 500);
+              s.hold(f, QStringLiteral("cmdSQdec"), 0); // a short click
               s.click(&f, QStringLiteral("Mute"));
               s.click(&f, QStringLiteral("Mute"));
               s.click(&f, QStringLiteral("cmdKob"));
@@ -312,9 +316,7 @@ const std::map<QString, Run> &runs()
               s.click(&f, QStringLiteral("optSingle"));
               s.click(&f, QStringLiteral("Option3"));
               s.click(&f, QStringLiteral("SP_Run"));
-              for (int pass = 0; pass < 40 && s.ctx.state.WorkMode == 3; ++pass)
-                  s.passes(1);
-              QCOMPARE(s.ctx.state.WorkMode, 2);
+              s.passes(12); // 11 points of the sweep, then the detail read again
               s.click(&f, QStringLiteral("SP_Peak"));
               s.click(&f, QStringLiteral("SP_Peak_Next"));
               s.click(&f, QStringLiteral("cmdNext"));
