@@ -353,12 +353,12 @@ private slots:
                                            << "Line 2";
         QTest::newRow("address out of range")
             << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << "Line 1";
-        QTest::newRow("squelch out of range") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",100,0,0,0\r\n"
-                                              << "Line 2";
+        QTest::newRow("squelch beyond a byte") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",256,0,0,0\r\n"
+                                               << "Line 2";
         QTest::newRow("flag neither 0 nor -1") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",30,0,2,0\r\n"
                                                << "Line 2";
-        QTest::newRow("frequency not hex") << kGoodLine + "7,\"X\",1,2,\"72G2\",\"72F2\",30,0,0,0\r\n"
-                                           << "Line 2";
+        QTest::newRow("frequency not in quotes") << kGoodLine + "7,\"X\",1,2,72F2,\"72F2\",30,0,0,0\r\n"
+                                                 << "Line 2";
         QTest::newRow("unterminated quote")
             << kGoodLine + kGoodLine + "7,\"X,1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
             << "Line 3";
