@@ -16,6 +16,7 @@
 #include "mainscreen/imagesign.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
+#include "mainscreen/startupwindows.h"
 #include "rftools/recordertab.h"
 #include "rftools/scantab.h"
 
@@ -106,21 +107,17 @@ struct Session
             settings.save(kAppName, section, key, value);
         if (setup)
             setup(*this);
-        StartupViews views;
-        views.showMainScreen = [this] {
-            main = std::make_unique<FrmMain>(ctx);
-            main->show();
-            main->load();
-        };
         ctx.endProgram = [this] { ++ended; };
-        if (!startProgram(ctx, views))
+        windows = std::make_unique<StartupWindows>(ctx);
+        if (!startProgram(ctx, windows->views()))
             return false;
+        main = windows->mainWindow();
         main->installSteps(loop);
         return true;
     }
     ~Session()
     {
-        main.reset();
+        windows.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
@@ -231,7 +228,8 @@ struct Session
     test::ScriptedDesktop desktop;
     Context ctx{Platform{clock, line, settings, dialogs, desktop}};
     WorkLoop loop{ctx.state};
-    std::unique_ptr<FrmMain> main;
+    std::unique_ptr<StartupWindows> windows;
+    FrmMain *main = nullptr;
     int ended = 0;
 };
 
