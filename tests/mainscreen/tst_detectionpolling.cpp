@@ -7,6 +7,7 @@
 #include "mainscreen/rcvpanel.h"
 #include "support/testbed.h"
 
+#include <QLabel>
 #include <QTest>
 #include <QToolButton>
 
@@ -119,6 +120,13 @@ private slots:
         FrmMain main(bed.ctx);
         main.load();
         QVERIFY(ReadAllAD(bed.ctx, main));
+        // On air (RF full) with a battery reading of 0x16: past 20 samples the
+        // battery shows, and it keeps its average through the recovery below.
+        const QString onAir = QStringLiteral("$0700FFFF16\r");
+        for (int k = 0; k < 21; ++k)
+            main.UpdateRcvPanel(1, onAir);
+        const QString battery = main.panel(1)->batteryLabel()->text();
+        QVERIFY(battery != "OFF");
 
         bus.receiver(7)->powered = false;
         bed.line.clearWritten();
@@ -149,6 +157,8 @@ private slots:
         main.nameClicked(1);
         QCOMPARE(bed.ctx.state.selectedReceiver, 1);
         QVERIFY(bed.ctx.state.receivers[1].online && offline->moreButton()->isEnabled());
+        main.UpdateRcvPanel(1, onAir);
+        QCOMPARE(offline->batteryLabel()->text(), battery);
         bed.line.clearWritten();
         ReadAllAD(bed.ctx, main);
         QCOMPARE(bed.framesSent("%07N").size(), 1);
