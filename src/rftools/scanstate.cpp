@@ -10,6 +10,7 @@ void ScanState::setPointCount(int n)
     pointCount = std::clamp(n, 0, kMaxPointCount);
     levels.assign(static_cast<std::size_t>(pointCount) + 1, 0);
     peakOrder.assign(static_cast<std::size_t>(pointCount) + 1, 0);
+    holds.resize(pointCount);
     scanIndex = std::min(scanIndex, pointCount);
     peakCursor = std::min(peakCursor, pointCount);
     peakListValid = false;
@@ -33,8 +34,10 @@ int ScanState::xOf(int index) const
 void ScanState::storeLevel()
 {
     level = std::max(rfA, rfB);
-    if (scanIndex >= 0 && scanIndex <= pointCount)
+    if (scanIndex >= 0 && scanIndex <= pointCount) {
         levels[scanIndex] = static_cast<std::int16_t>(level < 1 ? 1 : level);
+        holds.record(scanIndex, levels[scanIndex]);
+    }
 }
 
 bool ScanState::stopReached(SweepMode mode) const
@@ -69,6 +72,7 @@ void ScanState::clear()
     cursorY = geometry.baseLine;
     scanIndex = 0;
     timer.clear();
+    holds.clear();
 }
 
 void ScanState::moveCursorTo(int index)
