@@ -49,15 +49,16 @@ std::vector<ScanPoint> ScanFiles::tracePoints(int trace) const
 {
     const double start = m_host.bandStart();
     std::vector<ScanPoint> points;
-    auto take = [&](const std::vector<std::int16_t> &levels, int absent) {
-        for (std::size_t i = 0; i < levels.size(); ++i)
-            if (levels[i] != absent)
-                points.push_back({pointFrequency(start, static_cast<int>(i)), levelToDbm(levels[i])});
-    };
-    if (trace == MaxHold || trace == MinHold)
-        take(m_state.holds.trace(trace == MaxHold ? HoldTraces::Max : HoldTraces::Min), HoldTraces::kNone);
-    else
-        take(m_state.levels, 0); // 0 is a point never measured since Clear
+    const bool hold = trace == MaxHold || trace == MinHold;
+    const auto &levels =
+        hold ? m_state.holds.trace(trace == MaxHold ? HoldTraces::Max : HoldTraces::Min) : m_state.levels;
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        // The floor a coarse step fills in ahead of the sweep was never measured.
+        const bool taken =
+            hold ? levels[i] != HoldTraces::kNone : i < m_state.measured.size() && m_state.measured[i];
+        if (taken)
+            points.push_back({pointFrequency(start, static_cast<int>(i)), levelToDbm(levels[i])});
+    }
     return points;
 }
 

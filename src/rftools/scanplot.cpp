@@ -107,24 +107,17 @@ void SpectrumPlot::drawHolds(int last, double xScale)
         const auto &trace = m_holds->trace(kind);
         const QRgb color = (kind == HoldTraces::Max ? traceColors::kMaxHold : traceColors::kMinHold).rgb();
         const int end = std::min(last, static_cast<int>(trace.size()) - 1);
-        // Runs of held points are joined; a point never measured breaks the line.
+        // Held points are joined across the points a coarser step skipped.
         m_runPoints.clear();
-        auto flush = [&] {
-            if (m_runPoints.size() == 1)
-                rasterLine(m_shown, m_runPoints.front(), m_runPoints.front() + QPoint(1, 0), color);
-            else
-                rasterPolyline(m_shown, m_runPoints.data(), static_cast<int>(m_runPoints.size()), color);
-            m_runPoints.clear();
-        };
         for (int i = 0; i <= end; ++i) {
             const int v = trace[static_cast<std::size_t>(i)];
-            if (v == HoldTraces::kNone) {
-                flush();
-                continue;
-            }
-            m_runPoints.push_back(toDevice(static_cast<int>(std::floor(i * xScale)), g.levelY(v)));
+            if (v != HoldTraces::kNone)
+                m_runPoints.push_back(toDevice(static_cast<int>(std::floor(i * xScale)), g.levelY(v)));
         }
-        flush();
+        if (m_runPoints.size() == 1)
+            rasterLine(m_shown, m_runPoints.front(), m_runPoints.front() + QPoint(1, 0), color);
+        else
+            rasterPolyline(m_shown, m_runPoints.data(), static_cast<int>(m_runPoints.size()), color);
     }
 }
 

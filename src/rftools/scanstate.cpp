@@ -11,6 +11,7 @@ void ScanState::setPointCount(int n)
     levels.assign(static_cast<std::size_t>(pointCount) + 1, 0);
     peakOrder.assign(static_cast<std::size_t>(pointCount) + 1, 0);
     holds.resize(pointCount);
+    measured.assign(static_cast<std::size_t>(pointCount) + 1, 0);
     scanIndex = std::min(scanIndex, pointCount);
     peakCursor = std::min(peakCursor, pointCount);
     peakListValid = false;
@@ -36,6 +37,7 @@ void ScanState::storeLevel()
     level = std::max(rfA, rfB);
     if (scanIndex >= 0 && scanIndex <= pointCount) {
         levels[scanIndex] = static_cast<std::int16_t>(level < 1 ? 1 : level);
+        measured[static_cast<std::size_t>(scanIndex)] = 1;
         holds.record(scanIndex, levels[scanIndex]);
     }
 }
@@ -73,6 +75,7 @@ void ScanState::clear()
     scanIndex = 0;
     timer.clear();
     holds.clear();
+    std::fill(measured.begin(), measured.end(), 0);
 }
 
 void ScanState::moveCursorTo(int index)

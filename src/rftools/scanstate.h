@@ -7,6 +7,7 @@
 
 #include <QPointF>
 
+#include <cstdint>
 #include <vector>
 
 namespace zun {
@@ -48,8 +49,9 @@ struct ScanState
     bool peakListValid = false;
     RunTimer timer;
 
-    HoldTraces holds;         // kept from every measured point, emptied by Clear
-    ReferenceTrace reference; // survives Clear: it is not this scan's data
+    std::vector<std::uint8_t> measured; // 1 where a reading was stored since Clear, not a floor fill
+    HoldTraces holds;                   // kept from every measured point, emptied by Clear
+    ReferenceTrace reference;           // survives Clear: it is not this scan's data
 
     // Form load: N from the receiver's band (out-of-range widths are cut to
     // what the arrays can hold), all points unmeasured.
