@@ -46,7 +46,7 @@ private slots:
         main.load();
         Monitoring &monitoring = *main.monitoring();
         FakeReceiverSource source;
-        connectMonitoring(&source, &monitoring.alarms(), &monitoring.showLog());
+        connectMonitoring(&source, monitoring);
 
         QTemporaryDir dir;
         const QString logPath = dir.filePath(QStringLiteral("show.csv"));
