@@ -22,10 +22,7 @@ QString conditionText(AlarmCondition condition)
     return {};
 }
 
-AlarmEngine::AlarmEngine(const Clock &clock, const LevelTable &levelTable, QObject *parent)
-    : QObject(parent), m_clock(clock), m_levelTable(levelTable)
-{
-}
+AlarmEngine::AlarmEngine(const Clock &clock, QObject *parent) : QObject(parent), m_clock(clock) {}
 
 void AlarmEngine::setSettings(const AlarmSettings &settings)
 {

@@ -42,7 +42,7 @@ class AlarmEngine : public QObject
 {
     Q_OBJECT
 public:
-    AlarmEngine(const Clock &clock, const LevelTable &levelTable, QObject *parent = nullptr);
+    explicit AlarmEngine(const Clock &clock, QObject *parent = nullptr);
 
     // A condition switched off clears its active alarms.
     void setSettings(const AlarmSettings &settings);
@@ -78,7 +78,7 @@ private:
     bool heldLongerThan(std::optional<std::uint64_t> &since, bool holding, double seconds) const;
 
     const Clock &m_clock;
-    const LevelTable &m_levelTable;
+    const LevelTable m_levelTable = buildLevelTable();
     AlarmSettings m_settings;
     QList<Alarm> m_alarms;
     QHash<int, Watch> m_watches; // by address

@@ -19,9 +19,9 @@ constexpr int kFlashMillis = 400;
 constexpr int kPanelCount = 64;
 } // namespace
 
-Monitoring::Monitoring(Context &ctx, FrmMain &mainWindow)
-    : QObject(&mainWindow), m_ctx(ctx), m_main(mainWindow), m_wallTime(ctx.platform.clock),
-      m_alarms(ctx.platform.clock, ctx.state.levelTable), m_showLog(m_wallTime)
+Monitoring::Monitoring(Context &ctx, FrmMain &mainWindow, std::function<int(int index)> addressOfPanel)
+    : QObject(&mainWindow), m_ctx(ctx), m_main(mainWindow), m_addressOfPanel(std::move(addressOfPanel)),
+      m_wallTime(ctx.platform.clock), m_alarms(ctx.platform.clock), m_showLog(m_wallTime)
 {
     m_alarms.setSettings(AlarmSettings::load(ctx.platform.settings));
     m_list = new AlarmListWindow(m_alarms, m_wallTime, &mainWindow);
@@ -172,9 +172,8 @@ void Monitoring::alarmRaised(int index)
 
 int Monitoring::panelIndexOf(int address) const
 {
-    const auto &receivers = m_ctx.state.receivers;
-    for (int i = 0; i < static_cast<int>(receivers.size()); ++i)
-        if (receivers[static_cast<std::size_t>(i)].address == address)
+    for (int i = 0; i < kPanelCount; ++i)
+        if (m_addressOfPanel(i) == address)
             return i;
     return -1;
 }
@@ -191,10 +190,9 @@ void Monitoring::flashTick()
 
 void Monitoring::acknowledgePanel(int index)
 {
-    const auto &receivers = m_ctx.state.receivers;
-    if (index < 0 || index >= static_cast<int>(receivers.size()))
+    const int address = m_addressOfPanel(index);
+    if (address <= 0)
         return;
-    const int address = receivers[static_cast<std::size_t>(index)].address;
     m_alarms.acknowledge(address);
     m_flashing.remove(address);
     if (RcvPanel *panel = m_main.panel(index))

@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QSet>
 
+#include <functional>
+
 class QAction;
 class QMenu;
 class QSoundEffect;
@@ -27,7 +29,8 @@ class Monitoring : public QObject
 {
     Q_OBJECT
 public:
-    Monitoring(Context &ctx, FrmMain &mainWindow);
+    // addressOfPanel gives the bus address behind a panel index (0 for none).
+    Monitoring(Context &ctx, FrmMain &mainWindow, std::function<int(int index)> addressOfPanel);
     ~Monitoring() override;
 
     AlarmEngine &alarms() { return m_alarms; }
@@ -52,6 +55,7 @@ private:
 
     Context &m_ctx;
     FrmMain &m_main;
+    std::function<int(int index)> m_addressOfPanel;
     WallTime m_wallTime;
     AlarmEngine m_alarms;
     ShowLog m_showLog;

@@ -36,8 +36,7 @@ QString describe(const Alarm &a)
 QStringList run(const QString &script, const AlarmSettings &settings = {})
 {
     VirtualClock clock;
-    const LevelTable table = buildLevelTable();
-    AlarmEngine engine(clock, table);
+    AlarmEngine engine(clock);
     engine.setSettings(settings);
     ReceiverStatus s = receiver();
     for (const QString &step : script.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
@@ -158,8 +157,7 @@ private slots:
     void acknowledgeStopsTheFlashOfOneReceiverOnly()
     {
         VirtualClock clock;
-        const LevelTable table = buildLevelTable();
-        AlarmEngine engine(clock, table);
+        AlarmEngine engine(clock);
         engine.onWentOffline(receiver(3));
         engine.onWentOffline(receiver(9));
         clock.advanceMillis(300);
