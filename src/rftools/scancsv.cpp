@@ -11,11 +11,11 @@ const QString kHeader = QStringLiteral("Frequency (MHz);Level (dBm)");
 // Half the last printed digit, so a band end written with three decimals still fits.
 constexpr double kBandSlack = 0.0005;
 
+// Only the decimal separator follows the locale; digits and sign stay ASCII
+// so that the file reads back anywhere.
 QString spreadsheetNumber(const QLocale &locale, double value, int decimals)
 {
-    QLocale plainDigits = locale;
-    plainDigits.setNumberOptions(QLocale::OmitGroupSeparator);
-    return plainDigits.toString(value, 'f', decimals);
+    return QString::number(value, 'f', decimals).replace(QLatin1Char('.'), locale.decimalPoint());
 }
 
 // Dot or comma decimals are both taken, so a file written under either locale reads back.
