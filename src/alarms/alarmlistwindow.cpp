@@ -39,6 +39,7 @@ void AlarmListWindow::alarmRaised(int index)
     if (index >= m_table->rowCount())
         m_table->setRowCount(index + 1);
     fillRow(index);
+    m_table->resizeColumnsToContents();
     m_table->scrollToBottom();
 }
 
