@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-serialport-dev libgl-dev
+packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libgl-dev
     qt6-httpserver-dev qt6-websockets-dev liblo-dev libmosquitto-dev mosquitto mosquitto-clients chromium)
 missing=()
 for p in "${packages[@]}"; do

@@ -1,5 +1,6 @@
 #include "mainscreen/frmmain.h"
 
+#include "alarms/monitoring.h"
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"
@@ -65,6 +66,9 @@ FrmMain::FrmMain(Context &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx
     m_timer1 = new QTimer(this);
     m_timer1->setObjectName(QStringLiteral("Timer1"));
     connect(m_timer1, &QTimer::timeout, this, &FrmMain::Timer1Tick);
+    m_monitoring = new Monitoring(ctx, *this, [this](int index) {
+        return validIndex(index) ? m_ctx.state.receivers[static_cast<std::size_t>(index)].address : 0;
+    });
     resize(1280, 760);
 }
 

@@ -15,6 +15,7 @@ class DropCounterPanel;
 class RecorderTab;
 class RfRecorder;
 class RfToolsHost;
+class ScanFiles;
 class SpectrumScan;
 class SpectrumTab;
 
@@ -61,6 +62,7 @@ public:
 
     SpectrumScan &spectrum() const { return *m_spectrum; }
     RfRecorder &recorderControl() const { return *m_recorder; }
+    ScanFiles &files() const { return *m_files; }
     const ScanState &scanState() const { return m_scan; }
     const RecorderState &recorderState() const { return m_recording; }
     const DropCounter &drops() const { return m_drops; }
@@ -78,6 +80,7 @@ private:
     DropCounterPanel *m_dropPanel;
     SpectrumScan *m_spectrum;
     RfRecorder *m_recorder;
+    ScanFiles *m_files;
 };
 
 // The squelch bar's span on the 0..99 scale: 7 levels either side of the
