@@ -5,16 +5,29 @@
 #include "platform/netaddress.h"
 #include "platform/portmap.h"
 
+#include <QDir>
+
 namespace zun {
 
 int setPortMapping(Context &ctx, PortMap &ports)
 {
     const int current = ctx.state.CommPort >= 1 && ctx.state.CommPort <= 8 ? ctx.state.CommPort : 1;
+    QString prompt = QStringLiteral("Map a serial port as COMn=DEVICE, where DEVICE is a device such as "
+                                    "/dev/serial/by-id/..., or tcp://HOST:PORT, or rfc2217://HOST:PORT. "
+                                    "COMn= alone removes the mapping.\n");
+    for (int n = 1; n <= PortMap::kPortCount; ++n) {
+        const QString target = ports.displayName(n);
+        if (!target.isEmpty())
+            prompt += QStringLiteral("\nCOM%1 = %2").arg(n).arg(target);
+    }
+    // The stable names of the adapters plugged in, to copy from.
+    const QStringList adapters =
+        QDir(QStringLiteral("/dev/serial/by-id")).entryList(QDir::System | QDir::Files);
+    for (const QString &adapter : adapters)
+        prompt += QStringLiteral("\nadapter: /dev/serial/by-id/") + adapter;
     const auto answer = ctx.platform.dialogs.inputBox(
-        QStringLiteral("Map a serial port as COMn=DEVICE, where DEVICE is a device such as "
-                       "/dev/serial/by-id/..., or tcp://HOST:PORT, or rfc2217://HOST:PORT. "
-                       "COMn= alone removes the mapping."),
-        QStringLiteral("Set port"), QStringLiteral("COM%1=%2").arg(current).arg(ports.displayName(current)));
+        prompt, QStringLiteral("Set port"),
+        QStringLiteral("COM%1=%2").arg(current).arg(ports.displayName(current)));
     if (!answer)
         return 0;
     return applyPortMapping(ctx, ports, *answer);

@@ -27,6 +27,13 @@ int writeTimeoutMillis(qint64 bytes, qint32 baudRate)
 NetSerialLine::NetSerialLine(const PortMap &ports, int connectMillis)
     : m_ports(ports), m_connectMillis(connectMillis)
 {
+    // Only the far side ends a connection without close(): the server went
+    // away or the network between broke, as when an adapter is pulled.
+    QObject::connect(&m_socket, &QTcpSocket::disconnected, &m_socket, [this] {
+        if (m_address)
+            qWarning("Zunoria: lost the connection to %s",
+                     qPrintable(describe(m_portNumber, m_ports.mapping(m_portNumber))));
+    });
 }
 
 NetSerialLine::~NetSerialLine()
@@ -111,8 +118,8 @@ void NetSerialLine::settle(int baudReportsBefore)
 
 void NetSerialLine::close()
 {
-    m_socket.abort();
     m_address.reset();
+    m_socket.abort();
     m_input.clear();
     m_telnet = false;
 }
@@ -159,10 +166,7 @@ bool NetSerialLine::send(const QByteArray &bytes)
         return false;
     while (m_socket.bytesToWrite() > 0) {
         if (!m_socket.waitForBytesWritten(writeTimeoutMillis(m_socket.bytesToWrite(), m_settings.baudRate))) {
-            qWarning("Zunoria: lost the connection to %s: %s",
-                     qPrintable(describe(m_portNumber, m_ports.mapping(m_portNumber))),
-                     qPrintable(m_socket.errorString()));
-            m_socket.abort();
+            m_socket.abort(); // a stuck connection is a lost one
             return false;
         }
     }
