@@ -1,0 +1,35 @@
+#pragma once
+
+#include "core/startup.h"
+
+#include <memory>
+
+namespace zun {
+
+struct Context;
+class FrmMain;
+class PortMap;
+class frmSplash;
+
+// The windows start-up shows: the splash, then the main screen once its load
+// step (detection included) is done, so that while receivers are searched for
+// only the splash and the search progress are on screen.
+class StartupWindows
+{
+public:
+    // ports, when given, names the serial ports in the main screen's port menu.
+    explicit StartupWindows(Context &ctx, PortMap *ports = nullptr);
+    ~StartupWindows();
+
+    StartupViews views();
+    FrmMain *mainWindow() const { return m_main.get(); }
+    frmSplash *splash() const { return m_splash.get(); }
+
+private:
+    Context &m_ctx;
+    PortMap *m_ports;
+    std::unique_ptr<frmSplash> m_splash;
+    std::unique_ptr<FrmMain> m_main;
+};
+
+} // namespace zun
