@@ -7,14 +7,13 @@
 #include "mainscreen/polling.h"
 #include "platform/mappedserialline.h"
 #include "platform/portmap.h"
+#include "support/netsupport.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
@@ -28,29 +27,17 @@ using namespace zun;
 
 namespace {
 
+// Killed however the test ends.
 struct Child
 {
     ~Child() { stop(); }
     void stop()
     {
-        if (process.state() == QProcess::NotRunning)
-            return;
         process.kill();
         process.waitForFinished(3000);
     }
     QProcess process;
 };
-
-QString simulatorPath()
-{
-    return QFileInfo(QCoreApplication::applicationDirPath() + "/../src/zunoria-sim").canonicalFilePath();
-}
-
-quint16 freeLoopbackPort()
-{
-    QTcpServer probe;
-    return probe.listen(QHostAddress::LocalHost, 0) ? probe.serverPort() : 0;
-}
 
 bool acceptsConnections(quint16 port)
 {
@@ -60,31 +47,20 @@ bool acceptsConnections(quint16 port)
 }
 
 // The speed the far side set on the pseudo-terminal, as stty would show it.
-int ptySpeed(const QString &device)
+speed_t ptySpeed(const QString &device)
 {
     const int fd = ::open(QFile::encodeName(device).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
     termios t{};
     const bool ok = fd >= 0 && ::tcgetattr(fd, &t) == 0;
-    if (fd >= 0)
-        ::close(fd);
-    if (!ok)
-        return -1;
-    switch (cfgetospeed(&t)) {
-    case B9600:
-        return 9600;
-    case B115200:
-        return 115200;
-    default:
-        return 0;
-    }
+    ::close(fd);
+    return ok ? cfgetospeed(&t) : B0;
 }
 
 double cpuSeconds()
 {
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
-           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    rusage u{};
+    ::getrusage(RUSAGE_SELF, &u);
+    return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
 }
 
 class NoProgress final : public DetectionProgress
@@ -141,12 +117,11 @@ private slots:
         QFETCH(QString, scheme);
         QFETCH(QString, accepter);
         QFETCH(bool, portControl);
-        const QString program = simulatorPath();
-        QVERIFY2(!program.isEmpty(), "zunoria-sim is built before the tests, in <build>/src");
+        const QString program = QCoreApplication::applicationDirPath() + "/../src/zunoria-sim";
 
         Child sim;
         sim.process.start(program, {"--receivers", "3,7"});
-        QVERIFY(sim.process.waitForStarted(5000));
+        QVERIFY2(sim.process.waitForStarted(5000), qPrintable(program + ": " + sim.process.errorString()));
         QTRY_VERIFY_WITH_TIMEOUT(sim.process.canReadLine(), 5000);
         const QString device = QString::fromLocal8Bit(sim.process.readLine()).trimmed();
         QVERIFY2(device.startsWith("/dev/"), qPrintable(device));
@@ -233,7 +208,7 @@ private slots:
         // line the receivers switch and the server's port stays as it was.
         QVERIFY(changeBaudrate(ctx, "9600"));
         QVERIFY(line.isOpen());
-        QCOMPARE(ptySpeed(device), portControl ? 9600 : 115200);
+        QCOMPARE(ptySpeed(device), portControl ? B9600 : B115200);
         QCOMPARE(ctx.link.SendCommand("%07N\r", 12, reply, 250), portControl);
     }
 };
