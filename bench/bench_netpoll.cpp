@@ -130,8 +130,7 @@ int main(int argc, char *argv[])
 
     QTemporaryDir dir;
     // ser2net gathers serial input for some character times before it sends
-    // it on (its "chardelay"); the last row turns that off, which sends and
-    // wakes both ends once per byte.
+    // it on (its "chardelay"); the last row turns that off.
     for (const auto &[name, accepter, scheme, options] :
          {std::tuple{"ser2net raw, loopback TCP", "tcp", "tcp", ""},
           std::tuple{"ser2net RFC 2217, loopback TCP", "telnet(rfc2217),tcp", "rfc2217", ""},

@@ -4,6 +4,10 @@
 
 #include <QElapsedTimer>
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -191,10 +195,23 @@ void NetSerialLine::absorb(const QByteArray &bytes)
 // waited (a sleep, a UI handler) must count as waiting too.
 void NetSerialLine::pull()
 {
+    ackAtOnce();
     absorb(m_socket.readAll());
     for (int round = 0; round < 64 && isOpen() && m_socket.waitForReadyRead(0); ++round)
         absorb(m_socket.readAll());
     absorb(m_socket.readAll()); // what came with the end of the connection
+}
+
+// A server that sends a reply in pieces without TCP_NODELAY holds each piece
+// until the one before is acknowledged, and Linux delays acknowledgements by
+// up to 40 ms. Quick acknowledgement is not sticky; it is asked for again on
+// every read.
+void NetSerialLine::ackAtOnce()
+{
+    const int one = 1;
+    if (isOpen())
+        ::setsockopt(static_cast<int>(m_socket.socketDescriptor()), IPPROTO_TCP, TCP_QUICKACK, &one,
+                     sizeof one);
 }
 
 int NetSerialLine::bytesWaiting()

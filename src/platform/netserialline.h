@@ -47,6 +47,7 @@ public:
 private:
     bool send(const QByteArray &bytes);
     void pull();
+    void ackAtOnce();
     void absorb(const QByteArray &bytes);
     // Waits for the server's answers after the opening negotiation or a
     // speed change; bounded, never longer than the connect allowance.
