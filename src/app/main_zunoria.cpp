@@ -3,8 +3,8 @@
 #include "core/workloop.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/startupwindows.h"
+#include "platform/mappedserialline.h"
 #include "platform/portmap.h"
-#include "platform/qtserialline.h"
 #include "sim/demobus.h"
 #include "sim/simserialline.h"
 
@@ -14,6 +14,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -22,30 +23,60 @@ struct Options
 {
     bool demo = false;
     QStringList ports;
+    QString settingsFile;
 };
 
-Options parseArguments(const QApplication &app)
+Options parseArguments(const QCoreApplication &app)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Watches and adjusts wireless audio receivers on one serial line."));
+    parser.setApplicationDescription(QStringLiteral(
+        "Watches and adjusts wireless audio receivers on one serial line.\n\n"
+        "Serial ports COM1..COM8 map to devices by --port, else by the key Ports/COMn in\n"
+        "~/.config/KESTA_ZUN/KESTA_ZUN.ini, else to the serial ports present (USB adapters first).\n"
+        "A port may also be a serial server: tcp://HOST:PORT (raw) or rfc2217://HOST:PORT.\n"
+        "Example: zunoria --port COM1=/dev/serial/by-id/usb-FTDI_...-if00-port0"));
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption demo(QStringLiteral("demo"),
                                   QStringLiteral("Run on 64 built-in simulated receivers on COM1."));
     parser.addOption(demo);
     parser.addOption(zun::PortMap::commandLineOption());
+    parser.addPositionalArgument(QStringLiteral("file"),
+                                 QStringLiteral("A receiver settings file (.zun), offered for loading once "
+                                                "the receivers are found."),
+                                 QStringLiteral("[file]"));
     parser.process(app);
-    return {parser.isSet(demo), parser.values(QStringLiteral("port"))};
+    return {parser.isSet(demo), parser.values(QStringLiteral("port")), parser.positionalArguments().value(0)};
+}
+
+// Help and version must print on a console without a display.
+bool onlyPrints(int argc, char *argv[])
+{
+    for (int i = 1; i < argc; ++i)
+        for (const char *option : {"-h", "--help", "--help-all", "-v", "--version", "-?"})
+            if (std::strcmp(argv[i], option) == 0)
+                return true;
+    return false;
+}
+
+void nameApplication()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("Zunoria"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ZUN_VERSION));
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    if (onlyPrints(argc, argv)) {
+        QCoreApplication console(argc, argv);
+        nameApplication();
+        parseArguments(console); // prints and ends the process
+        return 0;
+    }
     QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("Zunoria"));
-    QApplication::setApplicationVersion(QStringLiteral("0.1"));
+    nameApplication();
     const Options options = parseArguments(app);
 
     zun::SystemClock clock;
@@ -71,7 +102,7 @@ int main(int argc, char *argv[])
             return 2;
         }
     }
-    zun::QtSerialLine realLine(portMap);
+    zun::MappedSerialLine realLine(portMap);
     zun::SimSerialLine demoLine(clock);
     const auto demoBus = zun::makeDemoBus(static_cast<std::uint64_t>(QDateTime::currentMSecsSinceEpoch()));
     demoLine.attachBus(1, demoBus.get());
@@ -82,9 +113,11 @@ int main(int argc, char *argv[])
     // Every setting is on disk the moment it is saved, so the process can end at once.
     ctx.endProgram = [] { std::_Exit(0); };
 
-    zun::StartupWindows windows(ctx);
+    zun::StartupWindows windows(ctx, &portMap);
     if (!zun::startProgram(ctx, windows.views()))
         return 1;
+    if (!options.settingsFile.isEmpty())
+        windows.mainWindow()->offerSettingsFile(options.settingsFile);
     windows.mainWindow()->installSteps(loop);
     loop.run();
     return 0;

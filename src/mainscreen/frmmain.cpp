@@ -7,18 +7,21 @@
 #include "detail/frmmore.h"
 #include "detail/tvregion.h"
 #include "link/detection.h"
+#include "link/portmapping.h"
 #include "link/ports.h"
 #include "mainscreen/frmabout.h"
 #include "mainscreen/frmchecknet.h"
 #include "mainscreen/imageresources.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
+#include "platform/portmap.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -134,6 +137,9 @@ void FrmMain::buildMenus()
         });
         m_mnuCom[n] = com;
     }
+    port->addSeparator();
+    connect(namedAction(port, QStringLiteral("Set port..."), QStringLiteral("mnuSetPort")),
+            &QAction::triggered, this, &FrmMain::mnuSetPortClicked);
 
     QMenu *baud = option->addMenu(QStringLiteral("Baud Rate"));
     baud->setObjectName(QStringLiteral("mnubaud"));
@@ -232,11 +238,27 @@ void FrmMain::UpdateLinkMenus()
     for (int n = 1; n <= 8; ++n) {
         m_mnuCom[n]->setChecked(false);
         m_mnuCom[n]->setEnabled(state.PortAvailable[n]);
+        const QString target = m_ports ? m_ports->displayName(n) : QString();
+        m_mnuCom[n]->setText(QStringLiteral("COM%1").arg(n) + (target.isEmpty() ? QString() : '\t' + target));
     }
     if (state.CommPort >= 1 && state.CommPort <= 8 && state.PortAvailable[state.CommPort])
         m_mnuCom[state.CommPort]->setChecked(true);
     m_mnuHide->setChecked(false);
     m_grid->setHideUnused(false, m_ctx.state.foundCount);
+    showLineNotice();
+}
+
+void FrmMain::showLineNotice()
+{
+    const QString notice = m_ctx.platform.line.takeNotice();
+    if (!notice.isEmpty())
+        statusBar()->showMessage(notice);
+}
+
+void FrmMain::mnuSetPortClicked()
+{
+    if (m_ports && setPortMapping(m_ctx, *m_ports) != 0)
+        UpdateLinkMenus();
 }
 
 void FrmMain::mnuBaud1Clicked()
@@ -246,6 +268,7 @@ void FrmMain::mnuBaud1Clicked()
         return;
     if (changeBaudrate(m_ctx, *answer))
         m_mnuBaud1->setText(QString::number(m_ctx.state.Baudrate));
+    showLineNotice();
 }
 
 bool FrmMain::checkCurrentPort()
@@ -292,6 +315,10 @@ void FrmMain::mnuReconnectClicked()
 {
     for (int i = 0; i < m_ctx.state.receiverCount(); ++i)
         DisableRcvPanel(i);
+    // A lost line (adapter pulled, server gone) comes back here, on the same port.
+    if (!m_ctx.platform.line.isOpen())
+        openLine(m_ctx);
+    showLineNotice();
     if (!checkCurrentPort())
         return;
     for (int i = 0; i < m_ctx.state.foundCount; ++i)

@@ -22,6 +22,7 @@ struct Context;
 class FrmMore;
 class Monitoring;
 class PanelGrid;
+class PortMap;
 class RcvPanel;
 class WorkLoop;
 class frmCheckNet;
@@ -36,6 +37,9 @@ public:
 
     // The load step: options, panels, detection, polling on.
     void load();
+    // The port names behind COM1..COM8; without them the port menu shows
+    // bare numbers and cannot map a port.
+    void setPortMap(PortMap *ports) { m_ports = ports; }
 
     // Hands the work loop its steps: main-screen polling and the detail window's work.
     void installSteps(WorkLoop &loop);
@@ -67,6 +71,8 @@ public:
     void mnuFullViewClicked();
     void mnuSaveClicked();
     void mnuLoadClicked();
+    // A settings file given at start (a double click on it): asked after detection.
+    void offerSettingsFile(const QString &path);
 
     void muteClicked(int index);
     void pilotClicked(int index);
@@ -95,6 +101,9 @@ private:
     void mnuAboutClicked();
     bool confirmExit();
     bool checkCurrentPort();
+    void mnuSetPortClicked();
+    void loadSettingsFile(const QString &path);
+    void showLineNotice();
     void refreshNameCaption(int index);
     bool validIndex(int index) const;
 
@@ -106,6 +115,7 @@ private:
     QMenu *m_popup = nullptr;
     QAction *m_mnuBaud1 = nullptr;
     std::array<QAction *, 9> m_mnuCom{}; // index 1..8
+    PortMap *m_ports = nullptr;
     QAction *m_mnuHide = nullptr;
     QAction *m_mnuFullView = nullptr;
     QPushButton *m_cmdPage1 = nullptr;

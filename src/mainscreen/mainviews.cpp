@@ -139,8 +139,24 @@ void FrmMain::mnuSaveClicked()
 void FrmMain::mnuLoadClicked()
 {
     const QString path = m_ctx.platform.dialogs.openFileName(kSettingsFilter);
-    if (path.isEmpty())
+    if (!path.isEmpty())
+        loadSettingsFile(path);
+}
+
+void FrmMain::offerSettingsFile(const QString &path)
+{
+    if (m_ctx.state.foundCount == 0) {
+        m_ctx.platform.dialogs.message(
+            QStringLiteral("No receivers were found, so the settings in %1 were not loaded.").arg(path));
         return;
+    }
+    if (m_ctx.platform.dialogs.message(QStringLiteral("Load the receiver settings from %1?").arg(path),
+                                       MessageButtons::YesNo) == MessageAnswer::Yes)
+        loadSettingsFile(path);
+}
+
+void FrmMain::loadSettingsFile(const QString &path)
+{
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         m_ctx.platform.dialogs.message(

@@ -6,7 +6,7 @@
 
 namespace zun {
 
-StartupWindows::StartupWindows(Context &ctx) : m_ctx(ctx) {}
+StartupWindows::StartupWindows(Context &ctx, PortMap *ports) : m_ctx(ctx), m_ports(ports) {}
 
 StartupWindows::~StartupWindows() = default;
 
@@ -20,6 +20,7 @@ StartupViews StartupWindows::views()
     };
     views.showMainScreen = [this] {
         m_main = std::make_unique<FrmMain>(m_ctx);
+        m_main->setPortMap(m_ports);
         // A form's load step runs before the form appears.
         m_main->load();
         m_main->show();

@@ -8,6 +8,7 @@ namespace zun {
 
 struct Context;
 class FrmMain;
+class PortMap;
 class frmSplash;
 
 // The windows start-up shows: the splash, then the main screen once its load
@@ -16,7 +17,8 @@ class frmSplash;
 class StartupWindows
 {
 public:
-    explicit StartupWindows(Context &ctx);
+    // ports, when given, names the serial ports in the main screen's port menu.
+    explicit StartupWindows(Context &ctx, PortMap *ports = nullptr);
     ~StartupWindows();
 
     StartupViews views();
@@ -25,6 +27,7 @@ public:
 
 private:
     Context &m_ctx;
+    PortMap *m_ports;
     std::unique_ptr<frmSplash> m_splash;
     std::unique_ptr<FrmMain> m_main;
 };

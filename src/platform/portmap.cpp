@@ -3,6 +3,7 @@
 #include "platform/settingsstore.h"
 
 #include <QCommandLineOption>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -20,7 +21,9 @@ const QString kStoreSection = QStringLiteral("Ports");
 // "ttyUSB0" is as good as "/dev/ttyUSB0" on the command line or in the store.
 QString absoluteDevice(const QString &device)
 {
-    return device.contains(QLatin1Char('/')) ? device : QStringLiteral("/dev/") + device;
+    return device.contains(QLatin1Char('/')) || looksLikeNetAddress(device)
+               ? device
+               : QStringLiteral("/dev/") + device;
 }
 
 QString portName(int n)
@@ -64,22 +67,66 @@ PortMap::PortMap(const SettingsStore &settings, Enumerator enumerate, QString co
 {
 }
 
-bool PortMap::addOverride(const QString &mapping)
+std::pair<int, QString> PortMap::parseMapping(const QString &mapping)
 {
-    static const QRegularExpression form(QStringLiteral("^\\s*COM([1-8])\\s*=\\s*(\\S.*?)\\s*$"),
+    static const QRegularExpression form(QStringLiteral("^\\s*COM([1-8])\\s*=\\s*(.*?)\\s*$"),
                                          QRegularExpression::CaseInsensitiveOption);
     const auto match = form.match(mapping);
     if (!match.hasMatch())
+        return {0, {}};
+    const QString target = match.captured(2);
+    return {match.captured(1).toInt(), target.isEmpty() ? target : absoluteDevice(target)};
+}
+
+bool PortMap::addOverride(const QString &mapping)
+{
+    const auto [n, target] = parseMapping(mapping);
+    if (n == 0 || target.isEmpty())
         return false;
-    m_overrides[match.captured(1).toInt()] = absoluteDevice(match.captured(2));
+    m_overrides[n] = target;
     return true;
+}
+
+void PortMap::setOverride(int n, const QString &target)
+{
+    if (n >= 1 && n <= kPortCount)
+        m_overrides[n] = target.trimmed().isEmpty() ? QString() : absoluteDevice(target.trimmed());
+}
+
+QString PortMap::mapping(int n) const
+{
+    return mappedPath(n, nullptr);
+}
+
+std::optional<NetAddress> PortMap::networkAddress(int n) const
+{
+    return parseNetAddress(mappedPath(n, nullptr));
+}
+
+QString PortMap::displayName(int n) const
+{
+    const QString target = mappedPath(n, nullptr);
+    if (target.isEmpty() || looksLikeNetAddress(target) || target.startsWith(QLatin1String("/dev/serial/")))
+        return target;
+    const QString stable = stableName(devicePath(n), QStringLiteral("/dev/serial/by-id"));
+    return stable.isEmpty() ? target : stable;
+}
+
+QString PortMap::stableName(const QString &device, const QString &byIdFolder)
+{
+    const QDir folder(byIdFolder);
+    const auto links = folder.entryInfoList(QDir::Files | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QFileInfo &link : links)
+        if (!device.isEmpty() && link.canonicalFilePath() == device)
+            return link.absoluteFilePath();
+    return {};
 }
 
 QString PortMap::devicePath(int n) const
 {
     const QString path = mappedPath(n, nullptr);
-    if (path.isEmpty())
-        return {};
+    if (path.isEmpty() || looksLikeNetAddress(path))
+        return path;
     // Qt names its lock file after the path it is given, so every alias of a
     // device must come down to the same name for the lock to mean anything.
     const QString real = QFileInfo(path).canonicalFilePath();
@@ -126,7 +173,8 @@ const QStringList &PortMap::candidates() const
 QCommandLineOption PortMap::commandLineOption()
 {
     return QCommandLineOption(QStringLiteral("port"),
-                              QStringLiteral("Use DEVICE for serial port COMn (n = 1..8); repeatable."),
+                              QStringLiteral("Use DEVICE for serial port COMn (n = 1..8); DEVICE is a device "
+                                             "path or tcp://HOST:PORT or rfc2217://HOST:PORT. Repeatable."),
                               QStringLiteral("COMn=DEVICE"));
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "platform/netaddress.h"
+
 #include <QString>
 #include <QStringList>
 
 #include <array>
 #include <functional>
 #include <optional>
+#include <utility>
 
 class QCommandLineOption;
 
@@ -37,6 +40,20 @@ public:
     // Takes "COM3=/dev/ttyUSB0" (later texts for the same n win). False,
     // and nothing changes, when the text is malformed.
     bool addOverride(const QString &mapping);
+    // "COM3=..." taken apart: the port number (0 when malformed) and the
+    // target as it will be used; an empty target ("COM3=") is allowed.
+    static std::pair<int, QString> parseMapping(const QString &mapping);
+    // What the user chose for port n during this run; it wins over the
+    // command line and the store. An empty target drops the choice.
+    void setOverride(int n, const QString &target);
+
+    // The target of port n as mapped (device path or network address),
+    // before symbolic links are resolved.
+    QString mapping(int n) const;
+    std::optional<NetAddress> networkAddress(int n) const;
+    // What the port menu shows: the network address, else the stable
+    // /dev/serial/by-id name of the device when there is one.
+    QString displayName(int n) const;
 
     // The device for port n with symbolic links resolved; empty when n is
     // out of range or nothing is mapped to it.
@@ -49,6 +66,8 @@ public:
     // USB adapters (ttyUSB, then ttyACM) before other ports, each by number;
     // names listed in consoles are dropped.
     static QStringList orderCandidates(const QStringList &devices, const QStringList &consoles);
+    // The /dev/serial/by-id link (in byIdFolder) that leads to device, or empty.
+    static QString stableName(const QString &device, const QString &byIdFolder);
 
 private:
     QString mappedPath(int n, Source *source) const;

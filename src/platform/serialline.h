@@ -38,6 +38,11 @@ public:
     // processes UI events nor spins; it may return early, so callers keep
     // their own deadline.
     virtual void waitForInput(int millis) = 0;
+
+    // A warning the user should see once, such as a serial server that
+    // cannot set the far port's speed; empty when there is none. Taking it
+    // clears it.
+    virtual QString takeNotice() { return {}; }
 };
 
 } // namespace zun

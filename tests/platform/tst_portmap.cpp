@@ -2,6 +2,7 @@
 #include "platform/settingsstore.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -123,6 +124,7 @@ private slots:
         QTest::newRow("lower case") << "com8=/dev/ttyACM1" << 8 << "/dev/ttyACM1";
         QTest::newRow("blanks") << "  COM1 = /dev/zun 1 " << 1 << "/dev/zun 1";
         QTest::newRow("bare name") << "COM2=ttyS4" << 2 << "/dev/ttyS4";
+        QTest::newRow("serial server") << "COM4=rfc2217://rack:2217" << 4 << "rfc2217://rack:2217";
         for (const char *bad : {"", "COM3", "COM3=  ", "COM0=/dev/x", "COM9=/dev/x", "PORT3=/dev/x",
                                 "COM3:/dev/x", "xCOM3=/dev/x"})
             QTest::newRow(bad[0] ? bad : "empty") << QString::fromLatin1(bad) << 0 << "";
@@ -142,6 +144,49 @@ private slots:
         }
         QVERIFY(map.addOverride("COM5=/dev/first") && map.addOverride("COM5=/dev/second"));
         QCOMPARE(map.devicePath(5), "/dev/second");
+    }
+
+    void networkAddress_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<int>("port");
+        QTest::newRow("raw") << "tcp://127.0.0.1:4001" << true << int(NetAddress::Kind::Raw) << "127.0.0.1"
+                             << 4001;
+        QTest::newRow("rfc2217, upper case") << " RFC2217://rack-1.stage:2000 " << true
+                                             << int(NetAddress::Kind::Rfc2217) << "rack-1.stage" << 2000;
+        QTest::newRow("IPv6") << "tcp://[::1]:65535" << true << int(NetAddress::Kind::Raw) << "::1" << 65535;
+        for (const char *bad : {"tcp://rack", "tcp://rack:0", "tcp://rack:65536", "udp://rack:1",
+                                "tcp://rack:1/x", "tcp://:1", "/dev/ttyUSB0"})
+            QTest::newRow(bad) << QString::fromLatin1(bad) << false << 0 << "" << 0;
+    }
+    void networkAddress()
+    {
+        QFETCH(QString, text);
+        QFETCH(bool, valid);
+        const auto address = parseNetAddress(text);
+        QCOMPARE(address.has_value(), valid);
+        if (!valid)
+            return;
+        QTEST(int(address->kind), "kind");
+        QTEST(address->host, "host");
+        QTEST(int(address->port), "port");
+    }
+
+    // The port menu shows the adapter's by-id name, however the port was mapped.
+    void stableName()
+    {
+        QDir().mkpath(m_dir.filePath("by-id"));
+        QFile real(m_dir.filePath("ttyUSB7"));
+        QVERIFY(real.open(QIODevice::WriteOnly));
+        real.close();
+        const QString link = m_dir.filePath("by-id/usb-FTDI_FT232R_A1B2-if00-port0");
+        QVERIFY(QFile::link(real.fileName(), link));
+        const QString canonical = QFileInfo(real).canonicalFilePath();
+        QCOMPARE(PortMap::stableName(canonical, m_dir.filePath("by-id")), link);
+        QCOMPARE(PortMap::stableName(m_dir.filePath("ttyUSB8"), m_dir.filePath("by-id")), QString());
     }
 
     void symlinkResolved()

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/netserialline.h"
+#include "platform/qtserialline.h"
+
+namespace zun {
+
+// The program's serial line: each port number leads, by its mapping, to a
+// local device or to a serial server on the network, and the rest of the
+// program cannot tell which.
+class MappedSerialLine final : public SerialLine
+{
+public:
+    explicit MappedSerialLine(const PortMap &ports);
+
+    bool portExists(int n) override;
+    void selectPort(int n) override;
+    int portNumber() const override { return m_active->portNumber(); }
+    bool open() override;
+    void close() override { m_active->close(); }
+    bool isOpen() const override { return m_active->isOpen(); }
+
+    bool applySettings(const QString &settings) override;
+    void setRequestToSend(bool on) override;
+    void setTextMode() override { m_active->setTextMode(); }
+
+    bool write(const QByteArray &text) override { return m_active->write(text); }
+    int bytesWaiting() override { return m_active->bytesWaiting(); }
+    QByteArray readAll() override { return m_active->readAll(); }
+    void discardInput() override { m_active->discardInput(); }
+    void discardOutput() override { m_active->discardOutput(); }
+    void waitForInput(int millis) override { m_active->waitForInput(millis); }
+    QString takeNotice() override { return m_network.takeNotice(); }
+
+private:
+    SerialLine &lineFor(int n);
+
+    const PortMap &m_ports;
+    QtSerialLine m_device;
+    NetSerialLine m_network;
+    SerialLine *m_active;
+};
+
+} // namespace zun

@@ -1,0 +1,217 @@
+// ser2net serving the simulator's pseudo-terminal on loopback, once raw and
+// once with RFC 2217: the program's line to receivers behind a serial server.
+#include "core/context.h"
+#include "link/detection.h"
+#include "link/ports.h"
+#include "link/transaction.h"
+#include "mainscreen/polling.h"
+#include "platform/mappedserialline.h"
+#include "platform/portmap.h"
+#include "support/netsupport.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <termios.h>
+#include <unistd.h>
+
+using namespace zun;
+
+namespace {
+
+// Killed however the test ends.
+struct Child
+{
+    ~Child() { stop(); }
+    void stop()
+    {
+        process.kill();
+        process.waitForFinished(3000);
+    }
+    QProcess process;
+};
+
+bool acceptsConnections(quint16 port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    return socket.waitForConnected(200);
+}
+
+// The speed the far side set on the pseudo-terminal, as stty would show it.
+speed_t ptySpeed(const QString &device)
+{
+    const int fd = ::open(QFile::encodeName(device).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    termios t{};
+    const bool ok = fd >= 0 && ::tcgetattr(fd, &t) == 0;
+    ::close(fd);
+    return ok ? cfgetospeed(&t) : B0;
+}
+
+double cpuSeconds()
+{
+    rusage u{};
+    ::getrusage(RUSAGE_SELF, &u);
+    return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
+
+class NoProgress final : public DetectionProgress
+{
+public:
+    void begin(const QString &) override {}
+    void setProgress(int) override {}
+    bool skipRequested() const override { return false; }
+    void end() override {}
+};
+
+class Panels final : public PanelSink
+{
+public:
+    void UpdateRcvPanel(int, const QString &reply) override { replies << reply; }
+    void showOffline(int index) override { offline << index; }
+    QStringList replies;
+    QList<int> offline;
+};
+
+} // namespace
+
+class TestNetLine : public QObject
+{
+    Q_OBJECT
+
+    void startServer(Child &server, const QString &config)
+    {
+        const QString ser2net = QStandardPaths::findExecutable("ser2net", {"/usr/sbin", "/usr/bin"});
+        QVERIFY2(!ser2net.isEmpty(), "ser2net is not installed (scripts/setup.sh installs it)");
+        server.process.start(ser2net, {"-n", "-d", "-c", config, "-P", config + ".pid"});
+        QVERIFY2(server.process.waitForStarted(5000), qPrintable(server.process.errorString()));
+        QTRY_VERIFY_WITH_TIMEOUT(acceptsConnections(m_port), 5000);
+    }
+
+    quint16 m_port = 0;
+
+private slots:
+    void throughSer2net_data()
+    {
+        QTest::addColumn<QString>("scheme");
+        QTest::addColumn<QString>("accepter");
+        QTest::addColumn<bool>("portControl");
+        QTest::newRow("raw") << "tcp"
+                             << "tcp" << false;
+        QTest::newRow("rfc2217") << "rfc2217"
+                                 << "telnet(rfc2217),tcp" << true;
+        // A Telnet server without the option: raw data, one warning.
+        QTest::newRow("rfc2217 refused") << "rfc2217"
+                                         << "telnet,tcp" << false;
+    }
+    void throughSer2net()
+    {
+        QFETCH(QString, scheme);
+        QFETCH(QString, accepter);
+        QFETCH(bool, portControl);
+        const QString program = QCoreApplication::applicationDirPath() + "/../src/zunoria-sim";
+
+        Child sim;
+        sim.process.start(program, {"--receivers", "3,7"});
+        QVERIFY2(sim.process.waitForStarted(5000), qPrintable(program + ": " + sim.process.errorString()));
+        QTRY_VERIFY_WITH_TIMEOUT(sim.process.canReadLine(), 5000);
+        const QString device = QString::fromLocal8Bit(sim.process.readLine()).trimmed();
+        QVERIFY2(device.startsWith("/dev/"), qPrintable(device));
+
+        QTemporaryDir dir;
+        m_port = freeLoopbackPort();
+        QVERIFY(m_port != 0);
+        const QString config = dir.filePath("ser2net.yaml");
+        QFile file(config);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QStringLiteral("connection: &sim\n"
+                                  "  accepter: %1,127.0.0.1,%2\n"
+                                  "  connector: serialdev,%3,115200n81,local\n")
+                       .arg(accepter)
+                       .arg(m_port)
+                       .arg(device)
+                       .toUtf8());
+        file.close();
+        Child server;
+        startServer(server, config);
+
+        MemorySettingsStore settings;
+        PortMap ports(
+            settings, [] { return QStringList(); }, QString());
+        QVERIFY(ports.addOverride(QStringLiteral("COM2=%1://127.0.0.1:%2").arg(scheme).arg(m_port)));
+        MappedSerialLine line(ports);
+        SystemClock clock;
+        ScriptedDialogs dialogs;
+        FakeDesktop desktop;
+        Context ctx{Platform{clock, line, settings, dialogs, desktop}};
+        ctx.state.Retry = 0;
+        ctx.state.Baudrate = 115200;
+        QVERIFY(FindCommPorts(ctx));
+        QCOMPARE(ctx.state.CommPort, 2);
+        ctx.state.receivers.assign(64, ReceiverRecord{});
+
+        if (scheme == "rfc2217" && !portControl)
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("does not set the serial port's speed"));
+        NoProgress progress;
+        Panels panels;
+        const auto detectAndPoll = [&] {
+            openLine(ctx);
+            QVERIFY(line.isOpen());
+            QVERIFY(CheckReceivers(ctx, progress));
+            QCOMPARE(ctx.state.foundCount, 2);
+            QCOMPARE(ctx.state.receivers[1].address, 7);
+            panels.replies.clear();
+            panels.offline.clear();
+            for (int pass = 0; pass < 5; ++pass)
+                QVERIFY(ReadAllAD(ctx, panels));
+            QCOMPARE(panels.replies.size(), 10);
+            QVERIFY(panels.offline.isEmpty());
+        };
+        detectAndPoll();
+        if (QTest::currentTestFailed())
+            return;
+        const bool warned = !line.takeNotice().isEmpty();
+        QCOMPARE(warned, scheme == "rfc2217" && !portControl);
+
+        // The server goes away: the line is lost, the receivers drop out, and
+        // the program waits without working.
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the connection to COM2"));
+        server.stop();
+        QString reply;
+        QVERIFY(!ctx.link.SendCommand("%03N\r", 12, reply, 100));
+        QVERIFY(!line.isOpen());
+        QVERIFY(!ReadAllAD(ctx, panels) || !panels.offline.isEmpty());
+        const double cpuBefore = cpuSeconds();
+        QElapsedTimer wall;
+        wall.start();
+        for (int i = 0; i < 5; ++i)
+            ctx.link.SendCommand("%03N\r", 12, reply, 100);
+        QVERIFY2(cpuSeconds() - cpuBefore < 0.1 * wall.elapsed() / 1000.0 + 0.02,
+                 "busy while the line is lost");
+
+        // Back on: "Reconnect" opens the same port again.
+        startServer(server, config);
+        detectAndPoll();
+        if (QTest::currentTestFailed())
+            return;
+        QVERIFY2(line.takeNotice().isEmpty(), "warned twice about the same server");
+
+        // The new speed reaches the far port only through RFC 2217; on a raw
+        // line the receivers switch and the server's port stays as it was.
+        QVERIFY(changeBaudrate(ctx, "9600"));
+        QVERIFY(line.isOpen());
+        QCOMPARE(ptySpeed(device), portControl ? B9600 : B115200);
+        QCOMPARE(ctx.link.SendCommand("%07N\r", 12, reply, 250), portControl);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestNetLine)
+#include "tst_netline.moc"
