@@ -288,6 +288,9 @@ void FrmMain::mnuReconnectClicked()
 {
     for (int i = 0; i < m_ctx.state.receiverCount(); ++i)
         DisableRcvPanel(i);
+    // A line that was lost under us (adapter pulled) is opened again on the same port.
+    if (!m_ctx.platform.line.isOpen())
+        openLine(m_ctx);
     if (!checkCurrentPort())
         return;
     for (int i = 0; i < m_ctx.state.foundCount; ++i)
