@@ -54,11 +54,14 @@ SimReplyPlan SimFaultInjector::apply(int address, const SimFaultRates &own, cons
     if (it != m_scripts.end() && !it->second.empty()) {
         const Scripted next = it->second.front();
         it->second.pop_front();
+        ++m_inflicted[static_cast<std::size_t>(next.fault)];
         if (next.fault == SimFault::Replace)
             return {next.bytes, 0};
         return inflict(next.fault, address, reply);
     }
-    return inflict(draw(own), address, reply);
+    const SimFault fault = draw(own);
+    ++m_inflicted[static_cast<std::size_t>(fault)];
+    return inflict(fault, address, reply);
 }
 
 SimFault SimFaultInjector::draw(const SimFaultRates &own)

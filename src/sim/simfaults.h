@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -63,6 +65,9 @@ public:
 
     SimReplyPlan apply(int address, const SimFaultRates &own, const QByteArray &reply);
 
+    // How many replies got this fault so far, scripted or drawn.
+    std::uint64_t inflicted(SimFault fault) const { return m_inflicted[static_cast<std::size_t>(fault)]; }
+
 private:
     struct Scripted
     {
@@ -76,6 +81,7 @@ private:
     SimFaultRates m_rates;
     std::uint64_t m_lateDelay = 400000;
     std::map<int, std::deque<Scripted>> m_scripts;
+    std::array<std::uint64_t, static_cast<std::size_t>(SimFault::Replace) + 1> m_inflicted{};
 };
 
 // "noreply", "garbled", "corrupt", "wrongaddr", "partial", "late", "noise";

@@ -1,12 +1,16 @@
 // The real simulator process on a pseudo-terminal, the real serial line and
 // the wall clock: what the program does against receivers it cannot see inside.
 #include "core/context.h"
+#include "core/workloop.h"
 #include "link/detection.h"
 #include "link/ports.h"
 #include "link/transaction.h"
+#include "mainscreen/frmmain.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
 
+#include <QAbstractEventDispatcher>
+#include <QAction>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
@@ -14,8 +18,11 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
+
+#include <sys/resource.h>
 
 using namespace zun;
 
@@ -50,6 +57,40 @@ struct SimProcess
     QProcess process;
 };
 
+// Starts the simulator and returns the device it serves, empty on failure.
+QString startSimulator(SimProcess &sim, const QStringList &arguments)
+{
+    const QString program = simulatorPath();
+    if (program.isEmpty())
+        return {};
+    sim.process.start(program, arguments);
+    if (!sim.process.waitForStarted(5000))
+        return {};
+    QElapsedTimer startup;
+    startup.start();
+    while (!sim.process.canReadLine() && startup.elapsed() < 5000)
+        sim.process.waitForReadyRead(100);
+    const QString device = QString::fromLocal8Bit(sim.process.readLine()).trimmed();
+    return device.startsWith('/') ? device : QString();
+}
+
+double cpuSeconds()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
+           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+// The program's own loop with the main screen's steps, for millis of wall time.
+void runProgram(FrmMain &main, AppState &state, int millis)
+{
+    WorkLoop loop(state);
+    main.installSteps(loop);
+    QTimer::singleShot(millis, [&loop] { loop.stop(); });
+    loop.run();
+}
+
 class CountingProgress final : public DetectionProgress
 {
 public:
@@ -82,21 +123,14 @@ class TestEndToEnd : public QObject
 private slots:
     void realLineToTheSimulator()
     {
-        const QString program = simulatorPath();
-        if (program.isEmpty())
-            QSKIP("zunoria-sim was not built beside the tests (expected in <build>/src)");
+        QVERIFY2(!simulatorPath().isEmpty(),
+                 "zunoria-sim was not built beside the tests (expected in <build>/src)");
         QTemporaryDir dir;
         const QString logPath = dir.filePath("frames.log");
 
         SimProcess sim;
-        sim.process.start(program, {"--receivers", "3,7", "--log", logPath});
-        QVERIFY2(sim.process.waitForStarted(5000), qPrintable(sim.process.errorString()));
-        QElapsedTimer startup;
-        startup.start();
-        while (!sim.process.canReadLine() && startup.elapsed() < 5000)
-            sim.process.waitForReadyRead(100);
-        const QString device = QString::fromLocal8Bit(sim.process.readLine()).trimmed();
-        QVERIFY2(device.startsWith('/'), qPrintable("no device from the simulator: " + device));
+        const QString device = startSimulator(sim, {"--receivers", "3,7", "--log", logPath});
+        QVERIFY2(!device.isEmpty(), qPrintable(sim.process.errorString()));
 
         // No real device is ever enumerated: COM1 is the simulator and nothing else exists.
         MemorySettingsStore settings;
@@ -150,7 +184,75 @@ private slots:
         sim.process.terminate();
         QVERIFY(sim.process.waitForFinished(3000));
     }
+
+    // The adapter is pulled under the running program (the simulator dies and
+    // its pseudo-terminal with it) and plugged in again under the same name.
+    void unplugAndReplug_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::newRow("Reconnect") << "mnuReconnect";
+        QTest::newRow("Auto Detect Receivers") << "mnuAuto";
+    }
+    void unplugAndReplug()
+    {
+        QFETCH(QString, command);
+        QTemporaryDir dir;
+        const QString alias = dir.filePath("ttyUSB0"); // re-pointed like a udev link
+        auto sim = std::make_unique<SimProcess>();
+        const QString device = startSimulator(*sim, {"--receivers", "3,7"});
+        QVERIFY2(!device.isEmpty() && QFile::link(device, alias), "simulator not started");
+
+        MemorySettingsStore settings;
+        PortMap ports(
+            settings, [] { return QStringList(); }, QString());
+        QVERIFY(ports.addOverride("COM1=" + alias));
+        QtSerialLine line(ports);
+        SystemClock clock;
+        ScriptedDialogs dialogs;
+        FakeDesktop desktop;
+        Context ctx{Platform{clock, line, settings, dialogs, desktop}};
+        ctx.state.Retry = 0;
+        ctx.state.CommPort = 1;
+        ctx.state.Baudrate = 115200;
+        QVERIFY(FindCommPorts(ctx));
+        FrmMain main(ctx);
+        main.load();
+        QCOMPARE(ctx.state.foundCount, 2);
+        runProgram(main, ctx.state, 200);
+        QVERIFY(ctx.state.receivers[0].online && ctx.state.receivers[1].online);
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the serial device COM1"));
+        sim->process.kill();
+        QVERIFY(sim->process.waitForFinished(3000));
+        runProgram(main, ctx.state, 300);
+        QVERIFY(!line.isOpen());
+        QVERIFY(!ctx.state.receivers[0].online && !ctx.state.receivers[1].online);
+        QString reply;
+        QVERIFY(!ctx.link.SendCommand("%03N\r", 12, reply, 250) && reply.isEmpty());
+
+        // Left alone, the program sleeps: only the blink timer wakes it. A dead
+        // port left open would wake it without pause.
+        int wakeups = 0;
+        const auto counter = connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
+                                     [&wakeups] { ++wakeups; });
+        const double cpuBefore = cpuSeconds();
+        runProgram(main, ctx.state, 3000);
+        const double cpu = cpuSeconds() - cpuBefore;
+        disconnect(counter);
+        qInfo("idle after the unplug: %d event-loop wakeups, %.1f ms CPU in 3 s (%.2f %% of a core)", wakeups,
+              cpu * 1000, cpu / 3 * 100);
+        QVERIFY2(wakeups < 100, qPrintable(QString::number(wakeups)));
+        QVERIFY(dialogs.messages().isEmpty());
+
+        sim = std::make_unique<SimProcess>();
+        const QString again = startSimulator(*sim, {"--receivers", "3,7"});
+        QVERIFY(!again.isEmpty() && QFile::remove(alias) && QFile::link(again, alias));
+        main.action(command)->trigger();
+        QCOMPARE(ctx.state.foundCount, 2);
+        QVERIFY(line.isOpen() && ctx.state.receivers[0].online && ctx.state.receivers[1].online);
+        QVERIFY(ctx.link.SendCommand("%07N\r", 12, reply, 250));
+    }
 };
 
-QTEST_GUILESS_MAIN(TestEndToEnd)
+QTEST_MAIN(TestEndToEnd)
 #include "tst_endtoend.moc"

@@ -6,6 +6,7 @@
 #include "platform/settingsstore.h"
 
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -291,13 +292,29 @@ private slots:
         // The probe leaves the device closed and free for the real open; our own open line still counts.
         QVERIFY(m_line->open());
         QVERIFY(m_line->portExists(3) && m_line->isOpen());
+    }
 
-        if (::geteuid() == 0)
-            QSKIP("root opens any device; the permission case needs an ordinary user");
-        m_line->close();
+    void deviceRefusedToTheUser()
+    {
+        if (::geteuid() == 0) {
+            // Root opens any device whatever its mode, so the case runs again
+            // in a child as an ordinary user without supplementary groups.
+            QProcess child;
+            child.setProcessChannelMode(QProcess::MergedChannels);
+            child.start("setpriv", {"--reuid=nobody", "--regid=nogroup", "--clear-groups",
+                                    QCoreApplication::applicationFilePath(), "deviceRefusedToTheUser"});
+            QVERIFY(child.waitForFinished(20000));
+            const QByteArray output = child.readAll();
+            QVERIFY2(child.exitStatus() == QProcess::NormalExit && child.exitCode() == 0 &&
+                         output.contains("PASS   : TestQtSerialLine::deviceRefusedToTheUser()"),
+                     output.constData());
+            return;
+        }
         QCOMPARE(::chmod(QFile::encodeName(m_pty->slave).constData(), 0), 0);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("COM3 .*permission denied.*dialout"));
         QVERIFY(!m_line->portExists(3));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("cannot open COM3 "));
+        QVERIFY(!m_line->open() && !m_line->isOpen());
     }
 
 private:

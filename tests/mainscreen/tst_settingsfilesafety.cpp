@@ -1,0 +1,123 @@
+// What a settings file can do to the program: a save cut short, names with
+// the format's own separators, a file far too large to be one.
+#include "core/receiverrecord.h"
+#include "link/ports.h"
+#include "mainscreen/frmmain.h"
+#include "mainscreen/settingsfile.h"
+#include "support/testbed.h"
+
+#include <QAction>
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace zun;
+
+namespace {
+long peakKilobytes()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+} // namespace
+
+class TestSettingsFileSafety : public QObject
+{
+    Q_OBJECT
+private slots:
+    // The disk fills up half-way through the save (a file size limit stands in
+    // for it, since root ignores read-only folders), or the process is killed there.
+    void anInterruptedSaveLeavesTheOldFile_data()
+    {
+        QTest::addColumn<bool>("killed");
+        QTest::newRow("disk full") << false;
+        QTest::newRow("process killed") << true;
+    }
+    void anInterruptedSaveLeavesTheOldFile()
+    {
+        QFETCH(bool, killed);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("rack.zun");
+        const QByteArray old = "3,\"VOCAL1\",1,1,\"72E2\",\"72E2\",20,32,0,0\r\n";
+        QVERIFY(saveSettingsFile(path, old).isEmpty());
+        const QByteArray bigger = old.repeated(2000);
+
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const rlimit limit{16384, 16384};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            std::signal(SIGXFSZ, killed ? SIG_DFL : SIG_IGN);
+            ::_exit(saveSettingsFile(path, bigger).isEmpty() ? 0 : 3);
+        }
+        int status = 0;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        if (killed)
+            QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
+        else
+            QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 3); // the failure was reported
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), old);
+        if (!killed) // a reported failure cleans up after itself
+            QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{"rack.zun"});
+    }
+
+    // The format has no escape for a quote inside a string: a name that holds
+    // one is saved with an apostrophe, and commas inside quotes are text.
+    void quotesAndCommasInNames()
+    {
+        ReceiverRecord r;
+        r.address = 9;
+        r.name = "A,\"B\" ";
+        r.group = 2;
+        r.channel = 3;
+        r.channelFreqCode = r.manualFreqCode = "72F2";
+        const SettingsParse back = parseSettings(formatSettings({r}));
+        QVERIFY2(back.error.isEmpty() && back.lines.size() == 1, qPrintable(back.error));
+        QCOMPARE(back.lines.first().name, "A,'B' ");
+        QVERIFY(!parseSettings("9,\"A\"B\",2,3,\"72F2\",\"72F2\",20,32,0,0\r\n").error.isEmpty());
+    }
+
+    // 100 MB: refused by its size, with one message, and never read into memory.
+    void anEnormousFileIsRefusedUnread()
+    {
+        TestBed bed;
+        bed.attachReceivers(1, {3});
+        bed.ctx.state.CommPort = 1;
+        FindCommPorts(bed.ctx);
+        FrmMain main(bed.ctx);
+        main.load();
+        const ReceiverRecord before = bed.ctx.state.receivers[0];
+        bed.line.clearWritten();
+
+        QTemporaryDir dir;
+        const QString path = dir.filePath("huge.zun");
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        const QByteArray block =
+            QByteArray("3,\"HUGE  \",1,2,\"72F2\",\"72F2\",30,0,0,-1\r\n").repeated(25000);
+        while (file.size() < 100 * 1024 * 1024)
+            QVERIFY(file.write(block) == block.size());
+        file.close();
+
+        const long peakBefore = peakKilobytes();
+        bed.dialogs.queueFileName(path);
+        main.action("mnuLoad")->trigger();
+        QCOMPARE(bed.dialogs.messages().size(), 1);
+        QVERIFY2(bed.dialogs.messages().first().contains("too large"),
+                 qPrintable(bed.dialogs.messages().first()));
+        QVERIFY(bed.line.written().empty());
+        QCOMPARE(bed.ctx.state.receivers[0].name, before.name);
+        QVERIFY2(peakKilobytes() - peakBefore < 50 * 1024, "the file was read");
+    }
+};
+
+QTEST_MAIN(TestSettingsFileSafety)
+#include "tst_settingsfilesafety.moc"
