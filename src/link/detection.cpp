@@ -9,26 +9,8 @@ namespace zun {
 namespace {
 constexpr int kHighestAddress = 64;
 
-bool allHex(QStringView text)
-{
-    for (QChar c : text) {
-        const char ch = c.toLatin1();
-        const bool hex = (ch >= '0' && ch <= '9') || (ch >= 'A' && ch <= 'F') || (ch >= 'a' && ch <= 'f');
-        if (!hex)
-            return false;
-    }
-    return true;
-}
-
-bool printable(QStringView text)
-{
-    for (QChar c : text)
-        if (c.unicode() < 0x20 || c.unicode() > 0x7E)
-            return false;
-    return true;
-}
-
-// 1-based position and length, as the frame layout is written.
+// 1-based position and length, as the frame layout is written. A field past
+// the end of a short reply reads as empty text, which HexToNum takes as 0.
 QStringView field(const QString &reply, int position, int length)
 {
     return QStringView(reply).mid(position - 1, length);
@@ -37,7 +19,9 @@ QStringView field(const QString &reply, int position, int length)
 
 std::optional<ReceiverRecord> parseIdentification(const QString &reply, int address)
 {
-    if (reply.size() < 40 || !printable(field(reply, 4, 6)) || !allHex(field(reply, 10, 31)))
+    // Whatever follows "$" + address is the receiver's own report, odd bytes
+    // and all; dropping it would leave a receiver that answered unpolled.
+    if (!reply.startsWith(QLatin1Char('$') + NumToHex(address, 2)))
         return std::nullopt;
 
     ReceiverRecord r;

@@ -20,12 +20,13 @@ public:
     virtual void end() = 0;
 };
 
-// The status fields of a 41-character identification reply to "%"+address+"M".
-// Nothing when the frame is cut short or a field that must be hex is not.
+// The status fields of an identification reply to "%"+address+"M", taken by
+// position: text as it stands, hex fields through HexToNum, fields missing
+// from a short reply empty or 0. Nothing only when the reply is not "$" + address.
 std::optional<ReceiverRecord> parseIdentification(const QString &reply, int address);
 
 // Stores the status fields of an identification reply into a record and sets
-// it online; false (record untouched) when the reply does not parse.
+// it online; false (record untouched) when the reply is not "$" + address.
 bool applyIdentification(ReceiverRecord &record, const QString &reply, int address);
 
 // Scans addresses 1..64 on the current port and refills the receiver table

@@ -77,12 +77,15 @@ bool changeBaudrate(Context &ctx, const QString &answer)
         return false;
 
     QString reply;
-    ctx.link.SendCommand(*code + QLatin1Char('\r'), 0, reply, 50);
+    if (!ctx.link.SendCommand(*code + QLatin1Char('\r'), 0, reply, 50))
+        return false;
 
+    // A line that does not come back at the new speed ends the command here:
+    // the stored speed must not claim a rate the line is not running at.
     SerialLine &line = ctx.platform.line;
     line.close();
-    line.applySettings(lineSettings(baudrate));
-    line.open();
+    if (!line.applySettings(lineSettings(baudrate)) || !line.open())
+        return false;
 
     ctx.platform.settings.save(kAppName, QStringLiteral("MSComm"), QStringLiteral("Baudrate"),
                                QString::number(baudrate));

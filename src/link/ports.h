@@ -25,7 +25,8 @@ std::optional<QString> baudrateFrame(int baudrate);
 void openLine(Context &ctx);
 
 // The "Enter new baudrate:" command after the user answered. Returns true
-// when the speed was changed (every receiver told, port reopened, saved).
+// when the speed was changed (every receiver told, port reopened, saved);
+// false with nothing saved when the answer is unusable or the line fails.
 bool changeBaudrate(Context &ctx, const QString &answer);
 
 } // namespace zun

@@ -22,8 +22,9 @@ void FrmMain::EnableRcvPanel(int index)
     if (!validIndex(index))
         return;
     RcvPanel *p = m_grid->panel(index);
+    // The battery average runs on across enables: a receiver brought back
+    // keeps the mean it had, so its battery shows at the next reading.
     p->enableLive(m_ctx.state.receivers[index].mute);
-    m_battery[index] = BatteryAverage{};
     refreshNameCaption(index);
 }
 

@@ -29,6 +29,11 @@ RfTools::RfTools(Context &ctx, RfToolsHost &host, QWidget *parentWidget)
 {
     m_spectrum = new SpectrumScan(ctx, host, m_scan, *m_spectrumTab, this);
     m_recorder = new RfRecorder(ctx, host, m_scan, m_recording, *m_recorderTab, this);
+    // The recorder's buttons change the work mode too; the scan's Run/Stop
+    // caption must not go on saying "Stop" once the scan no longer runs.
+    for (QPushButton *b :
+         {m_recorderTab->runButton(), m_recorderTab->stopButton(), m_recorderTab->clearButton()})
+        connect(b, &QPushButton::clicked, m_spectrum, &SpectrumScan::updateRunCaption);
 
     connect(m_dropPanel->runButton(), &QPushButton::clicked, this, [this] {
         m_drops.run();

@@ -7,6 +7,7 @@
 #include "mainscreen/rcvpanel.h"
 #include "support/testbed.h"
 
+#include <QLabel>
 #include <QTest>
 #include <QToolButton>
 
@@ -119,6 +120,13 @@ private slots:
         FrmMain main(bed.ctx);
         main.load();
         QVERIFY(ReadAllAD(bed.ctx, main));
+        // On air (RF full) with a battery reading of 0x16: past 20 samples the
+        // battery shows, and it keeps its average through the recovery below.
+        const QString onAir = QStringLiteral("$0700FFFF16\r");
+        for (int k = 0; k < 21; ++k)
+            main.UpdateRcvPanel(1, onAir);
+        const QString battery = main.panel(1)->batteryLabel()->text();
+        QVERIFY(battery != "OFF");
 
         bus.receiver(7)->powered = false;
         bed.line.clearWritten();
@@ -149,9 +157,75 @@ private slots:
         main.nameClicked(1);
         QCOMPARE(bed.ctx.state.selectedReceiver, 1);
         QVERIFY(bed.ctx.state.receivers[1].online && offline->moreButton()->isEnabled());
+        main.UpdateRcvPanel(1, onAir);
+        QCOMPARE(offline->batteryLabel()->text(), battery);
         bed.line.clearWritten();
         ReadAllAD(bed.ctx, main);
         QCOMPARE(bed.framesSent("%07N").size(), 1);
+    }
+
+    void everyReplyFromTheAddressIsAReceiver_data()
+    {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("groupTable");
+        QTest::addColumn<int>("bandWidth");
+        QTest::addColumn<bool>("mute");
+        // group 3, channel 4, code 1234, squelch 1E, second level 80, ..., flags 2
+        const QByteArray tail = "341234"
+                                "1E80"
+                                "B88880000000"
+                                "1000"
+                                "0FA0"
+                                "2\r";
+        QTest::newRow("accented name")
+            << "$05CHOR\xC9 " + tail << QString::fromLatin1("CHOR\xC9 ") << "B88880000000" << 4000 << true;
+        QTest::newRow("control byte in the name") << "$05MI\x01"
+                                                     "C  " +
+                                                         tail
+                                                  << "MI\x01"
+                                                     "C  "
+                                                  << "B88880000000" << 4000 << true;
+        QTest::newRow("blanks in the group table")
+            << QByteArray("$05MIC 1 3412341E80B 8 8       10000FA02\r") << "MIC 1 "
+            << "B 8 8       " << 4000 << true;
+        QTest::newRow("three characters short") << ("$05MIC 1 " + tail).left(38) << "MIC 1 "
+                                                << "B88880000000" << 0xFA << false;
+        QTest::newRow("nothing after the address") << QByteArray("$05") << ""
+                                                   << "" << 0 << false;
+    }
+    void everyReplyFromTheAddressIsAReceiver()
+    {
+        QFETCH(QByteArray, reply);
+        TestBed bed;
+        SimBus &bus = bed.attachReceivers(1, {5});
+        bed.ctx.state.CommPort = 1;
+        FindCommPorts(bed.ctx);
+        FrmMain main(bed.ctx);
+        const auto takenAsIs = [&] {
+            const ReceiverRecord &record = bed.ctx.state.receivers[0];
+            QVERIFY(record.online && main.panel(0)->moreButton()->isEnabled());
+            QTEST(record.name, "name");
+            QTEST(record.groupTable, "groupTable");
+            QTEST(record.bandWidth, "bandWidth");
+            QTEST(record.mute, "mute");
+        };
+        bus.faults().scriptReplacement(5, reply);
+        main.load();
+        QCOMPARE(bed.ctx.state.foundCount, 1);
+        takenAsIs();
+        bed.line.clearWritten();
+        ReadAllAD(bed.ctx, main);
+        QCOMPARE(bed.framesSent("%05N").size(), 1);
+
+        // Back by a name click: the same reply brings the same record.
+        main.DisableRcvPanel(0);
+        bed.ctx.state.receivers[0] = ReceiverRecord();
+        bed.ctx.state.receivers[0].address = 5;
+        bus.faults().scriptReplacement(5, "$05\r"); // the "A1" acknowledgement
+        bus.faults().scriptReplacement(5, reply);
+        main.nameClicked(0);
+        takenAsIs();
     }
 
     void anEmptyTableIsNotPolled()

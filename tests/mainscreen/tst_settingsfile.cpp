@@ -1,6 +1,9 @@
 #include "core/receiverrecord.h"
+#include "link/ports.h"
 #include "mainscreen/settingsfile.h"
+#include "support/testbed.h"
 
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -10,19 +13,60 @@ class TestSettingsFile : public QObject
 {
     Q_OBJECT
 private slots:
-    void settingsWriteSendsChannel16AsZero()
+    void everySavedRecordLoadsBackAsItsSettingsWrite()
     {
-        ReceiverRecord r;
-        r.address = 5;
-        r.name = "MIC 1 ";
-        r.group = 3;
-        r.channel = 16;
-        r.channelFreqCode = "1234";
-        r.manualFreqCode = "1A2B";
-        r.squelch = 99;
-        r.secondLevel = 0xC8;
-        r.manualFreq = r.mute = true;
-        QCOMPARE(settingsWriteFrame(r), "#05MMIC 1 301A2B63C83\r");
+        // What detection can store: any Latin-1 byte in the texts, texts cut
+        // short by a short reply, group 0..15, channel 1..16, squelch and the
+        // second level 0..255, both flags.
+        QRandomGenerator random(9);
+        const auto text = [&](int longest) {
+            QString t(random.bounded(longest + 1), QChar());
+            for (QChar &c : t)
+                c = QChar(random.bounded(256));
+            return t;
+        };
+        const auto hex = [](int value, int width) {
+            return QString::number(value, 16).toUpper().rightJustified(width, '0');
+        };
+        // The format has no way to carry these two inside a quoted string.
+        const auto carried = [](QString t, int width) {
+            return t.replace('"', '\'').replace('\n', ' ').leftJustified(width, ' ', true);
+        };
+        for (int round = 0; round < 20; ++round) {
+            TestBed bed;
+            bed.attachSilentPort(1);
+            bed.ctx.state.Retry = 0;
+            bed.ctx.state.CommPort = 1;
+            openLine(bed.ctx);
+            QList<ReceiverRecord> records;
+            QStringList writes;
+            for (int address = 1; address <= 64; ++address) {
+                ReceiverRecord r;
+                r.address = address;
+                r.name = text(6);
+                r.group = int(random.bounded(16));
+                r.channel = 1 + int(random.bounded(16));
+                r.channelFreqCode = text(4);
+                r.manualFreqCode = text(4);
+                r.squelch = int(random.bounded(256));
+                r.secondLevel = int(random.bounded(256));
+                r.manualFreq = random.bounded(2);
+                r.mute = random.bounded(2);
+                records << r;
+                writes << "#" + hex(address, 2) + "M" + carried(r.name, 6) + hex(r.group, 1) +
+                              hex(r.channel % 16, 1) +
+                              carried(r.manualFreq ? r.manualFreqCode : r.channelFreqCode, 4) +
+                              hex(r.squelch, 2) + hex(r.secondLevel, 2) +
+                              QString::number(r.manualFreq + 2 * r.mute) + "\r";
+            }
+            bed.ctx.state.receivers.assign(records.begin(), records.end());
+            bed.ctx.state.foundCount = 64;
+            const SettingsParse loaded = parseSettings(formatSettings(records));
+            QCOMPARE(loaded.error, QString());
+            for (const SettingsLine &line : loaded.lines)
+                QVERIFY(programReceiver(bed.ctx, line));
+            QCOMPARE(bed.framesSent(), writes);
+        }
     }
 
     void savingReplacesTheFileWhole()
