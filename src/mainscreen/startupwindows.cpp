@@ -4,6 +4,8 @@
 #include "mainscreen/frmmain.h"
 #include "mainscreen/frmsplash.h"
 
+#include <QElapsedTimer>
+
 namespace zun {
 
 StartupWindows::StartupWindows(Context &ctx) : m_ctx(ctx) {}
@@ -21,7 +23,10 @@ StartupViews StartupWindows::views()
     views.showMainScreen = [this] {
         m_main = std::make_unique<FrmMain>(m_ctx);
         // A form's load step runs before the form appears.
+        QElapsedTimer load;
+        load.start();
         m_main->load();
+        m_loadMillis = load.elapsed();
         m_main->show();
     };
     views.closeSplash = [this] { m_splash.reset(); };
