@@ -4,6 +4,8 @@
 #include "mainscreen/frmmain.h"
 #include "mainscreen/frmsplash.h"
 
+#include <QElapsedTimer>
+
 namespace zun {
 
 StartupWindows::StartupWindows(Context &ctx, PortMap *ports) : m_ctx(ctx), m_ports(ports) {}
@@ -22,7 +24,10 @@ StartupViews StartupWindows::views()
         m_main = std::make_unique<FrmMain>(m_ctx);
         m_main->setPortMap(m_ports);
         // A form's load step runs before the form appears.
+        QElapsedTimer load;
+        load.start();
         m_main->load();
+        m_loadMillis = load.elapsed();
         m_main->show();
     };
     views.closeSplash = [this] { m_splash.reset(); };

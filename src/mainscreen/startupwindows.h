@@ -2,6 +2,8 @@
 
 #include "core/startup.h"
 
+#include <QtGlobal>
+
 #include <memory>
 
 namespace zun {
@@ -24,12 +26,15 @@ public:
     StartupViews views();
     FrmMain *mainWindow() const { return m_main.get(); }
     frmSplash *splash() const { return m_splash.get(); }
+    // How long the main screen's load step (detection and text reads) took.
+    qint64 loadMillis() const { return m_loadMillis; }
 
 private:
     Context &m_ctx;
     PortMap *m_ports;
     std::unique_ptr<frmSplash> m_splash;
     std::unique_ptr<FrmMain> m_main;
+    qint64 m_loadMillis = 0;
 };
 
 } // namespace zun
