@@ -78,7 +78,7 @@ int main(int argc, char *argv[])
     zun::SerialLine &line = options.demo ? static_cast<zun::SerialLine &>(demoLine) : realLine;
 
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
-    zun::WorkLoop loop(ctx.state);
+    zun::WorkLoop loop(ctx.bus);
     // Every setting is on disk the moment it is saved, so the process can end at once.
     ctx.endProgram = [] { std::_Exit(0); };
 

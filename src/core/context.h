@@ -1,24 +1,24 @@
 #pragma once
 
 #include "core/appstate.h"
-#include "link/transaction.h"
 #include "platform/platform.h"
+#include "receivers/receiverbus.h"
 
 #include <functional>
 
 namespace zun {
 
 // Everything a view or routine of the program needs: the platform seams, the
-// shared state and the command transaction. One per run, passed by reference.
+// shared settings and the receivers on the line. One per run, passed by reference.
 struct Context
 {
-    explicit Context(const Platform &p) : platform(p), link(p.line, p.clock, state.Retry) {}
+    explicit Context(const Platform &p) : platform(p), bus(p.clock, p.line, p.settings, p.desktop) {}
     Context(const Context &) = delete;
     Context &operator=(const Context &) = delete;
 
     Platform platform;
     AppState state;
-    Link link;
+    ReceiverBus bus;
 
     // Ends the program at once; the app ends the process, tests record the call.
     std::function<void()> endProgram = [] {};

@@ -3,8 +3,7 @@
 #include "detail/detailhost.h"
 #include "detail/frmmore.h"
 #include "detail/tvregion.h"
-#include "mainscreen/panelreadout.h"
-#include "mainscreen/polling.h"
+#include "receivers/levelreading.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -26,7 +25,7 @@ class WorkLoop;
 class frmCheckNet;
 
 // The main screen: menus, the receiver panels and the exit path.
-class FrmMain : public QMainWindow, public PanelSink, public DetailHost
+class FrmMain : public QMainWindow, public DetailHost
 {
     Q_OBJECT
 public:
@@ -44,8 +43,8 @@ public:
 
     void EnableRcvPanel(int index);
     void DisableRcvPanel(int index);
-    void UpdateRcvPanel(int index, const QString &reply) override;
-    void showOffline(int index) override;
+    void UpdateRcvPanel(int index, const LevelReading &reading);
+    void showOffline(int index);
 
     // Detection as the menu runs it: this port first, then the others.
     void mnuAutoClicked();
@@ -91,7 +90,8 @@ private:
     void mnuContentClicked();
     void mnuAboutClicked();
     bool confirmExit();
-    bool checkCurrentPort();
+    // The progress view follows the detection.
+    void connectDetection();
     void refreshNameCaption(int index);
     bool validIndex(int index) const;
 
@@ -108,7 +108,6 @@ private:
     QPushButton *m_cmdPage2 = nullptr;
     QTimer *m_timer1 = nullptr;
     TvRegionItems m_tvItems{};
-    std::array<BatteryAverage, 64> m_battery{};
     int m_blinkPhase = 0;
     int m_displayMode = 4;
     bool m_mainKob = false;

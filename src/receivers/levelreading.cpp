@@ -39,6 +39,11 @@ int batteryPercentFor(int x)
     return 0;
 }
 
+QString batteryText(int percent)
+{
+    return percent > 0 ? QString::number(percent) + QLatin1Char('%') : QStringLiteral("OFF");
+}
+
 int BatteryAverager::add(int reading)
 {
     if (m_count < 32767)

@@ -3,6 +3,8 @@
 #include "receivers/leveltable.h"
 #include "receivers/replies.h"
 
+#include <QString>
+
 namespace zun {
 
 // The receivers' level scale: 0..99 is -107..-47 dBm.
@@ -21,6 +23,8 @@ inline constexpr int kAudioClipLevel = 116;
 // Battery percentage for x = Int(average) + 1: 100, 80, 40, 10, or 0 ("OFF").
 // A larger reading is a weaker battery.
 int batteryPercentFor(int x);
+// The battery read-out: "100%", "80%", "40%", "10%" or "OFF".
+QString batteryText(int percent);
 
 // Running mean of one receiver's battery readings. A reading means something
 // only while a transmitter is on the air, so the caller adds only those; the

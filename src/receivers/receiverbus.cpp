@@ -1,6 +1,7 @@
 #include "receivers/receiverbus.h"
 
 #include "link/hex.h"
+#include "link/ports.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
 #include "platform/serialline.h"
@@ -16,11 +17,6 @@ namespace zun {
 namespace {
 constexpr int kHighestAddress = 64;
 const QString kApp = QStringLiteral("KESTA_ZUN");
-
-QString lineSettings(int baudrate)
-{
-    return QString::number(baudrate) + QStringLiteral(",N,8,1");
-}
 
 ExchangeRecord::Result resultOf(bool ok, bool broadcast, const QString &reply)
 {
@@ -88,6 +84,12 @@ void ReceiverBus::resizeTable(int count)
 const ReceiverRecord &ReceiverBus::record(int index) const
 {
     return validIndex(index) ? m_table[static_cast<std::size_t>(index)] : m_none;
+}
+
+QList<ReceiverRecord> ReceiverBus::foundRecords() const
+{
+    const auto found = static_cast<std::ptrdiff_t>(std::min(m_foundCount, receiverCount()));
+    return QList<ReceiverRecord>(m_table.begin(), m_table.begin() + found);
 }
 
 ReceiverRecord *ReceiverBus::selectedRecord()
@@ -350,7 +352,7 @@ void ReceiverBus::pilotKob(int index)
     m_kobActive = false;
 }
 
-std::optional<int> ReceiverBus::programReceiver(const ReceiverRecord &fields)
+std::optional<int> ReceiverBus::programReceiver(const SettingsLine &fields)
 {
     const int found = std::min(m_foundCount, receiverCount());
     for (int i = 0; i < found; ++i) {
@@ -433,6 +435,14 @@ std::optional<DetailReading> ReceiverBus::ReadOneAD()
     }
     setWorkMode(WorkMode::Polling);
     return std::nullopt;
+}
+
+void ReceiverBus::storePreset(int group, int channel)
+{
+    if (ReceiverRecord *r = selectedRecord()) {
+        r->group = group;
+        r->channel = channel;
+    }
 }
 
 std::optional<QString> ReceiverBus::selectPreset(int group, int channel)

@@ -6,6 +6,7 @@
 #include "receivers/leveltable.h"
 #include "receivers/receiverrecord.h"
 #include "receivers/receiverstatus.h"
+#include "receivers/settingsfile.h"
 #include "receivers/workmode.h"
 
 #include <QObject>
@@ -89,6 +90,8 @@ public:
     // A stale index reads an empty record rather than failing.
     const ReceiverRecord &record(int index) const;
     ReceiverStatus status(int index) const;
+    // The records of the last detection, in table order.
+    QList<ReceiverRecord> foundRecords() const;
     int selected() const { return m_selected; }
     void select(int index) { m_selected = index; }
 
@@ -124,7 +127,7 @@ public:
     void pilotKob(int index);
     // Writes a settings-file line's fields to the detected receiver with that
     // address and sends them; the index changed, or nothing.
-    std::optional<int> programReceiver(const ReceiverRecord &fields);
+    std::optional<int> programReceiver(const SettingsLine &fields);
 
     // --- the detail window's receiver (the selected one) ----------------------------------
     // Fresh battery mean and drop counters for a newly opened window.
@@ -132,6 +135,8 @@ public:
     // "NS" after the window closed, polling again.
     void closeDetail();
     std::optional<DetailReading> ReadOneAD();
+    // A repaired preset goes into the record; nothing is sent.
+    void storePreset(int group, int channel);
     // The record takes the preset first and keeps it whatever the receiver
     // says; the receiver's frequency code when it answered.
     std::optional<QString> selectPreset(int group, int channel);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "rftools/dropcounter.h"
 #include "rftools/recorderstate.h"
 #include "rftools/scanstate.h"
 
@@ -11,6 +10,7 @@ class QWidget;
 namespace zun {
 
 struct Context;
+struct DetailReading;
 class DropCounterPanel;
 class RecorderTab;
 class RfRecorder;
@@ -48,10 +48,9 @@ public:
     bool RFRecorder();
 
     // The share of the window's ShowMeters that belongs here: keeps the
-    // reading for the tools and counts signal drops.
-    void meterReading(int statusByte, int rfA, int rfB, int audioByte);
-    // Squelch level from the record's squelch, both squelch lines, and the
-    // settings tab's squelch bar through the host.
+    // reading for the tools and shows the drop counts.
+    void meterReading(const DetailReading &reading);
+    // Squelch level from the record's squelch, and both squelch lines.
     void ShowSquelch();
 
     // The settings tab's marker buttons and the tab control's click.
@@ -63,7 +62,6 @@ public:
     RfRecorder &recorderControl() const { return *m_recorder; }
     const ScanState &scanState() const { return m_scan; }
     const RecorderState &recorderState() const { return m_recording; }
-    const DropCounter &drops() const { return m_drops; }
 
 private:
     void showDrops();
@@ -72,21 +70,11 @@ private:
     RfToolsHost &m_host;
     ScanState m_scan;
     RecorderState m_recording;
-    DropCounter m_drops;
     SpectrumTab *m_spectrumTab;
     RecorderTab *m_recorderTab;
     DropCounterPanel *m_dropPanel;
     SpectrumScan *m_spectrum;
     RfRecorder *m_recorder;
 };
-
-// The squelch bar's span on the 0..99 scale: 7 levels either side of the
-// squelch level, pushed back inside the scale at either end.
-struct SquelchBarSpan
-{
-    int from;
-    int to;
-};
-SquelchBarSpan squelchBarSpan(int squelchLevel);
 
 } // namespace zun

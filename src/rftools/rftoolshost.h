@@ -4,6 +4,7 @@
 
 namespace zun {
 
+struct DetailReading;
 struct ReceiverRecord;
 
 // What the RF tools need from the detail window that hosts them. The detail
@@ -14,9 +15,7 @@ public:
     virtual ~RfToolsHost() = default;
 
     // The open receiver's record in the receiver table.
-    virtual ReceiverRecord &record() = 0;
-    // Two hex digits every command of the window is addressed with.
-    virtual QString addressText() const = 0;
+    virtual const ReceiverRecord &record() const = 0;
     // The number shown in txtBandStart, MHz.
     virtual double bandStart() const = 0;
     // Frequency (MHz) to the receiver's four-digit frequency code.
@@ -30,17 +29,15 @@ public:
     virtual void showTvChannel(double mhz) = 0;
 
     // The settings tab's meter update for one reading. The host's version must
-    // call RfTools::meterReading with the same values, which keeps the shared
-    // reading and counts signal drops.
-    virtual void ShowMeters(int statusByte, int rfA, int rfB, int audioByte) = 0;
-    // The window's own level read (it ends in ShowMeters, or closes the window
+    // call RfTools::meterReading with it, which keeps the shared reading and
+    // shows the drop counts.
+    virtual void ShowMeters(const DetailReading &reading) = 0;
+    // The recorder's level read (it ends in ShowMeters, or closes the window
     // after its message when the receiver does not answer).
-    virtual bool ReadOneAD() = 0;
+    virtual void recorderRead() = 0;
     // The window's unload after a receiver stopped answering. It must not
     // delete the tools synchronously (close(), deleteLater()).
     virtual void unloadForm() = 0;
-    // The squelch indicator PB_SQ: cleared, then a bar over these levels (0..99).
-    virtual void drawSquelchBar(int fromLevel, int toLevel) = 0;
 };
 
 } // namespace zun

@@ -34,55 +34,11 @@ private slots:
         int order = 0, splash = 0, shown = 0, closed = 0;
         StartupViews views{[&] { splash = ++order; }, [&] { shown = ++order; }, [&] { closed = ++order; }};
         QVERIFY(startProgram(bed.ctx, views));
-        QCOMPARE(bed.ctx.state.CommPort, 3);
-        const auto &available = bed.ctx.state.PortAvailable;
+        QCOMPARE(bed.ctx.bus.options().CommPort, 3);
+        const auto &available = bed.ctx.bus.options().PortAvailable;
         QVERIFY(available[3] && available[5] && !available[6]);
         QCOMPARE(QList<int>({splash, shown, closed}), QList<int>({1, 2, 3}));
-        QCOMPARE(bed.ctx.state.WorkMode, 0);
-    }
-
-    void changingTheLineSpeedTellsEveryReceiverFirst_data()
-    {
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("frame");
-        QTest::addColumn<int>("baud");
-        QTest::newRow("115200") << "115200"
-                                << "#00H01\r" << 115200;
-        QTest::newRow("57600") << "57600"
-                               << "#00H03\r" << 57600;
-        QTest::newRow("38400") << "38400"
-                               << "#00H05\r" << 38400;
-        QTest::newRow("9600") << "9600"
-                              << "#00H17\r" << 9600;
-        QTest::newRow("unknown rate") << "19200"
-                                      << "" << 38400;
-        QTest::newRow("empty") << ""
-                               << "" << 38400;
-    }
-    void changingTheLineSpeedTellsEveryReceiverFirst()
-    {
-        QFETCH(QString, answer);
-        QFETCH(QString, frame);
-        QFETCH(int, baud);
-        TestBed bed;
-        bed.attachReceivers(1, {3}, 38400);
-        bed.ctx.state.Baudrate = 38400;
-        bed.ctx.state.CommPort = 1;
-        openLine(bed.ctx);
-        QCOMPARE(bed.line.baudRate(), 38400);
-
-        const bool changed = changeBaudrate(bed.ctx, answer);
-        QCOMPARE(changed, !frame.isEmpty());
-        QCOMPARE(bed.framesSent("#00H"), frame.isEmpty() ? QStringList() : QStringList{frame});
-        QCOMPARE(bed.ctx.state.Baudrate, baud);
-        QCOMPARE(bed.line.baudRate(), baud);
-        QVERIFY(bed.line.isOpen());
-        QCOMPARE(bed.settings.get(kAppName, "MSComm", "Baudrate"), frame.isEmpty() ? QString() : answer);
-        if (changed) {
-            // The receiver followed the broadcast, so it still answers at the new speed.
-            QString reply;
-            QVERIFY(bed.ctx.link.SendCommand("%03L\r", 4, reply, 250));
-        }
+        QCOMPARE(bed.ctx.bus.workMode(), WorkMode::Idle);
     }
 
     void quittingAsksFirstAndSaysGoodbyeThreeTimes_data()
@@ -100,10 +56,10 @@ private slots:
         QFETCH(bool, portOpen);
         TestBed bed;
         bed.attachReceivers(1, {3});
-        bed.ctx.state.CommPort = 1;
+        bed.ctx.bus.options().CommPort = 1;
         if (portOpen)
-            openLine(bed.ctx);
-        bed.ctx.state.WorkMode = 1;
+            bed.ctx.bus.openLine();
+        bed.ctx.bus.setWorkMode(WorkMode::Polling);
         FrmMain main(bed.ctx);
         main.show();
         bed.dialogs.queueAnswer(yes ? MessageAnswer::Yes : MessageAnswer::No);
@@ -115,7 +71,7 @@ private slots:
         QTEST(int(bed.framesSent("#00A0").size()), "goodbyes");
         QCOMPARE(bed.endProgramCalls, yes ? 1 : 0);
         QCOMPARE(main.isVisible(), !yes);
-        QCOMPARE(bed.ctx.state.WorkMode, 1); // "No" leaves polling as it was
+        QCOMPARE(bed.ctx.bus.workMode(), WorkMode::Polling); // "No" leaves polling as it was
     }
 
     void linkMenusShowTheRateAndThePortInUse()
@@ -123,9 +79,10 @@ private slots:
         TestBed bed;
         bed.attachSilentPort(2);
         bed.attachSilentPort(4);
-        FindCommPorts(bed.ctx);
-        bed.ctx.state.CommPort = 4;
-        bed.ctx.state.Baudrate = 57600;
+        LineOptions &options = bed.ctx.bus.options();
+        FindCommPorts(bed.line, bed.dialogs, options.PortAvailable, options.CommPort);
+        options.CommPort = 4;
+        options.Baudrate = 57600;
         FrmMain main(bed.ctx);
         main.UpdateLinkMenus();
         QCOMPARE(main.action("mnuBaud1")->text(), QString("57600"));

@@ -42,8 +42,8 @@ private slots:
         QFETCH(bool, yes);
         QFETCH(QStringList, sent);
         DetailRig rig;
-        rig.addReceiver(5, 0);
-        rig.addReceiver(7, 1);
+        rig.addReceiver(5);
+        rig.addReceiver(7);
         rig.open(0);
         rig.dialogs.queueAnswer(yes ? MessageAnswer::Yes : MessageAnswer::No);
         rig.tab().txtAddr->setText(typed);
@@ -93,7 +93,7 @@ private slots:
         QFETCH(QString, sent);
 
         DetailRig rig;
-        rig.addReceiver(5, 0);
+        rig.addReceiver(5);
         rig.open(0);
         QLineEdit *box = rig.tab().txtRName;
         box->clear();
@@ -136,7 +136,7 @@ private slots:
         QFETCH(int, to);
 
         DetailRig rig;
-        rig.addReceiver(5, 0, [&](SimReceiver &r) { r.squelch = from; });
+        rig.addReceiver(5, [&](SimReceiver &r) { r.squelch = from; });
         rig.open(0);
         auto *b = rig.form->findChild<QPushButton *>(button);
         std::uint64_t releasedAt = 0;
@@ -159,7 +159,7 @@ private slots:
         QCOMPARE(rig.frames(),
                  QStringList{QStringLiteral("#05F%1").arg(to, 2, 16, QLatin1Char('0')).toUpper()});
         QCOMPARE(rig.bus.receiver(5)->squelch, to);
-        QCOMPARE(rig.tab().PB_SQ->squelchLevel(), squelchLevel(rig.ctx.state.levelTable, to));
+        QCOMPARE(rig.tab().PB_SQ->squelchLevel(), squelchLevel(rig.ctx.bus.levelTable(), to));
     }
 
     void kob_data()
@@ -175,7 +175,7 @@ private slots:
         QFETCH(QString, outcome);
 
         DetailRig rig;
-        rig.addReceiver(5, 0);
+        rig.addReceiver(5);
         FrmMore *f = rig.open(0);
         auto *kob = f->findChild<QPushButton *>(QStringLiteral("cmdKob"));
         auto *exit = f->findChild<QPushButton *>(QStringLiteral("cmdExit"));
@@ -198,7 +198,7 @@ private slots:
         QCOMPARE(rig.dialogs.messages(), abortAtCall ? QStringList{offline} : QStringList());
         QCOMPARE(titles.mid(0, 2), (QStringList{"Performing KOB function now ...", ""}));
         QCOMPARE(titles.mid(titles.size() - 2), (QStringList{outcome, "Detail Functions"}));
-        QVERIFY(!rig.ctx.state.KobActive && f->tabs()->isEnabled() && exit->isEnabled());
+        QVERIFY(!rig.ctx.bus.kobActive() && f->tabs()->isEnabled() && exit->isEnabled());
         // "O" awaits no reply, so the transaction spends all its attempts on it.
         const QStringList frames = rig.frames();
         QCOMPARE(frames.mid(0, 3), QStringList(3, QStringLiteral("%05O")));
@@ -234,7 +234,7 @@ private slots:
         QCOMPARE(rig.settings.get(app, section, key), saved);
 
         // A choice from the menu is saved at once and followed by the TV box.
-        rig.addReceiver(5, 0, [](SimReceiver &r) {
+        rig.addReceiver(5, [](SimReceiver &r) {
             r.bandStartCode = 0x3C0A; // 450..650 MHz
             r.bandWidth = 8000;
         });

@@ -208,9 +208,13 @@ private slots:
             else if (op == "goodbye")
                 rig.bus.sayGoodbye();
             else if (op == "program") {
-                ReceiverRecord line = rig.bus.record(0);
+                SettingsLine line;
+                line.address = 5;
                 line.name = "NEW";
+                line.group = 1;
                 line.channel = 3;
+                line.squelch = 20;
+                line.secondLevel = 0x20;
                 line.manualFreqCode = "7300";
                 line.channelFreqCode = "72BA";
                 line.manualFreq = line.mute = true;

@@ -1,11 +1,9 @@
 // The real simulator process on a pseudo-terminal, the real serial line and
 // the wall clock: what the program does against receivers it cannot see inside.
 #include "core/context.h"
-#include "link/detection.h"
-#include "link/ports.h"
-#include "link/transaction.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
+#include "receivers/replies.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -48,18 +46,6 @@ struct SimProcess
         }
     }
     QProcess process;
-};
-
-class CountingProgress final : public DetectionProgress
-{
-public:
-    void begin(const QString &text) override { message = text; }
-    void setProgress(int address) override { addresses << address; }
-    bool skipRequested() const override { return false; }
-    void end() override { ++ends; }
-    QString message;
-    QList<int> addresses;
-    int ends = 0;
 };
 
 int framesInLog(const QString &path, const QByteArray &frame)
@@ -108,40 +94,39 @@ private slots:
         ScriptedDialogs dialogs;
         FakeDesktop desktop;
         Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-        ctx.state.Retry = 0;
-        ctx.state.CommPort = 1;
-        ctx.state.Baudrate = 115200;
-        openLine(ctx);
+        ctx.bus.options().Retry = 0;
+        ctx.bus.options().CommPort = 1;
+        ctx.bus.options().Baudrate = 115200;
+        ctx.bus.openLine();
         QVERIFY(line.isOpen() && line.portNumber() == 1);
 
         QString reply;
-        QVERIFY(ctx.link.SendCommand("%03M\r", 41, reply, 250));
+        QVERIFY(ctx.bus.link().SendCommand("%03M\r", 41, reply, 250));
         const auto identity = parseIdentification(reply, 3);
         QVERIFY2(reply.size() == 41 && identity.has_value(), qPrintable(reply));
         QCOMPARE(identity->name, "VOCAL1");
-        QVERIFY(ctx.link.SendCommand("%03N\r", 12, reply, 250));
+        QVERIFY(ctx.bus.link().SendCommand("%03N\r", 12, reply, 250));
         QVERIFY2(QRegularExpression("^\\$03[0-9A-F]{8}\r$").match(reply).hasMatch(), qPrintable(reply));
 
         QElapsedTimer silence;
         silence.start();
-        QVERIFY(!ctx.link.SendCommand("%05N\r", 12, reply, 100));
+        QVERIFY(!ctx.bus.link().SendCommand("%05N\r", 12, reply, 100));
         QVERIFY2(reply.isEmpty() && silence.elapsed() >= 100, qPrintable(QString::number(silence.elapsed())));
 
-        ctx.state.receivers.assign(64, ReceiverRecord{});
-        CountingProgress progress;
-        QVERIFY(CheckReceivers(ctx, progress));
-        QCOMPARE(ctx.state.foundCount, 2);
-        QCOMPARE(QList<int>({ctx.state.receivers[0].address, ctx.state.receivers[1].address}),
-                 QList<int>({3, 7}));
-        QVERIFY(ctx.state.receivers[0].online && ctx.state.receivers[1].online);
-        QCOMPARE(ctx.state.receivers[1].name, "VOCAL2");
-        QCOMPARE(progress.message, "Checking Connected Receivers --> COM1");
-        QVERIFY(progress.addresses.size() == 64 && progress.ends == 1);
+        ctx.bus.resizeTable(64);
+        int asked = 0;
+        QObject::connect(&ctx.bus, &ReceiverBus::detectionProgress, [&] { ++asked; });
+        QVERIFY(ctx.bus.CheckReceivers());
+        QCOMPARE(ctx.bus.foundCount(), 2);
+        QCOMPARE(QList<int>({ctx.bus.record(0).address, ctx.bus.record(1).address}), QList<int>({3, 7}));
+        QVERIFY(ctx.bus.record(0).online && ctx.bus.record(1).online);
+        QCOMPARE(ctx.bus.record(1).name, "VOCAL2");
+        QCOMPARE(asked, 64);
         QCOMPARE(settings.get("KESTA_ZUN", "MSComm", "CommPort"), "1");
 
         // What the exit says before the program ends.
         for (int i = 0; i < 3; ++i)
-            QVERIFY(ctx.link.SendCommand("#00A0\r", 0, reply, 50));
+            QVERIFY(ctx.bus.link().SendCommand("#00A0\r", 0, reply, 50));
         QTRY_COMPARE_WITH_TIMEOUT(framesInLog(logPath, "#00A0"), 3, 3000);
         QCOMPARE(framesInLog(logPath, "%03M"), 2);
         QCOMPARE(framesInLog(logPath, "#00A1"), 3);

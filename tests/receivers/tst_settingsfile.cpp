@@ -1,5 +1,4 @@
-#include "core/receiverrecord.h"
-#include "mainscreen/settingsfile.h"
+#include "receivers/settingsfile.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -10,21 +9,6 @@ class TestSettingsFile : public QObject
 {
     Q_OBJECT
 private slots:
-    void settingsWriteSendsChannel16AsZero()
-    {
-        ReceiverRecord r;
-        r.address = 5;
-        r.name = "MIC 1 ";
-        r.group = 3;
-        r.channel = 16;
-        r.channelFreqCode = "1234";
-        r.manualFreqCode = "1A2B";
-        r.squelch = 99;
-        r.secondLevel = 0xC8;
-        r.manualFreq = r.mute = true;
-        QCOMPARE(settingsWriteFrame(r), "#05MMIC 1 301A2B63C83\r");
-    }
-
     void savingReplacesTheFileWhole()
     {
         QTemporaryDir dir;

@@ -1,4 +1,0 @@
-#pragma once
-
-// Moved to the receiver layer; kept so that older includes still build.
-#include "receivers/receiverrecord.h"
