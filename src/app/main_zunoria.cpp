@@ -2,7 +2,7 @@
 #include "core/startup.h"
 #include "core/workloop.h"
 #include "mainscreen/frmmain.h"
-#include "mainscreen/frmsplash.h"
+#include "mainscreen/startupwindows.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
 #include "sim/demobus.h"
@@ -32,7 +32,7 @@ Options parseArguments(const QApplication &app)
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption demo(QStringLiteral("demo"),
-                                  QStringLiteral("Run on a dozen built-in simulated receivers on COM1."));
+                                  QStringLiteral("Run on 64 built-in simulated receivers on COM1."));
     parser.addOption(demo);
     parser.addOption(zun::PortMap::commandLineOption());
     parser.process(app);
@@ -82,23 +82,10 @@ int main(int argc, char *argv[])
     // Every setting is on disk the moment it is saved, so the process can end at once.
     ctx.endProgram = [] { std::_Exit(0); };
 
-    std::unique_ptr<zun::FrmMain> mainWindow;
-    std::unique_ptr<zun::frmSplash> splash;
-    zun::StartupViews views;
-    views.showSplash = [&] {
-        splash = std::make_unique<zun::frmSplash>();
-        splash->show();
-        desktop.processEvents();
-    };
-    views.closeSplash = [&] { splash.reset(); };
-    views.showMainScreen = [&] {
-        mainWindow = std::make_unique<zun::FrmMain>(ctx);
-        mainWindow->show();
-        mainWindow->load();
-    };
-    if (!zun::startProgram(ctx, views))
+    zun::StartupWindows windows(ctx);
+    if (!zun::startProgram(ctx, windows.views()))
         return 1;
-    mainWindow->installSteps(loop);
+    windows.mainWindow()->installSteps(loop);
     loop.run();
     return 0;
 }

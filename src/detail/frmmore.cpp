@@ -28,6 +28,7 @@
 
 #include "platform/widgetname.h"
 #include <algorithm>
+#include <initializer_list>
 
 namespace zun {
 
@@ -127,11 +128,12 @@ void FrmMore::connectControls()
     connect(s.cmdFreqUp, &QToolButton::clicked, this, &FrmMore::cmdFreqUpClick);
     connect(s.cmdFreqDown, &QToolButton::clicked, this, &FrmMore::cmdFreqDownClick);
 
-    // The release ends a hold wherever the pointer is, so the value held is always sent.
+    // A hold starts on the mouse press (seen by the event filter) once the
+    // button shows itself down; the mouse release ends it. pressed() alone
+    // would start another hold each time the pointer slides back onto the
+    // button, and released() would end one each time it slides off.
     connect(s.cmdSQdec, &QPushButton::pressed, this, &FrmMore::cmdSQdecMouseDown);
     connect(s.cmdSQinc, &QPushButton::pressed, this, &FrmMore::cmdSQincMouseDown);
-    connect(s.cmdSQdec, &QPushButton::released, this, &FrmMore::squelchRelease);
-    connect(s.cmdSQinc, &QPushButton::released, this, &FrmMore::squelchRelease);
     connect(s.Mute, &QPushButton::clicked, this, &FrmMore::MuteClick);
 
     connect(m_cmdKob, &QPushButton::clicked, this, &FrmMore::cmdKobClick);
@@ -159,8 +161,14 @@ void FrmMore::connectControls()
         m_tools->SSTab1Click(left);
     });
 
-    for (QLineEdit *box : {s.txtAddr, s.txtRName, s.txtFreq})
-        box->installEventFilter(this);
+    // Whatever way text enters the name box, it passes the key filter.
+    connect(s.txtRName, &QLineEdit::textEdited, this, &FrmMore::txtRNameEdited);
+    connect(s.txtRName, &QLineEdit::textChanged, this,
+            [this] { m_nameBefore = m_settings->txtRName->text(); });
+
+    for (QObject *watched :
+         std::initializer_list<QObject *>{s.txtAddr, s.txtRName, s.txtFreq, s.cmdSQdec, s.cmdSQinc})
+        watched->installEventFilter(this);
 }
 
 const ReceiverRecord &FrmMore::record() const

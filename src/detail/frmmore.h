@@ -99,6 +99,10 @@ private:
     // Address, name, squelch, mute, KOB.
     void txtAddrKeyPress(int keyAscii);
     void txtRNameKeyPress(int &keyAscii);
+    void txtRNameEdited(const QString &text);
+    // Left press and release on a squelch button arm and end a hold; true for
+    // any event of those buttons, which then go on to Qt unchanged.
+    bool squelchMouse(QObject *watched, QEvent *event);
     void cmdSQdecMouseDown();
     void cmdSQincMouseDown();
     void squelchRelease();
@@ -123,6 +127,9 @@ private:
     QPushButton *m_cmdPrev = nullptr;
 
     PresetTable m_presets;
+    // Set by a left mouse press on a squelch button until its pressed() starts the hold.
+    bool m_squelchArmed = false;
+    QString m_nameBefore; // the name box's text before the latest edit
     bool m_closed = false;
     int m_stepMultiplier = 1;
     int m_squelchLevel = 0;

@@ -9,10 +9,12 @@
 #include <QGroupBox>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QTabWidget>
 
 #include <cmath>
+#include <utility>
 
 namespace zun {
 
@@ -33,14 +35,21 @@ int keyAsciiOf(const QKeyEvent *key)
     return text.at(0).unicode();
 }
 
+bool nameCharAllowed(int k)
+{
+    return k == 32 || (k >= 42 && k <= 57) || (k >= 65 && k <= 90);
+}
+
 bool nameKeyAllowed(int k)
 {
-    return k == 8 || k == 13 || k == 32 || (k >= 42 && k <= 57) || (k >= 65 && k <= 90);
+    return k == 8 || k == 13 || nameCharAllowed(k);
 }
 } // namespace
 
 bool FrmMore::eventFilter(QObject *watched, QEvent *event)
 {
+    if (squelchMouse(watched, event))
+        return QWidget::eventFilter(watched, event);
     if (event->type() != QEvent::KeyPress)
         return QWidget::eventFilter(watched, event);
     int keyAscii = keyAsciiOf(static_cast<QKeyEvent *>(event));
@@ -108,14 +117,61 @@ void FrmMore::txtRNameKeyPress(int &keyAscii)
     showPanelName();
 }
 
+void FrmMore::txtRNameEdited(const QString &text)
+{
+    // Keys were filtered one by one already; this catches text that arrives
+    // whole (paste, drag and drop, an input method). Only the inserted part
+    // is looked at, so a name as the receiver reported it stays untouched.
+    const QString &before = m_nameBefore;
+    qsizetype head = 0;
+    while (head < before.size() && head < text.size() && before[head] == text[head])
+        ++head;
+    qsizetype tail = 0;
+    while (tail < before.size() - head && tail < text.size() - head &&
+           before[before.size() - 1 - tail] == text[text.size() - 1 - tail])
+        ++tail;
+    const QString inserted = text.mid(head, text.size() - head - tail);
+    QString kept;
+    for (QChar c : inserted)
+        if (nameCharAllowed(c.unicode()))
+            kept += c;
+    if (kept.size() == inserted.size())
+        return;
+    QLineEdit *box = m_settings->txtRName;
+    box->setText(text.left(head) + kept + text.right(tail));
+    box->setCursorPosition(static_cast<int>(head + kept.size()));
+    m_ctx.platform.dialogs.message(QStringLiteral("Please enter 0-9 or A-Z or +-*/"));
+}
+
+bool FrmMore::squelchMouse(QObject *watched, QEvent *event)
+{
+    SettingsTab &s = *m_settings;
+    if (watched != s.cmdSQdec && watched != s.cmdSQinc)
+        return false;
+    const auto type = event->type();
+    if ((type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease) &&
+        static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton) {
+        if (type == QEvent::MouseButtonPress) {
+            m_squelchArmed = true;
+        } else {
+            m_squelchArmed = false;
+            // The release ends the hold wherever the pointer is, so the value held is always sent.
+            squelchRelease();
+        }
+    }
+    return true;
+}
+
 void FrmMore::cmdSQdecMouseDown()
 {
-    m_ctx.bus.squelchPressed(-1);
+    if (std::exchange(m_squelchArmed, false))
+        m_ctx.bus.squelchPressed(-1);
 }
 
 void FrmMore::cmdSQincMouseDown()
 {
-    m_ctx.bus.squelchPressed(+1);
+    if (std::exchange(m_squelchArmed, false))
+        m_ctx.bus.squelchPressed(+1);
 }
 
 void FrmMore::squelchRelease()
@@ -163,7 +219,8 @@ void FrmMore::showKobPhase(KobPhase phase)
         setWindowTitle(QStringLiteral("Performing KOB function now ..."));
         break;
     case KobPhase::Waiting:
-        setWindowTitle(QString());
+        // An empty title would show the application's name instead.
+        setWindowTitle(QStringLiteral(" "));
         break;
     case KobPhase::Complete:
         setWindowTitle(QStringLiteral("Complete!"));

@@ -191,8 +191,12 @@ SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
     cmdSQinc->setAccessibleName(QStringLiteral("Squelch up"));
     cmdSQdec->setToolTip(QStringLiteral("Lower the squelch; hold to repeat"));
     cmdSQinc->setToolTip(QStringLiteral("Raise the squelch; hold to repeat"));
-    for (QPushButton *b : {cmdSQdec, cmdSQinc})
+    // Mouse only: a hold runs from a mouse press to its release, and a key
+    // press on them would do nothing.
+    for (QPushButton *b : {cmdSQdec, cmdSQinc}) {
         b->setFixedSize(30, 26);
+        b->setFocusPolicy(Qt::NoFocus);
+    }
     PB_SQ = new SquelchBar(audio);
     PB_SQ->setToolTip(QStringLiteral("Squelch threshold on the RF level scale"));
     lbSQValue = named(new QLabel(audio), QStringLiteral("lbSQValue"));

@@ -1,5 +1,6 @@
 #include "mainscreen/frmmain.h"
 
+#include "alarms/monitoring.h"
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"
@@ -49,6 +50,8 @@ FrmMain::FrmMain(Context &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx
     connect(&m_ctx.bus, &ReceiverBus::panelLevels, this, &FrmMain::UpdateRcvPanel);
     connect(&m_ctx.bus, &ReceiverBus::panelOffline, this, &FrmMain::showOffline);
     connectDetection();
+    m_monitoring = new Monitoring(
+        ctx, *this, [this](int index) { return validIndex(index) ? m_ctx.bus.record(index).address : 0; });
     resize(1280, 760);
 }
 

@@ -19,6 +19,7 @@ namespace zun {
 
 struct Context;
 class FrmMore;
+class Monitoring;
 class PanelGrid;
 class RcvPanel;
 class WorkLoop;
@@ -77,6 +78,8 @@ public:
     RcvPanel *panel(int index) const;
     FrmMore *detailWindow() const { return m_more; }
     QMenu *popupMenu() const { return m_popup; }
+    // Alarms and the show log; the app connects them to the receiver layer.
+    Monitoring *monitoring() const { return m_monitoring; }
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -99,6 +102,7 @@ private:
     PanelGrid *m_grid = nullptr;
     frmCheckNet *m_checkNet = nullptr;
     QPointer<FrmMore> m_more;
+    Monitoring *m_monitoring = nullptr;
     QMenu *m_popup = nullptr;
     QAction *m_mnuBaud1 = nullptr;
     std::array<QAction *, 9> m_mnuCom{}; // index 1..8

@@ -37,7 +37,10 @@ void FrmMain::buildPopupMenu()
         {"mnu_PM_VOL", "Show Volume", ModeVolume},
     };
     for (const auto &item : items) {
-        QAction *action = m_popup->addAction(QString::fromLatin1(item.caption));
+        // The captions carry no mnemonics: an ampersand in them is a character.
+        QString caption = QString::fromLatin1(item.caption);
+        caption.replace(QLatin1Char('&'), QStringLiteral("&&"));
+        QAction *action = m_popup->addAction(caption);
         action->setObjectName(QString::fromLatin1(item.name));
         const int mode = item.mode;
         // The volume item has no action of its own.

@@ -286,6 +286,42 @@ void RcvPanel::blinkPhase(int phase)
     m_name->setPalette(pal);
 }
 
+namespace {
+// A translucent wash over the name label that lets the name show through.
+class AlarmGlow : public QWidget
+{
+public:
+    explicit AlarmGlow(QWidget *label) : QWidget(label)
+    {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        setObjectName(QStringLiteral("alarmGlow"));
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter p(this);
+        p.fillRect(rect(), QColor(255, 60, 0, 170));
+    }
+};
+} // namespace
+
+void RcvPanel::setAlarmLit(bool lit)
+{
+    if (!m_alarmGlow) {
+        if (!lit)
+            return;
+        m_alarmGlow = new AlarmGlow(m_name);
+    }
+    m_alarmGlow->setGeometry(m_name->rect());
+    m_alarmGlow->setVisible(lit);
+}
+
+bool RcvPanel::alarmLit() const
+{
+    return m_alarmGlow && !m_alarmGlow->isHidden();
+}
+
 void RcvPanel::setNameColors(const QColor &text, const QColor &background)
 {
     QPalette pal = m_name->palette();

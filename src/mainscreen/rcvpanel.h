@@ -49,6 +49,10 @@ public:
     // One step of the offline blink: phase 0 turns a red name to the
     // button-face colour, phase 1 turns it back; other colours are left alone.
     void blinkPhase(int phase);
+    // One step of an alarm flash: the name label lit in the alarm colour or
+    // not. Drawn over the label, so its own colours stay as they are.
+    void setAlarmLit(bool lit);
+    bool alarmLit() const;
 
     // Size of type and signs relative to the design size (1.0 = 80 px wide
     // strips); compact drops the meter captions for the all-panels view.
@@ -96,6 +100,7 @@ private:
     bool m_compact = false;
 
     ClickLabel *m_name = nullptr;
+    QWidget *m_alarmGlow = nullptr;
     QLabel *m_kob = nullptr;
     LevelMeter *m_rfA = nullptr;
     LevelMeter *m_rfB = nullptr;

@@ -1,9 +1,17 @@
 #include "platform/dialogs.h"
 
 #include <QApplication>
+#include <QButtonGroup>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QGroupBox>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace zun {
 
@@ -60,6 +68,37 @@ QString QtDialogs::saveFileName(const QString &filter)
     return QFileDialog::getSaveFileName(QApplication::activeWindow(), kCaption, QString(), qtFilter(filter));
 }
 
+std::optional<QList<int>> QtDialogs::chooseOptions(const QString &title, const QList<QStringList> &groups)
+{
+    QDialog dialog(QApplication::activeWindow());
+    dialog.setWindowTitle(title.isEmpty() ? kCaption : title);
+    auto *column = new QVBoxLayout(&dialog);
+    QList<QButtonGroup *> buttonGroups;
+    for (const QStringList &group : groups) {
+        auto *box = new QGroupBox(group.value(0), &dialog);
+        auto *boxColumn = new QVBoxLayout(box);
+        auto *buttons = new QButtonGroup(box);
+        for (int k = 1; k < group.size(); ++k) {
+            auto *option = new QRadioButton(group.at(k), box);
+            option->setChecked(k == 1);
+            buttons->addButton(option, k - 1);
+            boxColumn->addWidget(option);
+        }
+        column->addWidget(box);
+        buttonGroups << buttons;
+    }
+    auto *okCancel = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    QObject::connect(okCancel, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(okCancel, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    column->addWidget(okCancel);
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    QList<int> chosen;
+    for (QButtonGroup *buttons : buttonGroups)
+        chosen << std::max(buttons->checkedId(), 0);
+    return chosen;
+}
+
 MessageAnswer ScriptedDialogs::message(const QString &text, MessageButtons buttons)
 {
     m_shown.append({QStringLiteral("message"), text, buttons});
@@ -86,6 +125,14 @@ QString ScriptedDialogs::saveFileName(const QString &filter)
 {
     m_shown.append({QStringLiteral("save"), filter, MessageButtons::Ok});
     return m_files.isEmpty() ? QString() : m_files.takeFirst();
+}
+
+std::optional<QList<int>> ScriptedDialogs::chooseOptions(const QString &title, const QList<QStringList> &)
+{
+    m_shown.append({QStringLiteral("choose"), title, MessageButtons::Ok});
+    if (m_choices.isEmpty())
+        return std::nullopt;
+    return m_choices.takeFirst();
 }
 
 QStringList ScriptedDialogs::messages() const

@@ -29,6 +29,11 @@ public:
     // Empty text when the user cancelled.
     virtual QString openFileName(const QString &filter) = 0;
     virtual QString saveFileName(const QString &filter) = 0;
+    // A small form of option groups with one choice each: every group is its
+    // caption followed by its options. The chosen index per group, or empty
+    // when the user cancelled.
+    virtual std::optional<QList<int>> chooseOptions(const QString &title,
+                                                    const QList<QStringList> &groups) = 0;
 };
 
 // Real modal dialogs, parented to the active window.
@@ -40,6 +45,7 @@ public:
                                     const QString &defaultText) override;
     QString openFileName(const QString &filter) override;
     QString saveFileName(const QString &filter) override;
+    std::optional<QList<int>> chooseOptions(const QString &title, const QList<QStringList> &groups) override;
 };
 
 // Test double: answers come from queues; everything shown is recorded.
@@ -48,7 +54,7 @@ class ScriptedDialogs final : public Dialogs
 public:
     struct Shown
     {
-        QString kind; // "message", "input", "open", "save"
+        QString kind; // "message", "input", "open", "save", "choose"
         QString text;
         MessageButtons buttons = MessageButtons::Ok;
     };
@@ -58,12 +64,15 @@ public:
                                     const QString &defaultText) override;
     QString openFileName(const QString &filter) override;
     QString saveFileName(const QString &filter) override;
+    std::optional<QList<int>> chooseOptions(const QString &title, const QList<QStringList> &groups) override;
 
     // Yes/No questions take the next queued answer, else No.
     void queueAnswer(MessageAnswer answer) { m_answers.append(answer); }
     // Input boxes take the next queued text; nullopt stands for Cancel.
     void queueInput(std::optional<QString> text) { m_inputs.append(text); }
     void queueFileName(const QString &name) { m_files.append(name); }
+    // Option forms take the next queued choices; nullopt (or none queued) is Cancel.
+    void queueChoices(std::optional<QList<int>> choices) { m_choices.append(choices); }
 
     const QList<Shown> &shown() const { return m_shown; }
     QStringList messages() const;
@@ -73,6 +82,7 @@ private:
     QList<MessageAnswer> m_answers;
     QList<std::optional<QString>> m_inputs;
     QStringList m_files;
+    QList<std::optional<QList<int>>> m_choices;
     QList<Shown> m_shown;
 };
 

@@ -633,10 +633,12 @@ bool ReceiverBus::changeBaudRate(int baudrate)
     const auto frame = frames::baudRate(baudrate);
     if (!frame)
         return false;
-    send(*frame, 0, 50);
+    if (!send(*frame, 0, 50))
+        return false;
+    // A line that does not come back at the new speed ends the command here:
+    // the stored speed must not claim a rate the line is not running at.
     m_line.close();
-    m_line.applySettings(lineSettings(baudrate));
-    if (!m_line.open())
+    if (!m_line.applySettings(lineSettings(baudrate)) || !m_line.open())
         return false;
     m_settings.save(kApp, QStringLiteral("MSComm"), QStringLiteral("Baudrate"), QString::number(baudrate));
     m_options.Baudrate = baudrate;

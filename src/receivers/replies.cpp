@@ -61,11 +61,11 @@ std::optional<LevelReply> parseLevels(QStringView reply, int address)
     return levelBytes(reply);
 }
 
-std::optional<ScanPoint> parseScanPoint(QStringView reply, int address)
+std::optional<ScanPointReply> parseScanPoint(QStringView reply, int address)
 {
     if (!isReplyFrom(reply, address))
         return std::nullopt;
-    return ScanPoint{levelBytes(reply)};
+    return ScanPointReply{levelBytes(reply)};
 }
 
 std::optional<PresetReply> parsePreset(QStringView reply, int address)

@@ -45,11 +45,11 @@ std::optional<LevelReply> parseLevels(QStringView reply, int address);
 
 // One spectrum point, the reply to "E": the level bytes, the antennas as the
 // scan takes them.
-struct ScanPoint
+struct ScanPointReply
 {
     LevelReply raw;
 };
-std::optional<ScanPoint> parseScanPoint(QStringView reply, int address);
+std::optional<ScanPointReply> parseScanPoint(QStringView reply, int address);
 
 // The preset a receiver tuned to after "D": its frequency code.
 struct PresetReply

@@ -15,8 +15,10 @@ constexpr int kMaxLines = 1000;
 
 QString quoted(QString text)
 {
-    // The format has no escape for a quote inside a string.
+    // The format has no escape for a quote inside a string, and a line break
+    // would end the line; a receiver may report either in its texts.
     text.replace(QLatin1Char('"'), QLatin1Char('\''));
+    text.replace(QLatin1Char('\n'), QLatin1Char(' '));
     return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
@@ -77,12 +79,6 @@ std::optional<int> integerIn(const Field &field, int low, int high)
     return value;
 }
 
-bool isFrequencyText(const QString &text)
-{
-    static const QRegularExpression pattern(QStringLiteral("^[0-9A-Fa-f]{1,4}$"));
-    return pattern.match(text).hasMatch();
-}
-
 QString lineError(int lineNumber, const QString &what)
 {
     return QStringLiteral("Line %1 of the settings file %2.").arg(lineNumber).arg(what);
@@ -121,13 +117,6 @@ SettingsParse parseSettings(const QByteArray &text)
             raw.chop(1);
         if (raw.trimmed().isEmpty())
             continue;
-        for (char c : raw) {
-            const auto u = static_cast<unsigned char>(c);
-            if (u < 0x20 || u > 0x7E) {
-                result.error = lineError(number, QStringLiteral("holds characters that do not belong there"));
-                return result;
-            }
-        }
         const auto fields = splitFields(QString::fromLatin1(raw));
         if (!fields) {
             result.error = lineError(number, QStringLiteral("has a quote that is not closed"));
@@ -141,9 +130,10 @@ SettingsParse parseSettings(const QByteArray &text)
         const QList<Field> &f = *fields;
         SettingsLine line;
         const auto address = integerIn(f[0], 1, 64);
-        const auto group = integerIn(f[2], 1, 15);
+        // Ranges are those a receiver can report, so every saved line loads.
+        const auto group = integerIn(f[2], 0, 15);
         const auto channel = integerIn(f[3], 1, 16);
-        const auto squelch = integerIn(f[6], 0, 99);
+        const auto squelch = integerIn(f[6], 0, 255);
         const auto second = integerIn(f[7], 0, 255);
         const auto manual = integerIn(f[8], -1, 0);
         const auto mute = integerIn(f[9], -1, 0);
@@ -153,13 +143,13 @@ SettingsParse parseSettings(const QByteArray &text)
         else if (!f[1].quoted)
             bad = QStringLiteral("a name that is not in quotes");
         else if (!group)
-            bad = QStringLiteral("a group that is not a number from 1 to 15");
+            bad = QStringLiteral("a group that is not a number from 0 to 15");
         else if (!channel)
             bad = QStringLiteral("a channel that is not a number from 1 to 16");
-        else if (!f[4].quoted || !isFrequencyText(f[4].text) || !f[5].quoted || !isFrequencyText(f[5].text))
-            bad = QStringLiteral("a frequency that is not four hexadecimal digits in quotes");
+        else if (!f[4].quoted || !f[5].quoted)
+            bad = QStringLiteral("a frequency that is not in quotes");
         else if (!squelch)
-            bad = QStringLiteral("a squelch that is not a number from 0 to 99");
+            bad = QStringLiteral("a squelch that is not a number from 0 to 255");
         else if (!second)
             bad = QStringLiteral("a level setting that is not a number from 0 to 255");
         else if (!manual || !mute)
@@ -172,8 +162,8 @@ SettingsParse parseSettings(const QByteArray &text)
         line.name = f[1].text;
         line.group = *group;
         line.channel = *channel;
-        line.channelFreqCode = f[4].text.toUpper();
-        line.manualFreqCode = f[5].text.toUpper();
+        line.channelFreqCode = f[4].text;
+        line.manualFreqCode = f[5].text;
         line.squelch = *squelch;
         line.secondLevel = *second;
         line.manualFreq = *manual != 0;

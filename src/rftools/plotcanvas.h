@@ -22,7 +22,7 @@ public:
     PlotGeometry plotGeometry() const { return PlotGeometry::forScale(width(), height()); }
 
     // The picture back to its empty background.
-    void clearPicture();
+    virtual void clearPicture();
     // What the picture shows now, in device pixels.
     QImage pictureImage();
 

@@ -3,6 +3,8 @@
 #include "rftools/lineraster.h"
 #include "rftools/plotparts.h"
 
+#include <QPainter>
+
 #include <algorithm>
 #include <cstring>
 
@@ -14,9 +16,19 @@ RecorderPlot::RecorderPlot(QWidget *parent)
 {
 }
 
+void RecorderPlot::clearPicture()
+{
+    PlotCanvas::clearPicture();
+    m_traces = QImage();
+}
+
 void RecorderPlot::drawStep(const RecorderSegment &segment, const QColor &colorA, const QColor &colorB)
 {
-    ensureImages();
+    if (ensureImages() || m_traces.size() != m_shown.size()) {
+        m_traces = QImage(m_shown.size(), QImage::Format_ARGB32_Premultiplied);
+        m_traces.setDevicePixelRatio(m_shown.devicePixelRatio());
+        m_traces.fill(Qt::transparent);
+    }
     // Whatever a step that is not shown draws is thrown away with its surface,
     // so there is nothing to do for it.
     if (!segment.present)
@@ -24,36 +36,42 @@ void RecorderPlot::drawStep(const RecorderSegment &segment, const QColor &colorA
 
     if (segment.scroll > 0)
         scrollLeft(segment.scroll);
-    rasterLine(m_shown, toDevice(segment.fromX, segment.fromYA), toDevice(segment.toX, segment.toYA),
+    rasterLine(m_traces, toDevice(segment.fromX, segment.fromYA), toDevice(segment.toX, segment.toYA),
                colorA.rgb());
-    rasterLine(m_shown, toDevice(segment.fromX, segment.fromYB), toDevice(segment.toX, segment.toYB),
+    rasterLine(m_traces, toDevice(segment.fromX, segment.fromYB), toDevice(segment.toX, segment.toYB),
                colorB.rgb());
+    compose();
     update();
+}
+
+void RecorderPlot::compose()
+{
+    m_shown = m_background.copy();
+    QPainter p(&m_shown);
+    p.drawImage(QPointF(0, 0), m_traces);
 }
 
 void RecorderPlot::scrollLeft(int columns)
 {
-    const int w = m_shown.width();
-    const int h = m_shown.height();
+    const int w = m_traces.width();
+    const int h = m_traces.height();
     const int s = std::clamp(toDevice(columns), 0, w);
     if (s == 0)
         return;
-    uchar *bits = m_shown.bits();
-    const qsizetype line = m_shown.bytesPerLine();
+    uchar *bits = m_traces.bits();
+    const qsizetype line = m_traces.bytesPerLine();
     const qsizetype row = static_cast<qsizetype>(w) * 4;
     const qsizetype shift = static_cast<qsizetype>(s) * 4;
-    // History moves left by s columns in one copy over the whole image (rows
+    // History moves left by s columns in one copy over the whole layer (rows
     // are contiguous); what falls off the left edge is gone.
     if (line == row)
         std::memmove(bits, bits + shift, static_cast<std::size_t>(line * h - shift));
     else
         for (int y = 0; y < h; ++y)
             std::memmove(bits + y * line, bits + y * line + shift, static_cast<std::size_t>(row - shift));
-    // The freed columns on the right get the bare background back.
-    const uchar *clean = m_background.constBits();
+    // The freed columns on the right are empty again.
     for (int y = 0; y < h; ++y)
-        std::memcpy(bits + y * line + (row - shift), clean + y * line + (row - shift),
-                    static_cast<std::size_t>(shift));
+        std::memset(bits + y * line + (row - shift), 0, static_cast<std::size_t>(shift));
 }
 
 } // namespace zun

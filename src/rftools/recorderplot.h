@@ -21,10 +21,19 @@ public:
 
     SquelchLine *squelchLine() const { return m_squelchLine; }
 
+    void clearPicture() override;
+
 private:
     void scrollLeft(int columns);
+    // The picture shown: the background with the traces laid over it.
+    void compose();
 
     SquelchLine *m_squelchLine;
+    // The traces alone, on a transparent layer of the picture's size. Only
+    // this layer scrolls: the grid stays where it is and stays whole, where
+    // scrolling it with the traces would leave the dotted lines' pattern out
+    // of step with the columns filled in at the right edge.
+    QImage m_traces;
 };
 
 } // namespace zun

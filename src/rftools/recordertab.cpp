@@ -27,6 +27,8 @@ RecorderTab::RecorderTab(QWidget *parent) : QWidget(parent)
     m_run = named(new QPushButton(QStringLiteral("Run")), QStringLiteral("RF_Run"));
     m_stop = named(new QPushButton(QStringLiteral("Stop")), QStringLiteral("RF_Stop"));
     m_clear = named(new QPushButton(QStringLiteral("Clear")), QStringLiteral("RF_Clear"));
+    m_png = named(new QPushButton(QStringLiteral("PNG...")), QStringLiteral("RF_Png"));
+    m_png->setToolTip(QStringLiteral("Save the picture as a PNG image"));
 
     auto *speed = named(new QGroupBox(QStringLiteral("Speed")), QStringLiteral("Frame5"));
     m_slow = named(new QRadioButton(QStringLiteral("Slow")), QStringLiteral("OptLow"));
@@ -70,6 +72,7 @@ RecorderTab::RecorderTab(QWidget *parent) : QWidget(parent)
     right->addWidget(m_stop);
     right->addWidget(m_clear);
     right->addWidget(speed);
+    right->addWidget(m_png);
     right->addStretch(1);
 
     auto *top = new QHBoxLayout(this);

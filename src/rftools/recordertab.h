@@ -23,6 +23,7 @@ public:
     QPushButton *runButton() const { return m_run; }
     QPushButton *stopButton() const { return m_stop; }
     QPushButton *clearButton() const { return m_clear; }
+    QPushButton *pngButton() const { return m_png; }
     QRadioButton *slowOption() const { return m_slow; }
     QRadioButton *fastOption() const { return m_fast; }
     QLabel *elapsedLabel() const { return m_elapsed; }
@@ -38,6 +39,7 @@ private:
     QPushButton *m_run;
     QPushButton *m_stop;
     QPushButton *m_clear;
+    QPushButton *m_png;
     QRadioButton *m_slow;
     QRadioButton *m_fast;
     QLabel *m_elapsed;

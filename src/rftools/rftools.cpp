@@ -2,12 +2,16 @@
 
 #include "core/context.h"
 #include "rftools/dropcounterpanel.h"
+#include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
 #include "rftools/rfrecorder.h"
 #include "rftools/rftoolshost.h"
+#include "rftools/scanfiles.h"
+#include "rftools/scanplot.h"
 #include "rftools/scansweep.h"
 #include "rftools/scantab.h"
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
 
@@ -19,6 +23,27 @@ RfTools::RfTools(Context &ctx, RfToolsHost &host, QWidget *parentWidget)
 {
     m_spectrum = new SpectrumScan(ctx, host, m_scan, *m_spectrumTab, this);
     m_recorder = new RfRecorder(ctx, host, m_scan, m_recording, *m_recorderTab, this);
+    connect(&ctx.bus, &ReceiverBus::workModeChanged, m_spectrum, &SpectrumScan::updateRunCaption);
+    // The recorder's buttons change the work mode too; the scan's Run/Stop
+    // caption must not go on saying "Stop" once the scan no longer runs.
+    for (QPushButton *b :
+         {m_recorderTab->runButton(), m_recorderTab->stopButton(), m_recorderTab->clearButton()})
+        connect(b, &QPushButton::clicked, m_spectrum, &SpectrumScan::updateRunCaption);
+    m_files = new ScanFiles(ctx, host, m_scan, *m_spectrumTab, this);
+
+    // Connected after the scan's own Clear, so the comparison traces come back on the cleared picture.
+    connect(m_spectrumTab->clearButton(), &QPushButton::clicked, m_files, &ScanFiles::redraw);
+    connect(m_spectrumTab->plot(), &SpectrumPlot::pictureRebuilt, m_files, &ScanFiles::redraw);
+    connect(m_spectrumTab->exportButton(), &QPushButton::clicked, m_files, &ScanFiles::exportScan);
+    connect(m_spectrumTab->importButton(), &QPushButton::clicked, m_files, &ScanFiles::importReference);
+    connect(m_spectrumTab->pngButton(), &QPushButton::clicked, m_files,
+            [this] { m_files->savePng(m_spectrumTab->plot()); });
+    connect(m_recorderTab->pngButton(), &QPushButton::clicked, m_files,
+            [this] { m_files->savePng(m_recorderTab->plot()); });
+    connect(m_spectrumTab->maxHoldBox(), &QCheckBox::toggled, m_files,
+            [this](bool on) { m_files->holdToggled(HoldTraces::Max, on); });
+    connect(m_spectrumTab->minHoldBox(), &QCheckBox::toggled, m_files,
+            [this](bool on) { m_files->holdToggled(HoldTraces::Min, on); });
 
     connect(m_dropPanel->runButton(), &QPushButton::clicked, this, [this] {
         m_ctx.bus.drops().run();

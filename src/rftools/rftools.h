@@ -15,6 +15,7 @@ class DropCounterPanel;
 class RecorderTab;
 class RfRecorder;
 class RfToolsHost;
+class ScanFiles;
 class SpectrumScan;
 class SpectrumTab;
 
@@ -60,6 +61,7 @@ public:
 
     SpectrumScan &spectrum() const { return *m_spectrum; }
     RfRecorder &recorderControl() const { return *m_recorder; }
+    ScanFiles &files() const { return *m_files; }
     const ScanState &scanState() const { return m_scan; }
     const RecorderState &recorderState() const { return m_recording; }
 
@@ -75,6 +77,7 @@ private:
     DropCounterPanel *m_dropPanel;
     SpectrumScan *m_spectrum;
     RfRecorder *m_recorder;
+    ScanFiles *m_files;
 };
 
 } // namespace zun

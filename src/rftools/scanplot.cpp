@@ -5,6 +5,7 @@
 
 #include <QMouseEvent>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -43,15 +44,81 @@ void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xS
     for (int i = 0; i <= last; ++i)
         (i % 2 ? m_oddPoints : m_evenPoints).push_back(pointAt(i));
 
-    // The whole picture is redone: background first, then the trace.
+    // The whole picture is redone: background first, then the traces.
+    startFromBackground();
+    drawReference(xScale);
+    const QRgb green = plotColors::kTrace.rgb();
+    rasterPolyline(m_shown, m_oddPoints.data(), static_cast<int>(m_oddPoints.size()), green);
+    rasterPolyline(m_shown, m_evenPoints.data(), static_cast<int>(m_evenPoints.size()), green);
+    drawHolds(last, xScale);
+}
+
+void SpectrumPlot::drawComparisonOnly(double xScale)
+{
+    ensureImages();
+    startFromBackground();
+    drawReference(xScale);
+    if (m_holds)
+        drawHolds(static_cast<int>(m_holds->trace(HoldTraces::Max).size()) - 1, xScale);
+    update();
+}
+
+void SpectrumPlot::setComparisonTraces(const HoldTraces *holds, const ReferenceTrace *reference)
+{
+    m_holds = holds;
+    m_reference = reference;
+}
+
+void SpectrumPlot::startFromBackground()
+{
     if (m_shown.size() == m_background.size() && m_shown.bytesPerLine() == m_background.bytesPerLine())
         std::memcpy(m_shown.bits(), m_background.constBits(),
                     static_cast<std::size_t>(m_background.sizeInBytes()));
     else
         m_shown = m_background.copy();
-    const QRgb green = plotColors::kTrace.rgb();
-    rasterPolyline(m_shown, m_oddPoints.data(), static_cast<int>(m_oddPoints.size()), green);
-    rasterPolyline(m_shown, m_evenPoints.data(), static_cast<int>(m_evenPoints.size()), green);
+}
+
+void SpectrumPlot::drawReference(double xScale)
+{
+    if (!m_reference || m_reference->empty())
+        return;
+    const PlotGeometry g = plotGeometry();
+    m_runPoints.clear();
+    for (const QPointF &p : *m_reference) {
+        const int level = std::clamp(static_cast<int>(std::lround(p.y())), 0, 99);
+        m_runPoints.push_back(toDevice(static_cast<int>(std::floor(p.x() * xScale)), g.levelY(level)));
+    }
+    rasterPolyline(m_shown, m_runPoints.data(), static_cast<int>(m_runPoints.size()),
+                   traceColors::kReference.rgb());
+    // A single point would set no pixel as a polyline.
+    if (m_runPoints.size() == 1)
+        rasterLine(m_shown, m_runPoints.front(), m_runPoints.front() + QPoint(1, 0),
+                   traceColors::kReference.rgb());
+}
+
+void SpectrumPlot::drawHolds(int last, double xScale)
+{
+    if (!m_holds)
+        return;
+    const PlotGeometry g = plotGeometry();
+    for (auto kind : {HoldTraces::Min, HoldTraces::Max}) {
+        if (!m_holds->enabled(kind))
+            continue;
+        const auto &trace = m_holds->trace(kind);
+        const QRgb color = (kind == HoldTraces::Max ? traceColors::kMaxHold : traceColors::kMinHold).rgb();
+        const int end = std::min(last, static_cast<int>(trace.size()) - 1);
+        // Held points are joined across the points a coarser step skipped.
+        m_runPoints.clear();
+        for (int i = 0; i <= end; ++i) {
+            const int v = trace[static_cast<std::size_t>(i)];
+            if (v != HoldTraces::kNone)
+                m_runPoints.push_back(toDevice(static_cast<int>(std::floor(i * xScale)), g.levelY(v)));
+        }
+        if (m_runPoints.size() == 1)
+            rasterLine(m_shown, m_runPoints.front(), m_runPoints.front() + QPoint(1, 0), color);
+        else
+            rasterPolyline(m_shown, m_runPoints.data(), static_cast<int>(m_runPoints.size()), color);
+    }
 }
 
 void SpectrumPlot::mouseMoveEvent(QMouseEvent *event)

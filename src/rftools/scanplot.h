@@ -2,6 +2,7 @@
 
 #include "rftools/peaksort.h"
 #include "rftools/plotcanvas.h"
+#include "rftools/scanstate.h"
 
 #include <QPoint>
 
@@ -11,6 +12,13 @@ namespace zun {
 
 class DiamondMarker;
 class SquelchLine;
+
+// The comparison traces, each in a colour of its own against the live green.
+namespace traceColors {
+inline constexpr QColor kMaxHold{255, 170, 0};
+inline constexpr QColor kMinHold{0, 200, 255};
+inline constexpr QColor kReference{230, 110, 255};
+} // namespace traceColors
 
 // PB_Spec: the level-versus-frequency picture of the scan, with the marker
 // imgDiamond and the squelch line SQ_Line1 on top.
@@ -22,6 +30,11 @@ public:
 
     // Composes the whole trace off-screen; present() shows it.
     void drawTrace(const LevelArray &levels, int pointCount, double xScale);
+    // Only the reference and hold traces, as after Clear.
+    void drawComparisonOnly(double xScale);
+    // The reference goes under the live trace, the hold traces over it. The
+    // owner keeps both alive as long as the plot.
+    void setComparisonTraces(const HoldTraces *holds, const ReferenceTrace *reference);
     void present() { update(); }
 
     DiamondMarker *diamond() const { return m_diamond; }
@@ -37,10 +50,17 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    void startFromBackground();
+    void drawReference(double xScale);
+    void drawHolds(int last, double xScale);
+
     DiamondMarker *m_diamond;
     SquelchLine *m_squelchLine;
     std::vector<QPoint> m_oddPoints; // kept between steps: no allocation per step
     std::vector<QPoint> m_evenPoints;
+    std::vector<QPoint> m_runPoints;
+    const HoldTraces *m_holds = nullptr;
+    const ReferenceTrace *m_reference = nullptr;
     bool m_leftPressed = false;
 };
 

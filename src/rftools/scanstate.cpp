@@ -10,6 +10,8 @@ void ScanState::setPointCount(int n)
     pointCount = std::clamp(n, 0, kMaxPointCount);
     levels.assign(static_cast<std::size_t>(pointCount) + 1, 0);
     peakOrder.assign(static_cast<std::size_t>(pointCount) + 1, 0);
+    holds.resize(pointCount);
+    measured.assign(static_cast<std::size_t>(pointCount) + 1, 0);
     scanIndex = std::min(scanIndex, pointCount);
     peakCursor = std::min(peakCursor, pointCount);
     peakListValid = false;
@@ -33,8 +35,11 @@ int ScanState::xOf(int index) const
 void ScanState::storeLevel()
 {
     level = std::max(rfA, rfB);
-    if (scanIndex >= 0 && scanIndex <= pointCount)
+    if (scanIndex >= 0 && scanIndex <= pointCount) {
         levels[scanIndex] = static_cast<std::int16_t>(level < 1 ? 1 : level);
+        measured[static_cast<std::size_t>(scanIndex)] = 1;
+        holds.record(scanIndex, levels[scanIndex]);
+    }
 }
 
 bool ScanState::stopReached(SweepMode mode) const
@@ -69,6 +74,8 @@ void ScanState::clear()
     cursorY = geometry.baseLine;
     scanIndex = 0;
     timer.clear();
+    holds.clear();
+    std::fill(measured.begin(), measured.end(), 0);
 }
 
 void ScanState::moveCursorTo(int index)

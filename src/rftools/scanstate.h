@@ -1,12 +1,22 @@
 #pragma once
 
 #include "rftools/elapsed.h"
+#include "rftools/holdtraces.h"
 #include "rftools/peaksort.h"
 #include "rftools/rfscale.h"
+
+#include <QPointF>
+
+#include <cstdint>
+#include <vector>
 
 namespace zun {
 
 enum class SweepMode { Single, Continuous, Halt };
+
+// An imported scan to compare with: x is the fractional point number in the
+// current band, y the level on the 0..99 scale.
+using ReferenceTrace = std::vector<QPointF>;
 
 // Everything the spectrum scan knows, without widgets or the line: the band
 // as points 0..N, what was measured there, the cursor and the peak walk.
@@ -38,6 +48,10 @@ struct ScanState
     int peakCursor = 0;
     bool peakListValid = false;
     RunTimer timer;
+
+    std::vector<std::uint8_t> measured; // 1 where a reading was stored since Clear, not a floor fill
+    HoldTraces holds;                   // kept from every measured point, emptied by Clear
+    ReferenceTrace reference;           // survives Clear: it is not this scan's data
 
     // Form load: N from the receiver's band (out-of-range widths are cut to
     // what the arrays can hold), all points unmeasured.

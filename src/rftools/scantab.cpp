@@ -5,6 +5,7 @@
 #include "rftools/rfnaming.h"
 #include "rftools/scanplot.h"
 
+#include <QCheckBox>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -63,6 +64,7 @@ SpectrumTab::SpectrumTab(QWidget *parent) : QWidget(parent)
     right->addLayout(buttons);
     right->addWidget(buildStepFrame());
     right->addWidget(buildSweepFrame());
+    right->addLayout(buildFileButtons());
     right->addStretch(1);
 
     auto *top = new QHBoxLayout(this);
@@ -100,6 +102,27 @@ QGroupBox *SpectrumTab::buildSweepFrame()
     column->addWidget(m_halt);
     m_continuous->setChecked(true);
     return box;
+}
+
+QLayout *SpectrumTab::buildFileButtons()
+{
+    m_maxHold = named(new QCheckBox(QStringLiteral("Max hold")), QStringLiteral("chkMaxHold"));
+    m_minHold = named(new QCheckBox(QStringLiteral("Min hold")), QStringLiteral("chkMinHold"));
+    m_export = named(new QPushButton(QStringLiteral("Export...")), QStringLiteral("SP_Export"));
+    m_export->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
+    m_export->setToolTip(QStringLiteral("Export the scan as CSV (Ctrl+E)"));
+    m_import = named(new QPushButton(QStringLiteral("Import...")), QStringLiteral("SP_Import"));
+    m_import->setToolTip(QStringLiteral("Show a scan file as a reference trace"));
+    m_png = named(new QPushButton(QStringLiteral("PNG...")), QStringLiteral("SP_Png"));
+    m_png->setToolTip(QStringLiteral("Save the picture as a PNG image"));
+
+    auto *grid = new QGridLayout;
+    grid->addWidget(m_maxHold, 0, 0);
+    grid->addWidget(m_minHold, 0, 1);
+    grid->addWidget(m_export, 1, 0);
+    grid->addWidget(m_import, 1, 1);
+    grid->addWidget(m_png, 2, 0);
+    return grid;
 }
 
 SweepMode SpectrumTab::sweepMode() const

@@ -7,8 +7,10 @@
 #include <algorithm>
 
 class QButtonGroup;
+class QCheckBox;
 class QGroupBox;
 class QLabel;
+class QLayout;
 class QPushButton;
 class QRadioButton;
 
@@ -40,6 +42,11 @@ public:
     QLabel *elapsedLabel() const { return m_elapsed; }
     QLabel *bandStartLabel() const { return m_bandStart; }
     QLabel *bandStopLabel() const { return m_bandStop; }
+    QPushButton *exportButton() const { return m_export; }
+    QPushButton *importButton() const { return m_import; }
+    QPushButton *pngButton() const { return m_png; }
+    QCheckBox *maxHoldBox() const { return m_maxHold; }
+    QCheckBox *minHoldBox() const { return m_minHold; }
 
     SweepMode sweepMode() const;
     // Points per advance of the checked step option (1, 2, 4, 5).
@@ -52,6 +59,7 @@ signals:
 private:
     QGroupBox *buildStepFrame();
     QGroupBox *buildSweepFrame();
+    QLayout *buildFileButtons();
 
     SpectrumPlot *m_plot;
     QPushButton *m_run;
@@ -68,6 +76,11 @@ private:
     QLabel *m_elapsed;
     QLabel *m_bandStart;
     QLabel *m_bandStop;
+    QPushButton *m_export = nullptr;
+    QPushButton *m_import = nullptr;
+    QPushButton *m_png = nullptr;
+    QCheckBox *m_maxHold = nullptr;
+    QCheckBox *m_minHold = nullptr;
 };
 
 } // namespace zun

@@ -79,7 +79,12 @@ std::unique_ptr<SimBus> makeSimBus(const std::vector<int> &addresses, std::uint6
 
 std::unique_ptr<SimBus> makeDemoBus(std::uint64_t seed, int baud)
 {
-    auto bus = makeSimBus({1, 2, 3, 5, 8, 12, 17, 23, 30, 41, 52, 64}, seed, baud);
+    // Every address answers: detection then takes well under a second instead
+    // of waiting out the retries of silent addresses, and the screen is full.
+    std::vector<int> addresses(64);
+    for (int i = 0; i < 64; ++i)
+        addresses[static_cast<std::size_t>(i)] = i + 1;
+    auto bus = makeSimBus(addresses, seed, baud);
     // Variety the plain samples do not give: muted outputs and a receiver
     // tuned off its presets.
     bus->receiver(5)->muted = true;

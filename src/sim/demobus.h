@@ -17,9 +17,9 @@ SimReceiver makeSampleReceiver(int address, int variant, int baud = 115200);
 std::unique_ptr<SimBus> makeSimBus(const std::vector<int> &addresses, std::uint64_t seed = 1,
                                    int baud = 115200);
 
-// The demonstration line: a dozen receivers at scattered addresses, some
-// muted, one tuned off the presets, one with a weak battery, one with a
-// faint transmitter near its squelch, transmitters that come and go.
+// The demonstration line: a receiver at every address 1..64, some muted, one
+// tuned off the presets, one with a weak battery, one with a faint
+// transmitter near its squelch, transmitters that come and go.
 std::unique_ptr<SimBus> makeDemoBus(std::uint64_t seed = 1, int baud = 115200);
 
 } // namespace zun

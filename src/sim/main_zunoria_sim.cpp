@@ -18,7 +18,7 @@ namespace {
 const char kUsage[] = "usage: zunoria-sim [options]\n"
                       "  --receivers A,B,...   receivers at these addresses (1..64)\n"
                       "  --count N             receivers at addresses 1..N\n"
-                      "                        (neither: the demonstration set of a dozen)\n"
+                      "                        (neither: the demonstration set, all 64)\n"
                       "  --baud N              speed of the receivers and the line (default 115200)\n"
                       "  --seed N              seed of levels and faults (default 1)\n"
                       "  --log FILE            every frame heard, one per line with a time stamp\n"

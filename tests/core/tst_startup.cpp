@@ -2,9 +2,14 @@
 #include "core/startup.h"
 #include "link/ports.h"
 #include "mainscreen/frmmain.h"
+#include "mainscreen/frmsplash.h"
+#include "mainscreen/rcvpanel.h"
+#include "mainscreen/startupwindows.h"
+#include "sim/demobus.h"
 #include "support/testbed.h"
 
 #include <QAction>
+#include <QSet>
 #include <QTest>
 
 using namespace zun;
@@ -39,6 +44,95 @@ private slots:
         QVERIFY(available[3] && available[5] && !available[6]);
         QCOMPARE(QList<int>({splash, shown, closed}), QList<int>({1, 2, 3}));
         QCOMPARE(bed.ctx.bus.workMode(), WorkMode::Idle);
+    }
+
+    void onlySplashAndSearchShowUntilTheScreenIsLoaded_data()
+    {
+        QTest::addColumn<bool>("demo");
+        QTest::addColumn<int>("found");
+        QTest::addColumn<double>("seconds"); // from start to the main screen with its receivers live
+        QTest::newRow("two receivers") << false << 2 << 25.0;
+        QTest::newRow("demo") << true << 64 << 2.0;
+    }
+    void onlySplashAndSearchShowUntilTheScreenIsLoaded()
+    {
+        QFETCH(bool, demo);
+        TestBed bed;
+        const std::unique_ptr<SimBus> demoBus = makeDemoBus();
+        SimBus *bus = demo ? demoBus.get() : &bed.attachReceivers(1, {3, 40});
+        bed.line.attachBus(1, bus);
+        StartupWindows windows(bed.ctx);
+        QSet<QString> onScreen; // whenever a receiver is asked who it is
+        bus->setFrameObserver([&](std::uint64_t, const QByteArray &frame, int) {
+            if (!frame.startsWith('%') || !frame.endsWith("M\r"))
+                return;
+            FrmMain *main = windows.mainWindow();
+            onScreen << QStringList{windows.splash() && windows.splash()->isVisible() ? "splash" : "",
+                                    main->findChild<QWidget *>("frmCheckNet")->isVisible() ? "search" : "",
+                                    main->isVisible() ? "main" : ""}
+                            .join(' ');
+        });
+        QVERIFY(startProgram(bed.ctx, windows.views()));
+        QCOMPARE(onScreen, QSet<QString>{"splash search "});
+        QVERIFY(windows.mainWindow()->isVisible() && !windows.splash());
+        QTEST(bed.ctx.bus.foundCount(), "found");
+        QVERIFY(bed.ctx.bus.record(0).online && windows.mainWindow()->panel(0)->isEnabled());
+        QFETCH(double, seconds);
+        QVERIFY2(bed.virtualSeconds() <= seconds, qPrintable(QString::number(bed.virtualSeconds())));
+    }
+
+    void changingTheLineSpeedTellsEveryReceiverFirst_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("frame");
+        QTest::addColumn<bool>("unplugged"); // the adapter goes as the broadcast leaves
+        QTest::addColumn<int>("baud");
+        QTest::newRow("115200") << "115200"
+                                << "#00H01\r" << false << 115200;
+        QTest::newRow("57600") << "57600"
+                               << "#00H03\r" << false << 57600;
+        QTest::newRow("38400") << "38400"
+                               << "#00H05\r" << false << 38400;
+        QTest::newRow("9600") << "9600"
+                              << "#00H17\r" << false << 9600;
+        QTest::newRow("unknown rate") << "19200"
+                                      << "" << false << 38400;
+        QTest::newRow("empty") << ""
+                               << "" << false << 38400;
+        QTest::newRow("reopen fails") << "9600"
+                                      << "#00H17\r" << true << 38400;
+    }
+    void changingTheLineSpeedTellsEveryReceiverFirst()
+    {
+        QFETCH(QString, answer);
+        QFETCH(QString, frame);
+        QFETCH(bool, unplugged);
+        QFETCH(int, baud);
+        TestBed bed;
+        SimBus &bus = bed.attachReceivers(1, {3}, 38400);
+        if (unplugged)
+            bus.setFrameObserver([&](std::uint64_t, const QByteArray &, int) { bed.line.removePort(1); });
+        bed.ctx.bus.options().Baudrate = 38400;
+        bed.ctx.bus.options().CommPort = 1;
+        bed.ctx.bus.openLine();
+        FrmMain main(bed.ctx);
+        main.UpdateLinkMenus();
+        QAction *item = main.action("mnuBaud1");
+        item->setEnabled(true);
+        bed.dialogs.queueInput(answer);
+        item->trigger();
+
+        const bool changed = baud != 38400 || answer == "38400";
+        QCOMPARE(bed.framesSent("#00H"), frame.isEmpty() ? QStringList() : QStringList{frame});
+        QCOMPARE(bed.ctx.bus.options().Baudrate, baud);
+        QCOMPARE(item->text(), QString::number(baud));
+        QCOMPARE(bed.settings.get(kAppName, "MSComm", "Baudrate"), changed ? answer : QString());
+        QCOMPARE(bed.line.isOpen(), !unplugged);
+        if (changed) {
+            // The receiver followed the broadcast, so it still answers at the new speed.
+            QCOMPARE(bed.line.baudRate(), baud);
+            QVERIFY(bed.ctx.bus.AddrCheck(3));
+        }
     }
 
     void quittingAsksFirstAndSaysGoodbyeThreeTimes_data()

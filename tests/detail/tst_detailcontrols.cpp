@@ -5,12 +5,17 @@
 #include "detail/tvregion.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QGroupBox>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
+
+#include <memory>
 
 using namespace zun;
 using namespace zun::test;
@@ -68,26 +73,37 @@ private slots:
         }
     }
 
-    void nameKeys_data()
+    void nameEntry_data()
     {
-        QTest::addColumn<QString>("keys"); // "\r" Enter, "\b" Backspace
+        QTest::addColumn<QString>("way");
+        QTest::addColumn<QString>("input"); // keys: "\r" Enter, "\b" Backspace; other ways then Enter
         QTest::addColumn<int>("refusals");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("sent");
-        QTest::newRow("lower case cannot be typed") << "ab" << 2 << ""
+        QTest::newRow("lower case cannot be typed") << "keys"
+                                                    << "ab" << 2 << ""
                                                     << "";
-        QTest::newRow("AB padded to six") << "AB\r" << 0 << "AB    "
+        QTest::newRow("AB padded to six") << "keys"
+                                          << "AB\r" << 0 << "AB    "
                                           << "#05CAB    ";
-        QTest::newRow("signs, digits, blank") << "+-*/ 9\r" << 0 << "+-*/ 9"
+        QTest::newRow("signs, digits, blank") << "keys"
+                                              << "+-*/ 9\r" << 0 << "+-*/ 9"
                                               << "#05C+-*/ 9";
-        QTest::newRow("refused among good ones") << "HI!?\b\r" << 2 << "H     "
+        QTest::newRow("refused among good ones") << "keys"
+                                                 << "HI!?\b\r" << 2 << "H     "
                                                  << "#05CH     ";
-        QTest::newRow("no Enter, nothing sent") << "ABC" << 0 << "ABC"
+        QTest::newRow("no Enter, nothing sent") << "keys"
+                                                << "ABC" << 0 << "ABC"
                                                 << "";
+        // Text that arrives whole passes the same filter, refused once.
+        for (const char *way : {"paste", "drop", "input method"})
+            QTest::newRow(way) << way << "ab!Q9é" << 1 << "Q9    "
+                               << "#05CQ9    ";
     }
-    void nameKeys()
+    void nameEntry()
     {
-        QFETCH(QString, keys);
+        QFETCH(QString, way);
+        QFETCH(QString, input);
         QFETCH(int, refusals);
         QFETCH(QString, shown);
         QFETCH(QString, sent);
@@ -97,11 +113,31 @@ private slots:
         rig.open(0);
         QLineEdit *box = rig.tab().txtRName;
         box->clear();
-        for (QChar c : keys) {
-            if (c == QLatin1Char('\r') || c == QLatin1Char('\b'))
-                QTest::keyClick(box, c == QLatin1Char('\r') ? Qt::Key_Return : Qt::Key_Backspace);
-            else
-                QTest::keyClicks(box, QString(c));
+        auto mime = std::make_unique<QMimeData>();
+        mime->setText(input);
+        if (way == "keys") {
+            for (QChar c : input) {
+                if (c == QLatin1Char('\r') || c == QLatin1Char('\b'))
+                    QTest::keyClick(box, c == QLatin1Char('\r') ? Qt::Key_Return : Qt::Key_Backspace);
+                else
+                    QTest::keyClicks(box, QString(c));
+            }
+        } else {
+            if (way == "paste") {
+                QGuiApplication::clipboard()->setText(input);
+                QTest::keySequence(box, QKeySequence::Paste);
+            } else if (way == "drop") {
+                QDragEnterEvent enter(QPoint(2, 2), Qt::CopyAction, mime.get(), Qt::LeftButton,
+                                      Qt::NoModifier);
+                QCoreApplication::sendEvent(box, &enter);
+                QDropEvent drop(QPointF(2, 2), Qt::CopyAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
+                QCoreApplication::sendEvent(box, &drop);
+            } else {
+                QInputMethodEvent compose;
+                compose.setCommitString(input);
+                QCoreApplication::sendEvent(box, &compose);
+            }
+            QTest::keyClick(box, Qt::Key_Return);
         }
         QCOMPARE(rig.dialogs.messages(),
                  QStringList(refusals, QStringLiteral("Please enter 0-9 or A-Z or +-*/")));
@@ -119,38 +155,51 @@ private slots:
         QTest::addColumn<QString>("button");
         QTest::addColumn<int>("from");
         QTest::addColumn<int>("releaseAtCall"); // 0: after the press handler returned
+        QTest::addColumn<int>("offAtCall");     // the pointer leaves the button (0: never)
+        QTest::addColumn<int>("backAtCall");    // and comes back (0: never)
         QTest::addColumn<int>("to");
         QTest::addColumn<int>("heldMs");
         // The first step is at once; the repeat starts 400 ms later, then every 20 ms.
-        QTest::newRow("hold up to the top") << "cmdSQinc" << 90 << 0 << 99 << 400 + 8 * 20;
-        QTest::newRow("98 reaches 99 and stops") << "cmdSQinc" << 98 << 0 << 99 << 400;
-        QTest::newRow("quick click") << "cmdSQdec" << 50 << 1 << 49 << 0;
-        QTest::newRow("released in the repeat") << "cmdSQdec" << 50 << 4 << 47 << 400 + 2 * 20;
-        QTest::newRow("hold down to 1") << "cmdSQdec" << 5 << 0 << 1 << 400 + 3 * 20;
+        QTest::newRow("98 reaches 99 and stops") << "cmdSQinc" << 98 << 0 << 0 << 0 << 99 << 400;
+        QTest::newRow("quick click") << "cmdSQdec" << 50 << 1 << 0 << 0 << 49 << 0;
+        QTest::newRow("released in the repeat") << "cmdSQdec" << 50 << 4 << 0 << 0 << 47 << 400 + 2 * 20;
+        QTest::newRow("hold down to 1") << "cmdSQdec" << 5 << 0 << 0 << 0 << 1 << 400 + 3 * 20;
+        // One gesture is one hold, whatever the pointer does meanwhile.
+        QTest::newRow("off and back in the wait") << "cmdSQinc" << 50 << 5 << 1 << 2 << 54 << 400 + 3 * 20;
+        QTest::newRow("released off the button") << "cmdSQinc" << 50 << 4 << 3 << 0 << 53 << 400 + 2 * 20;
     }
     void squelchHold()
     {
         QFETCH(QString, button);
         QFETCH(int, from);
         QFETCH(int, releaseAtCall);
+        QFETCH(int, offAtCall);
+        QFETCH(int, backAtCall);
         QFETCH(int, to);
 
         DetailRig rig;
         rig.addReceiver(5, [&](SimReceiver &r) { r.squelch = from; });
         rig.open(0);
         auto *b = rig.form->findChild<QPushButton *>(button);
+        const QPoint on = b->rect().center();
+        const QPoint off = on + QPoint(0, 3 * b->height());
+        QPoint pointer = on;
         std::uint64_t releasedAt = 0;
         const std::uint64_t pressedAt = rig.clock.nowMicros();
         auto release = [&] {
             QVERIFY(rig.frames().isEmpty()); // nothing goes out while held
             releasedAt = rig.clock.nowMicros();
-            QTest::mouseRelease(b, Qt::LeftButton);
+            QTest::mouseRelease(b, Qt::LeftButton, {}, pointer);
         };
         rig.desktop.script = [&](int call) {
+            if (call == offAtCall || call == backAtCall) {
+                pointer = call == offAtCall ? off : on;
+                QTest::mouseMove(b, pointer);
+            }
             if (call == releaseAtCall)
                 release();
         };
-        QTest::mousePress(b, Qt::LeftButton);
+        QTest::mousePress(b, Qt::LeftButton, {}, on);
         if (releaseAtCall == 0)
             release();
 
@@ -196,7 +245,10 @@ private slots:
         QVERIFY(lockedAndOpen);
         const QString offline = "This receiver will stay offline until KOB function is manually terminated !";
         QCOMPARE(rig.dialogs.messages(), abortAtCall ? QStringList{offline} : QStringList());
-        QCOMPARE(titles.mid(0, 2), (QStringList{"Performing KOB function now ...", ""}));
+        // The blink's other half must look empty: an empty title would show the
+        // application's name instead.
+        QCOMPARE(titles.value(0), "Performing KOB function now ...");
+        QVERIFY(!titles.value(1).isEmpty() && titles.value(1).trimmed().isEmpty());
         QCOMPARE(titles.mid(titles.size() - 2), (QStringList{outcome, "Detail Functions"}));
         QVERIFY(!rig.ctx.bus.kobActive() && f->tabs()->isEnabled() && exit->isEnabled());
         // "O" awaits no reply, so the transaction spends all its attempts on it.

@@ -106,21 +106,28 @@ private slots:
     void popupItemsBroadcastAndRelabel_data()
     {
         QTest::addColumn<QString>("item");
+        QTest::addColumn<QString>("caption"); // as shown: an ampersand is no mnemonic
         QTest::addColumn<QString>("frame");
         QTest::addColumn<QStringList>("labels");
         // The fourth panel has no receiver: no mode may write to it.
         using L = QStringList;
         QTest::newRow("GCH") << "mnu_PM_GCH"
+                             << "Show Group and Channel"
                              << "#00O0\r" << L{"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"};
         QTest::newRow("Frq") << "mnu_PM_Frq"
+                             << "Show Frequency"
                              << "#00O1\r" << L{"801.000MHz", "066.150MHz", "809.800MHz", "-"};
         QTest::newRow("squelch") << "mnu_PM_SQ"
+                                 << "Show Squelch"
                                  << "#00O2\r" << L{"SQ  20", "SQ  5", "SQ  25", "-"};
         QTest::newRow("name") << "mnu_PM_Rname"
+                              << "Show Receiver's Address & Name"
                               << "#00O4\r" << L{"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"};
         QTest::newRow("address") << "mnu_PM_Addr"
+                                 << "Show Receiver's Address"
                                  << "#00O5\r" << L{"03", "07", "12", "-"};
         QTest::newRow("volume") << "mnu_PM_VOL"
+                                << "Show Volume"
                                 << "" << L{"-", "-", "-", "-"};
     }
 
@@ -140,6 +147,7 @@ private slots:
             rig.main->panel(i)->setNameText("-");
 
         rig.trigger(item);
+        QTEST(rig.main->popupMenu()->findChild<QAction *>(item)->iconText(), "caption");
         QCOMPARE(rig.bed.framesSent(), frame.isEmpty() ? QStringList() : QStringList{frame});
         QCOMPARE(rig.labels(4), labels);
         if (frame.isEmpty()) {
@@ -299,12 +307,12 @@ private slots:
                                            << "Line 2";
         QTest::newRow("address out of range")
             << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << "Line 1";
-        QTest::newRow("squelch out of range") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",100,0,0,0\r\n"
-                                              << "Line 2";
+        QTest::newRow("squelch beyond a byte") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",256,0,0,0\r\n"
+                                               << "Line 2";
         QTest::newRow("flag neither 0 nor -1") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",30,0,2,0\r\n"
                                                << "Line 2";
-        QTest::newRow("frequency not hex") << kGoodLine + "7,\"X\",1,2,\"72G2\",\"72F2\",30,0,0,0\r\n"
-                                           << "Line 2";
+        QTest::newRow("frequency not in quotes") << kGoodLine + "7,\"X\",1,2,72F2,\"72F2\",30,0,0,0\r\n"
+                                                 << "Line 2";
         QTest::newRow("unterminated quote")
             << kGoodLine + kGoodLine + "7,\"X,1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
             << "Line 3";

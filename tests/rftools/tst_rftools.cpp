@@ -262,9 +262,14 @@ private slots:
         b.open();
         b.line.rawN = {0xFF, 0x00};
         RecorderTab *tab = b.tools.recorderTab();
+        QPushButton *scanRun = b.tools.spectrumTab()->runButton();
+        const QImage blank = tab->plot()->pictureImage();
+        scanRun->click();
+        QCOMPARE(scanRun->text(), "Stop");
         tab->fastOption()->click();
         tab->runButton()->click();
         QCOMPARE(int(b.ctx.bus.workMode()), 4);
+        QCOMPARE(scanRun->text(), "Run"); // the recorder took over the line
         for (int k = 0; k < 400; ++k)
             b.tools.RFRecorder();
         QCOMPARE(b.line.written.filter("%05N").size(), 400);
@@ -279,8 +284,15 @@ private slots:
             QCOMPARE(picture.pixelColor(x, g.levelY(99)), tab->legendA()->borderColor());
             QCOMPARE(picture.pixelColor(x, g.levelY(1)), tab->legendB()->borderColor());
         }
+        // The traces stay clear of the dotted rows, which are whole to the right
+        // edge however far the chart scrolled.
+        for (int level : {16, 49, 82})
+            for (int x = 0; x < picture.width(); ++x)
+                QCOMPARE(picture.pixel(x, g.levelY(level)), blank.pixel(x, g.levelY(level)));
+        scanRun->click();
         tab->stopButton()->click();
         QCOMPARE(int(b.ctx.bus.workMode()), 2);
+        QCOMPARE(scanRun->text(), "Run");
         tab->clearButton()->click();
         QCOMPARE(b.tools.recorderState().x, 0);
         QVERIFY(tab->plot()->pictureImage().pixelColor(598, g.levelY(99)) != tab->legendA()->borderColor());

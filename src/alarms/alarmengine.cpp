@@ -1,0 +1,145 @@
+#include "alarms/alarmengine.h"
+
+#include "platform/clock.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zun {
+
+QString conditionText(AlarmCondition condition)
+{
+    switch (condition) {
+    case AlarmCondition::BatteryLow:
+        return QStringLiteral("Battery low");
+    case AlarmCondition::RfBelowSquelch:
+        return QStringLiteral("RF below squelch");
+    case AlarmCondition::Offline:
+        return QStringLiteral("Offline");
+    case AlarmCondition::AudioClipping:
+        return QStringLiteral("Audio clipping");
+    }
+    return {};
+}
+
+AlarmEngine::AlarmEngine(const Clock &clock, QObject *parent) : QObject(parent), m_clock(clock) {}
+
+void AlarmEngine::setSettings(const AlarmSettings &settings)
+{
+    m_settings = settings;
+    for (Watch &watch : m_watches) {
+        if (!settings.batteryOn)
+            clear(watch, AlarmCondition::BatteryLow);
+        if (!settings.rfLowOn)
+            clear(watch, AlarmCondition::RfBelowSquelch);
+        if (!settings.offlineOn)
+            clear(watch, AlarmCondition::Offline);
+        if (!settings.clipOn)
+            clear(watch, AlarmCondition::AudioClipping);
+    }
+}
+
+bool AlarmEngine::hasUnacknowledged(int address) const
+{
+    return std::any_of(m_alarms.begin(), m_alarms.end(),
+                       [address](const Alarm &a) { return a.address == address && !a.acknowledgedMicros; });
+}
+
+void AlarmEngine::acknowledge(int address)
+{
+    const std::uint64_t now = m_clock.nowMicros();
+    for (int i = 0; i < m_alarms.size(); ++i) {
+        Alarm &alarm = m_alarms[i];
+        if (alarm.address != address || alarm.acknowledgedMicros)
+            continue;
+        alarm.acknowledgedMicros = now;
+        emit alarmChanged(i);
+    }
+}
+
+void AlarmEngine::raise(Watch &watch, const ReceiverStatus &status, AlarmCondition condition)
+{
+    int &active = watch.active[static_cast<std::size_t>(condition)];
+    if (active >= 0)
+        return;
+    m_alarms.append(
+        {status.address, status.name, condition, m_clock.nowMicros(), std::nullopt, std::nullopt});
+    active = static_cast<int>(m_alarms.size()) - 1;
+    emit alarmRaised(active);
+}
+
+void AlarmEngine::clear(Watch &watch, AlarmCondition condition)
+{
+    int &active = watch.active[static_cast<std::size_t>(condition)];
+    if (active < 0)
+        return;
+    const int index = active;
+    active = -1;
+    m_alarms[index].clearedMicros = m_clock.nowMicros();
+    emit alarmChanged(index);
+}
+
+bool AlarmEngine::heldLongerThan(std::optional<std::uint64_t> &since, bool holding, double seconds) const
+{
+    if (!holding) {
+        since.reset();
+        return false;
+    }
+    const std::uint64_t now = m_clock.nowMicros();
+    if (!since)
+        since = now;
+    return now - *since > static_cast<std::uint64_t>(std::llround(seconds * 1e6));
+}
+
+void AlarmEngine::onReceiverFound(const ReceiverStatus &status)
+{
+    onCameBack(status);
+}
+
+void AlarmEngine::onLevelsRead(const ReceiverStatus &status)
+{
+    if (!status.online) {
+        onWentOffline(status);
+        return;
+    }
+    Watch &watch = m_watches[status.address];
+    clear(watch, AlarmCondition::Offline);
+
+    if (m_settings.batteryOn && status.batteryPercent >= 0 &&
+        status.batteryPercent <= m_settings.batteryPercent)
+        raise(watch, status, AlarmCondition::BatteryLow);
+    else if (status.batteryPercent > m_settings.batteryPercent)
+        clear(watch, AlarmCondition::BatteryLow);
+
+    // Below means below: a level equal to the squelch level opens it.
+    const int squelch = squelchLevel(m_levelTable, status.squelch);
+    const bool rfLow = std::max(status.rfA, status.rfB) < squelch;
+    if (heldLongerThan(watch.rfLowSince, rfLow, m_settings.rfLowSeconds) && m_settings.rfLowOn)
+        raise(watch, status, AlarmCondition::RfBelowSquelch);
+    else if (!rfLow)
+        clear(watch, AlarmCondition::RfBelowSquelch);
+
+    if (heldLongerThan(watch.clipSince, status.audioClip, m_settings.clipSeconds) && m_settings.clipOn)
+        raise(watch, status, AlarmCondition::AudioClipping);
+    else if (!status.audioClip)
+        clear(watch, AlarmCondition::AudioClipping);
+}
+
+void AlarmEngine::onWentOffline(const ReceiverStatus &status)
+{
+    Watch &watch = m_watches[status.address];
+    // The level conditions only mean something while the receiver answers.
+    watch.rfLowSince.reset();
+    watch.clipSince.reset();
+    clear(watch, AlarmCondition::RfBelowSquelch);
+    clear(watch, AlarmCondition::AudioClipping);
+    if (m_settings.offlineOn)
+        raise(watch, status, AlarmCondition::Offline);
+}
+
+void AlarmEngine::onCameBack(const ReceiverStatus &status)
+{
+    clear(m_watches[status.address], AlarmCondition::Offline);
+}
+
+} // namespace zun

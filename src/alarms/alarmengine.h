@@ -1,0 +1,87 @@
+#pragma once
+
+#include "alarms/alarmsettings.h"
+#include "receivers/leveltable.h"
+#include "receivers/receiverstatus.h"
+
+#include <QHash>
+#include <QList>
+#include <QObject>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+namespace zun {
+
+class Clock;
+
+enum class AlarmCondition { BatteryLow, RfBelowSquelch, Offline, AudioClipping };
+
+// "Battery low", "RF below squelch", "Offline", "Audio clipping".
+QString conditionText(AlarmCondition condition);
+
+// One alarm from raised to cleared. Times are readings of the program's clock.
+struct Alarm
+{
+    int address = 0;
+    QString receiverName;
+    AlarmCondition condition = AlarmCondition::BatteryLow;
+    std::uint64_t raisedMicros = 0;
+    std::optional<std::uint64_t> acknowledgedMicros;
+    std::optional<std::uint64_t> clearedMicros;
+};
+
+// Watches what the receiver layer reports and raises an alarm per receiver
+// and condition: battery at or below its threshold, both antennas below the
+// squelch level for too long while online, gone offline, audio at full scale
+// for too long. An alarm clears itself when its condition ends and stays in
+// the list; a click acknowledges all of a receiver's alarms. Work per
+// signal is a few comparisons; it never talks to the line.
+class AlarmEngine : public QObject
+{
+    Q_OBJECT
+public:
+    explicit AlarmEngine(const Clock &clock, QObject *parent = nullptr);
+
+    // A condition switched off clears its active alarms.
+    void setSettings(const AlarmSettings &settings);
+    const AlarmSettings &settings() const { return m_settings; }
+
+    const QList<Alarm> &alarms() const { return m_alarms; }
+    // Raised or cleared, but nobody clicked it yet: the panel keeps flashing.
+    bool hasUnacknowledged(int address) const;
+    void acknowledge(int address);
+
+public slots:
+    void onReceiverFound(const zun::ReceiverStatus &status);
+    void onLevelsRead(const zun::ReceiverStatus &status);
+    void onWentOffline(const zun::ReceiverStatus &status);
+    void onCameBack(const zun::ReceiverStatus &status);
+
+signals:
+    void alarmRaised(int index);
+    // Acknowledged or cleared.
+    void alarmChanged(int index);
+
+private:
+    struct Watch
+    {
+        std::optional<std::uint64_t> rfLowSince;
+        std::optional<std::uint64_t> clipSince;
+        std::array<int, 4> active{-1, -1, -1, -1}; // index into m_alarms per condition
+    };
+
+    void raise(Watch &watch, const ReceiverStatus &status, AlarmCondition condition);
+    void clear(Watch &watch, AlarmCondition condition);
+    // True once the condition has held longer than the given time.
+    bool heldLongerThan(std::optional<std::uint64_t> &since, bool holding, double seconds) const;
+
+    const Clock &m_clock;
+    const LevelTable m_levelTable = buildLevelTable();
+    AlarmSettings m_settings;
+    QList<Alarm> m_alarms;
+    QHash<int, Watch> m_watches; // by address
+};
+
+} // namespace zun

@@ -1,0 +1,78 @@
+#include "alarms/alarmlistwindow.h"
+
+#include "alarms/alarmengine.h"
+#include "platform/walltime.h"
+#include "platform/widgetname.h"
+
+#include <QHeaderView>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+namespace zun {
+
+namespace {
+enum Column { Time, Receiver, Condition, Cleared, ColumnCount };
+} // namespace
+
+AlarmListWindow::AlarmListWindow(const AlarmEngine &engine, const WallTime &wallTime, QWidget *parent)
+    : QWidget(parent, Qt::Window), m_engine(engine), m_wallTime(wallTime),
+      m_table(new QTableWidget(0, ColumnCount))
+{
+    setObjectName(QStringLiteral("frmAlarms"));
+    setWindowTitle(QStringLiteral("Alarms"));
+    named(m_table, QStringLiteral("lstAlarms"));
+    m_table->setHorizontalHeaderLabels({QStringLiteral("Time"), QStringLiteral("Receiver"),
+                                        QStringLiteral("Condition"), QStringLiteral("Cleared at")});
+    m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_table->verticalHeader()->hide();
+    m_table->horizontalHeader()->setStretchLastSection(true);
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_table);
+    resize(560, 320);
+    for (int i = 0; i < engine.alarms().size(); ++i)
+        alarmRaised(i);
+}
+
+void AlarmListWindow::alarmRaised(int index)
+{
+    if (index >= m_table->rowCount())
+        m_table->setRowCount(index + 1);
+    fillRow(index);
+    m_table->resizeColumnsToContents();
+    m_table->scrollToBottom();
+}
+
+void AlarmListWindow::alarmChanged(int index)
+{
+    if (index < m_table->rowCount())
+        fillRow(index);
+}
+
+void AlarmListWindow::fillRow(int index)
+{
+    const Alarm &alarm = m_engine.alarms().at(index);
+    auto timeText = [this](std::uint64_t micros) {
+        return m_wallTime.at(micros).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    };
+    const QString texts[ColumnCount] = {
+        timeText(alarm.raisedMicros),
+        QStringLiteral("%1 %2").arg(alarm.address, 2, 10, QLatin1Char('0')).arg(alarm.receiverName),
+        conditionText(alarm.condition),
+        alarm.clearedMicros ? timeText(*alarm.clearedMicros) : QString(),
+    };
+    for (int c = 0; c < ColumnCount; ++c) {
+        auto *item = m_table->item(index, c);
+        if (!item) {
+            item = new QTableWidgetItem;
+            m_table->setItem(index, c, item);
+        }
+        item->setText(texts[c]);
+        // Bold while nobody has looked at it.
+        QFont font = item->font();
+        font.setBold(!alarm.acknowledgedMicros);
+        item->setFont(font);
+    }
+}
+
+} // namespace zun

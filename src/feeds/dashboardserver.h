@@ -1,0 +1,77 @@
+#pragma once
+
+#include "receivers/receiverstatus.h"
+
+#include <QAbstractHttpServer>
+#include <QHash>
+#include <QHostAddress>
+#include <QList>
+#include <QSet>
+#include <QTimer>
+#include <QWebSocket>
+
+#include <memory>
+
+namespace zun {
+
+// The read-only web dashboard: one page (from the Qt resources) and a
+// WebSocket that carries every receiver's state as JSON, changes coalesced
+// every 100 ms. Every request needs ?token=…; anything else gets an empty
+// 403. A client that stops reading is dropped once its queue passes
+// maxQueuedBytes, so a stuck phone never holds memory or time.
+class DashboardServer : public QAbstractHttpServer
+{
+    Q_OBJECT
+public:
+    static constexpr int kFlushIntervalMs = 100;
+
+    DashboardServer(const QString &token, qint64 maxQueuedBytes = 1 << 20, QObject *parent = nullptr);
+    ~DashboardServer() override;
+
+    // Loopback only unless the network is allowed. Returns false and sets
+    // errorText when the port cannot be had.
+    bool start(quint16 port, bool allowNetwork);
+    quint16 port() const { return m_port; }
+    QString url() const;
+    QString errorText() const { return m_error; }
+    int clientCount() const { return static_cast<int>(m_clients.size()); }
+    int droppedClients() const { return m_dropped; }
+
+    static QString randomToken();
+
+public slots:
+    void onReceiverFound(const zun::ReceiverStatus &status) { store(status); }
+    void onReceiverChanged(const zun::ReceiverStatus &status) { store(status); }
+    void onLevelsRead(const zun::ReceiverStatus &status) { store(status); }
+    void onWentOffline(const zun::ReceiverStatus &status) { store(status); }
+    void onCameBack(const zun::ReceiverStatus &status) { store(status); }
+    void onPortChanged(const QString &portName);
+    // Sends what changed since the last flush; the timer calls it.
+    void flush();
+
+protected:
+    bool handleRequest(const QHttpServerRequest &request, QTcpSocket *socket) override;
+    void missingHandler(const QHttpServerRequest &request, QTcpSocket *socket) override;
+
+private:
+    void store(const ReceiverStatus &status);
+    void acceptWebSocket();
+    bool tokenMatches(const QUrl &url) const;
+    QByteArray message(const QList<int> &addresses) const;
+    void send(QWebSocket *client, const QByteArray &text);
+    QByteArray page() const;
+
+    QString m_token;
+    qint64 m_maxQueuedBytes;
+    quint16 m_port = 0;
+    QHostAddress m_listenAddress;
+    QString m_error;
+    QString m_bus = QStringLiteral("COM1");
+    QHash<int, ReceiverStatus> m_receivers;
+    QSet<int> m_dirty;
+    QList<QWebSocket *> m_clients;
+    QTimer m_flushTimer;
+    int m_dropped = 0;
+};
+
+} // namespace zun

@@ -1,0 +1,39 @@
+#include "feeds/feedhub.h"
+
+namespace zun {
+
+FeedHub::FeedHub(const FeedOptions &options, const QString &busName, QObject *parent) : QObject(parent)
+{
+    if (!options.oscTargets.isEmpty()) {
+        m_osc = new OscFeed(options.oscTargets, this);
+        m_status.oscTargets = m_osc->targetCount();
+        connect(m_osc, &OscFeed::failed, this, &FeedHub::setError);
+    }
+    if (!options.mqttHost.isEmpty()) {
+        m_mqtt = new MqttFeed(options, busName, this);
+        m_status.mqtt = m_mqtt->state();
+        connect(m_mqtt, &MqttFeed::failed, this, &FeedHub::setError);
+        connect(m_mqtt, &MqttFeed::stateChanged, this, [this](FeedStatus::Mqtt state) {
+            m_status.mqtt = state;
+            if (state == FeedStatus::Mqtt::Connected)
+                m_status.lastError.clear();
+            emit statusTextChanged(statusText());
+        });
+    }
+    if (options.webPort != 0) {
+        const QString token = options.webToken.isEmpty() ? DashboardServer::randomToken() : options.webToken;
+        m_dashboard = new DashboardServer(token, 1 << 20, this);
+        if (m_dashboard->start(options.webPort, options.webAllowNetwork))
+            m_status.webUrl = m_dashboard->url();
+        else
+            m_status.lastError = m_dashboard->errorText();
+    }
+}
+
+void FeedHub::setError(const QString &message)
+{
+    m_status.lastError = message;
+    emit statusTextChanged(statusText());
+}
+
+} // namespace zun

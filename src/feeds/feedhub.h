@@ -1,0 +1,73 @@
+#pragma once
+
+#include "feeds/dashboardserver.h"
+#include "feeds/feedoptions.h"
+#include "feeds/feedstatus.h"
+#include "feeds/mqttfeed.h"
+#include "feeds/oscfeed.h"
+
+#include <QObject>
+
+namespace zun {
+
+// Owns the feeds the options switch on and keeps the status-line text.
+class FeedHub : public QObject
+{
+    Q_OBJECT
+public:
+    FeedHub(const FeedOptions &options, const QString &busName, QObject *parent = nullptr);
+
+    // Null when that feed is off.
+    OscFeed *osc() const { return m_osc; }
+    MqttFeed *mqtt() const { return m_mqtt; }
+    DashboardServer *dashboard() const { return m_dashboard; }
+
+    FeedStatus status() const { return m_status; }
+    QString statusText() const { return feedStatusText(m_status); }
+
+signals:
+    void statusTextChanged(const QString &text);
+
+private:
+    void setError(const QString &message);
+
+    OscFeed *m_osc = nullptr;
+    MqttFeed *m_mqtt = nullptr;
+    DashboardServer *m_dashboard = nullptr;
+    FeedStatus m_status;
+};
+
+// Connects one listener to the receiver layer's status signals.
+template <class Source, class Listener> void connectStatusSignals(Source *source, Listener *listener)
+{
+    QObject::connect(source, &Source::receiverFound, listener, &Listener::onReceiverFound);
+    QObject::connect(source, &Source::receiverChanged, listener, &Listener::onReceiverChanged);
+    QObject::connect(source, &Source::levelsRead, listener, &Listener::onLevelsRead);
+    QObject::connect(source, &Source::wentOffline, listener, &Listener::onWentOffline);
+    QObject::connect(source, &Source::cameBack, listener, &Listener::onCameBack);
+}
+
+// Starts the feeds the options switch on and subscribes them to source, an
+// object with the receiver layer's signals. The hub belongs to owner (or to
+// source when owner is null); its statusTextChanged feeds the status line.
+template <class Source>
+FeedHub *attachFeeds(const FeedOptions &options, Source *source, QObject *owner = nullptr,
+                     const QString &busName = QStringLiteral("COM1"))
+{
+    auto *hub = new FeedHub(options, busName, owner ? owner : source);
+    if (OscFeed *osc = hub->osc()) {
+        connectStatusSignals(source, osc);
+        QObject::connect(source, &Source::passEnded, osc, &OscFeed::onPassEnded);
+    }
+    if (MqttFeed *mqtt = hub->mqtt()) {
+        connectStatusSignals(source, mqtt);
+        QObject::connect(source, &Source::portChanged, mqtt, &MqttFeed::onPortChanged);
+    }
+    if (DashboardServer *web = hub->dashboard()) {
+        connectStatusSignals(source, web);
+        QObject::connect(source, &Source::portChanged, web, &DashboardServer::onPortChanged);
+    }
+    return hub;
+}
+
+} // namespace zun

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QCommandLineOption>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+class QCommandLineParser;
+
+namespace zun {
+
+class SettingsStore;
+
+struct OscTarget
+{
+    QString host;
+    quint16 port = 0;
+    bool operator==(const OscTarget &) const = default;
+};
+
+// What the live feeds are told at start. Every feed is off until it is given
+// somewhere to go.
+struct FeedOptions
+{
+    QList<OscTarget> oscTargets;
+
+    QString mqttHost; // empty: MQTT off
+    quint16 mqttPort = 1883;
+    QString mqttUser;
+    QString mqttPassword;
+    QString mqttCaFile; // set: TLS against this CA
+
+    quint16 webPort = 0; // 0: dashboard off
+    QString webToken;    // empty: a random one is made at start
+    bool webAllowNetwork = false;
+
+    bool operator==(const FeedOptions &) const = default;
+};
+
+// The settings-store section holding the feed options.
+inline const QString kFeedSection = QStringLiteral("Feeds");
+
+// "host:port" with a port 1..65535; IPv6 literals in brackets ("[::1]:9000").
+std::optional<OscTarget> parseOscTarget(const QString &text);
+
+// Reads section "Feeds" of the settings store; anything invalid is left at
+// its default (off) silently.
+FeedOptions loadFeedOptions(const SettingsStore &store, const QString &app);
+
+// --osc HOST:PORT (repeatable), --mqtt HOST[:PORT], --web PORT, --web-token TOKEN.
+QList<QCommandLineOption> feedCommandLineOptions();
+
+// Lays what the command line names over the stored options; nullopt with a
+// message in *error when a value is malformed.
+std::optional<FeedOptions> applyFeedArguments(const QCommandLineParser &parser, FeedOptions options,
+                                              QString *error);
+
+} // namespace zun

@@ -1,0 +1,124 @@
+#include "feeds/mqttfeed.h"
+
+#include "feeds/mqttconnection.h"
+#include "feeds/statusjson.h"
+
+#include <QCoreApplication>
+#include <QRandomGenerator>
+
+#include <utility>
+
+namespace zun {
+
+MqttFeed::MqttFeed(const FeedOptions &options, const QString &busName, QObject *parent)
+    : QObject(parent), m_options(options), m_bus(busName)
+{
+    m_clock.start();
+    m_flushTimer.setSingleShot(true);
+    connect(&m_flushTimer, &QTimer::timeout, this, &MqttFeed::flush);
+    m_thread.setObjectName(QStringLiteral("mqtt"));
+    m_thread.start();
+    startSession();
+}
+
+MqttFeed::~MqttFeed()
+{
+    endSession();
+    m_thread.quit();
+    m_thread.wait();
+}
+
+void MqttFeed::startSession()
+{
+    MqttSettings settings{m_options.mqttHost,
+                          m_options.mqttPort,
+                          m_options.mqttUser,
+                          m_options.mqttPassword,
+                          m_options.mqttCaFile,
+                          QStringLiteral("zunoria-%1-%2")
+                              .arg(QCoreApplication::applicationPid())
+                              .arg(QRandomGenerator::global()->generate() % 100000),
+                          QStringLiteral("zunoria/%1/status").arg(m_bus)};
+    m_connection = new MqttConnection(std::move(settings));
+    m_connection->moveToThread(&m_thread);
+    connect(this, &MqttFeed::publishRequested, m_connection, &MqttConnection::publish);
+    connect(m_connection, &MqttConnection::connected, this, [this] {
+        setState(FeedStatus::Mqtt::Connected);
+        // The broker may have lost what was retained; say everything again.
+        m_published.clear();
+        for (auto it = m_receivers.cbegin(); it != m_receivers.cend(); ++it)
+            m_dirty.insert(it.key());
+        flush();
+    });
+    connect(m_connection, &MqttConnection::disconnected, this, [this](const QString &reason) {
+        setState(FeedStatus::Mqtt::Disconnected);
+        emit failed(reason);
+    });
+    setState(FeedStatus::Mqtt::Connecting);
+    QMetaObject::invokeMethod(m_connection, &MqttConnection::start, Qt::QueuedConnection);
+}
+
+void MqttFeed::endSession()
+{
+    if (!m_connection)
+        return;
+    disconnect(m_connection, nullptr, this, nullptr);
+    // Ending a session waits for the goodbye to be handed over; this is the
+    // only place the caller waits on the connection's thread.
+    MqttConnection *connection = std::exchange(m_connection, nullptr);
+    QMetaObject::invokeMethod(
+        connection, [connection] { delete connection; }, Qt::BlockingQueuedConnection);
+}
+
+void MqttFeed::onPortChanged(const QString &portName)
+{
+    if (portName == m_bus)
+        return;
+    endSession();
+    m_bus = portName;
+    m_published.clear();
+    startSession();
+}
+
+void MqttFeed::store(const ReceiverStatus &status)
+{
+    m_receivers.insert(status.address, status);
+    m_dirty.insert(status.address);
+    if (!m_flushTimer.isActive())
+        m_flushTimer.start(0);
+}
+
+void MqttFeed::flush()
+{
+    const qint64 now = m_clock.elapsed();
+    qint64 nextDue = -1;
+    for (auto it = m_dirty.begin(); it != m_dirty.end();) {
+        const int address = *it;
+        const qint64 wait = m_limiter.waitFor(address, now);
+        if (wait > 0) {
+            nextDue = nextDue < 0 ? wait : qMin(nextDue, wait);
+            ++it;
+            continue;
+        }
+        it = m_dirty.erase(it);
+        const QByteArray payload = receiverJsonText(m_receivers.value(address));
+        if (m_state != FeedStatus::Mqtt::Connected || m_published.value(address) == payload)
+            continue;
+        m_published.insert(address, payload);
+        m_limiter.markSent(address, now);
+        emit publishRequested(QStringLiteral("zunoria/%1/rx/%2/state").arg(m_bus, addressText(address)),
+                              payload);
+    }
+    if (nextDue >= 0)
+        m_flushTimer.start(static_cast<int>(nextDue));
+}
+
+void MqttFeed::setState(FeedStatus::Mqtt state)
+{
+    if (state == m_state)
+        return;
+    m_state = state;
+    emit stateChanged(state);
+}
+
+} // namespace zun

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "feeds/feedoptions.h"
+#include "feeds/feedstatus.h"
+#include "feeds/ratelimiter.h"
+#include "receivers/receiverstatus.h"
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QObject>
+#include <QSet>
+#include <QThread>
+#include <QTimer>
+
+namespace zun {
+
+class MqttConnection;
+
+// Publishes every receiver's state as one retained JSON object on
+// zunoria/<bus>/rx/<address>/state, on change and at most every 500 ms per
+// receiver, with zunoria/<bus>/status "online" / last will "offline". The
+// slots only store; publishing is handed, queued, to the connection's thread.
+class MqttFeed : public QObject
+{
+    Q_OBJECT
+public:
+    static constexpr qint64 kMinPublishIntervalMs = 500;
+
+    MqttFeed(const FeedOptions &options, const QString &busName, QObject *parent = nullptr);
+    ~MqttFeed() override;
+
+    FeedStatus::Mqtt state() const { return m_state; }
+    QString busName() const { return m_bus; }
+
+public slots:
+    void onReceiverFound(const zun::ReceiverStatus &status) { store(status); }
+    void onReceiverChanged(const zun::ReceiverStatus &status) { store(status); }
+    void onLevelsRead(const zun::ReceiverStatus &status) { store(status); }
+    void onWentOffline(const zun::ReceiverStatus &status) { store(status); }
+    void onCameBack(const zun::ReceiverStatus &status) { store(status); }
+    // A new bus name means new topics and a new last will: the session restarts.
+    void onPortChanged(const QString &portName);
+
+signals:
+    void stateChanged(zun::FeedStatus::Mqtt state);
+    void failed(const QString &message);
+    void publishRequested(const QString &topic, const QByteArray &payload);
+
+private:
+    void store(const ReceiverStatus &status);
+    void flush();
+    void startSession();
+    void endSession();
+    void setState(FeedStatus::Mqtt state);
+
+    FeedOptions m_options;
+    QString m_bus;
+    QThread m_thread;
+    MqttConnection *m_connection = nullptr;
+    FeedStatus::Mqtt m_state = FeedStatus::Mqtt::Off;
+    QHash<int, ReceiverStatus> m_receivers;
+    QHash<int, QByteArray> m_published;
+    QSet<int> m_dirty;
+    QTimer m_flushTimer;
+    QElapsedTimer m_clock;
+    RateLimiter m_limiter{kMinPublishIntervalMs};
+};
+
+} // namespace zun

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "receivers/receiverstatus.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+
+namespace zun {
+
+// One receiver as the MQTT topics and the dashboard carry it: address, name,
+// freq (MHz), rfa/rfb (0..99), rfaDbm/rfbDbm, af (0..99), clip, battery
+// (percent, -1 unknown), mute, online.
+QJsonObject receiverJson(const ReceiverStatus &status);
+
+// The same as compact UTF-8 text; quotes and control characters escaped.
+QByteArray receiverJsonText(const ReceiverStatus &status);
+
+// "03": the address as the topics and OSC paths spell it.
+QString addressText(int address);
+
+} // namespace zun

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QLocale>
+#include <QString>
+
+#include <vector>
+
+namespace zun {
+
+struct ScanPoint
+{
+    double frequencyMHz = 0;
+    double levelDbm = 0;
+};
+
+// Plain: "frequency,level" with a dot, no header, what coordination tools
+// import. Spreadsheet: a header line, semicolons and the locale's decimal
+// separator.
+enum class CsvVariant { Plain, Spreadsheet };
+
+// One point a line: MHz with three decimals, dBm with one.
+QString formatScanCsv(const std::vector<ScanPoint> &points, CsvVariant variant,
+                      const QLocale &locale = QLocale());
+
+struct ScanCsvResult
+{
+    std::vector<ScanPoint> points;
+    int errorLine = 0; // 1-based line of the first fault; 0 with no fault or an empty file
+    QString error;     // empty when the file was read whole
+    bool ok() const { return error.isEmpty(); }
+};
+
+// Reads either variant back. Every point must lie in the band (MHz, both ends
+// included); the first line that does not parse stops the reading and is named.
+ScanCsvResult parseScanCsv(const QString &text, double bandLowMHz, double bandHighMHz);
+
+} // namespace zun
