@@ -238,49 +238,6 @@ private slots:
             QCOMPARE(rig.main->panelGrid()->isPanelShown(i), i < 32);
     }
 
-    void handWrittenLinesProgramOnlyKnownReceivers_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QStringList>("frames");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("picture");
-        const QByteArray ghost = "5,\"GHOST \",1,1,\"72E2\",\"72E2\",20,32,0,0\r\n";
-        QTest::newRow("address not on the line") << ghost << QStringList() << "VOCAL1"
-                                                 << "SpeakerON";
-        QTest::newRow("short name padded") << ghost + "3,\"AB\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
-                                           << QStringList{"#03MAB    1272F21E000\r"} << "AB    "
-                                           << "SpeakerON";
-        QTest::newRow("long name cut") << QByteArray("3,\"LONGNAME\",1,2,\"72F2\",\"72F2\",30,0,0,-1\r\n")
-                                       << QStringList{"#03MLONGNA1272F21E002\r"} << "LONGNA"
-                                       << "SpeakerOFF";
-        QTest::newRow("no line break at the end")
-            << kGoodLine.chopped(2) << QStringList{"#03MNEWNAM1272F21E002\r"} << "NEWNAM"
-            << "SpeakerOFF";
-    }
-
-    void handWrittenLinesProgramOnlyKnownReceivers()
-    {
-        QFETCH(QByteArray, text);
-        QFETCH(QStringList, frames);
-        QFETCH(QString, name);
-        QFETCH(QString, picture);
-        Rig rig({3, 7});
-        const QStringList before = rig.records();
-        QTemporaryDir dir;
-        const QString path = dir.filePath("hand.zun");
-        QVERIFY(writeFile(path, text));
-        rig.bed.dialogs.queueFileName(path);
-        rig.trigger("mnuLoad");
-        QCOMPARE(rig.bed.dialogs.messages(), QStringList());
-        QCOMPARE(rig.bed.framesSent(), frames);
-        QCOMPARE(rig.bed.ctx.bus.record(0).name, name);
-        QCOMPARE(rig.main->panel(0)->nameText(), "03 " + name);
-        QCOMPARE(rig.mutePictures(1), QStringList{picture});
-        QCOMPARE(rig.records().mid(1), before.mid(1));
-        if (!frames.isEmpty())
-            QCOMPARE(rig.bus->receiver(3)->name, name.toLatin1());
-    }
-
     void anEmptyTableSavesAnEmptyFile()
     {
         Rig rig(std::vector<int>{});

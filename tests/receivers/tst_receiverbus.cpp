@@ -348,20 +348,6 @@ private slots:
         QVERIFY(!rig.bus.scanStep(5, 800.125));
         QCOMPARE(rig.bus.workMode(), WorkMode::Polling);
     }
-
-    void baudRateChangeTellsEveryReceiverThenThePort()
-    {
-        Rig rig({5});
-        rig.detect();
-        QSignalSpy changed(&rig.bus, &ReceiverBus::baudRateChanged);
-        QVERIFY(!rig.bus.changeBaudRate(19200));
-        QVERIFY(rig.frames().isEmpty());
-        QVERIFY(rig.bus.changeBaudRate(57600));
-        QCOMPARE(rig.frames(), QStringList{"#00H03\r"});
-        QVERIFY(rig.bed.line.baudRate() == 57600 && rig.bus.options().Baudrate == 57600);
-        QCOMPARE(rig.bed.settings.get("KESTA_ZUN", "MSComm", "Baudrate"), "57600");
-        QVERIFY(changed.size() == 1 && rig.bus.AddrCheck(5));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestReceiverBus)

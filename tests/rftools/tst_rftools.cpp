@@ -143,48 +143,6 @@ private slots:
         QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:00:0"));
     }
 
-    void peakAndNextTune()
-    {
-        RfBench b;
-        b.open();
-        b.line.rawByCode[b.codeOfPoint(3)] = {0xC0, 0x10};
-        b.line.rawByCode[b.codeOfPoint(9)] = {0x10, 0xE0};
-        SpectrumTab *tab = b.tools.spectrumTab();
-        tab->runButton()->click();
-        for (int k = 0; k < 13; ++k)
-            b.tools.ScanFreq();
-        b.line.written.clear();
-
-        tab->peakButton()->click();
-        QCOMPARE(int(b.ctx.bus.workMode()), 2); // the peak search stops the scan
-        QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(9))});
-        QCOMPARE(b.host.txtFreq + tab->runButton()->text(), "800.225Run");
-        QCOMPARE(tab->dbmReadout()->text(), formatDbm(levelDbm(b.tools.scanState().levels[9])));
-
-        b.line.silent = true;
-        tab->nextPeakButton()->click();
-        QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("No Response from receiver!")});
-        QCOMPARE(b.tools.scanState().scanIndex, 3); // the cursor moves anyway
-        QCOMPARE(b.host.txtFreq + ' ' + tab->frequencyReadout()->text(), "800.075 800.075MHz");
-    }
-
-    void clearThenPeakTunesBandStart()
-    {
-        RfBench b;
-        b.open();
-        b.line.rawByCode[b.codeOfPoint(5)] = {0xC0, 0xC0};
-        SpectrumTab *tab = b.tools.spectrumTab();
-        tab->runButton()->click();
-        for (int k = 0; k < 8; ++k)
-            b.tools.ScanFreq();
-        tab->clearButton()->click();
-        QCOMPARE(int(b.ctx.bus.workMode()), 2);
-        b.line.written.clear();
-        tab->peakButton()->click();
-        QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(0))});
-        QCOMPARE(b.host.txtFreq, "800.000");
-    }
-
     void dragReadsClickTunes()
     {
         RfBench b;
@@ -202,23 +160,6 @@ private slots:
         // A running scan carries on from there.
         QVERIFY(b.tools.scanState().scanIndex == 100 && b.ctx.bus.workMode() == WorkMode(3));
         QCOMPARE(b.tools.spectrumTab()->plot()->diamond()->pos(), QPoint(600 - 3, 240 - 7));
-    }
-
-    void settingsMarkerButtons()
-    {
-        RfBench b;
-        b.open(); // N = 12
-        b.tools.cmdPrevClick();
-        QCOMPARE(b.tools.scanState().scanIndex, 0);
-        b.tools.spectrum().pointerMoved(600, Qt::LeftButton);
-        QCOMPARE(b.tools.scanState().scanIndex, 12);
-        b.tools.cmdNextClick();
-        QCOMPARE(b.tools.scanState().scanIndex, 0);
-        b.tools.cmdNextClick();
-        QCOMPARE(b.tools.scanState().scanIndex, 1);
-        QCOMPARE(b.line.written, (QStringList{kCommand(b.codeOfPoint(0)), kCommand(b.codeOfPoint(0)),
-                                              kCommand(b.codeOfPoint(1))}));
-        QCOMPARE(b.host.txtFreq, "800.025");
     }
 
     void traceIsDrawn()
