@@ -1,6 +1,7 @@
 #include "mainscreen/frmmain.h"
 
 #include "alarms/monitoring.h"
+#include "alarms/receiverlisteners.h"
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"

@@ -1,7 +1,7 @@
 #include "showlog/showlog.h"
 
 #include "platform/walltime.h"
-#include "rftools/rfscale.h"
+#include "receivers/levelreading.h"
 #include "showlog/showlogline.h"
 
 namespace zun {
