@@ -1,7 +1,5 @@
 #include "mainscreen/frmmain.h"
 
-#include "alarms/monitoring.h"
-#include "alarms/receiverlisteners.h"
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"
@@ -10,6 +8,7 @@
 #include "mainscreen/frmabout.h"
 #include "mainscreen/frmchecknet.h"
 #include "mainscreen/imageresources.h"
+#include "mainscreen/monitoring.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
 

@@ -1,8 +1,8 @@
 #include "alarms/alarmlistwindow.h"
-#include "alarms/monitoring.h"
 #include "alarms/receiverlisteners.h"
 #include "link/ports.h"
 #include "mainscreen/frmmain.h"
+#include "mainscreen/monitoring.h"
 #include "mainscreen/rcvpanel.h"
 #include "support/testbed.h"
 
