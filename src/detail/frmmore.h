@@ -1,6 +1,6 @@
 #pragma once
 
-#include "detail/presets.h"
+#include "receivers/presets.h"
 #include "receivers/receiverbus.h"
 #include "receivers/receiverrecord.h"
 #include "rftools/rftools.h"
