@@ -1,6 +1,7 @@
 #include "core/context.h"
 #include "core/startup.h"
 #include "core/workloop.h"
+#include "feeds/feedhub.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/startupwindows.h"
 #include "platform/portmap.h"
@@ -79,6 +80,8 @@ int main(int argc, char *argv[])
 
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
     zun::WorkLoop loop(ctx.bus);
+    // The stored feeds listen to the receiver layer from the first detection on.
+    zun::attachFeeds(zun::loadFeedOptions(settings, QStringLiteral("KESTA_ZUN")), &ctx.bus, &app);
     // Every setting is on disk the moment it is saved, so the process can end at once.
     ctx.endProgram = [] { std::_Exit(0); };
 
