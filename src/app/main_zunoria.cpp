@@ -1,6 +1,7 @@
 #include "core/context.h"
 #include "core/startup.h"
 #include "core/workloop.h"
+#include "detail/frmmore.h"
 #include "feeds/feedhub.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/startupwindows.h"
@@ -79,6 +80,7 @@ int main(int argc, char *argv[])
     zun::SerialLine &line = options.demo ? static_cast<zun::SerialLine &>(demoLine) : realLine;
 
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
+    ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) { return new zun::FrmMore(c, host); };
     zun::WorkLoop loop(ctx.bus);
     // The stored feeds listen to the receiver layer from the first detection on.
     zun::attachFeeds(zun::loadFeedOptions(settings, QStringLiteral("KESTA_ZUN")), &ctx.bus, &app);

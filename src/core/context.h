@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/appstate.h"
+#include "core/detailwindow.h"
 #include "platform/platform.h"
 #include "receivers/receiverbus.h"
 
@@ -22,6 +23,8 @@ struct Context
 
     // Ends the program at once; the app ends the process, tests record the call.
     std::function<void()> endProgram = [] {};
+    // Opens a receiver's detail window; without it the detail button does nothing.
+    DetailWindowFactory makeDetailWindow;
 };
 
 } // namespace zun

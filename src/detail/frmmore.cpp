@@ -6,11 +6,10 @@
 #include "rftools/scantab.h"
 
 #include "core/context.h"
+#include "core/tvchannels.h"
 #include "detail/battery.h"
-#include "detail/detailhost.h"
 #include "detail/detailmeters.h"
 #include "detail/settingstab.h"
-#include "detail/tvregion.h"
 #include "receivers/frequency.h"
 #include "receivers/levelreading.h"
 
@@ -41,7 +40,7 @@ const QColor kOverDeviation(255, 0, 0);
 } // namespace
 
 FrmMore::FrmMore(Context &ctx, DetailHost &host, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.bus.selected())
+    : DetailWindow(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.bus.selected())
 {
     setObjectName(QStringLiteral("frmMore"));
     setWindowTitle(QStringLiteral("Detail Functions"));
@@ -262,6 +261,16 @@ bool FrmMore::ReadOneAD()
                                    QString::number(r.address) + QStringLiteral("\r\n"));
     close();
     return true;
+}
+
+bool FrmMore::ScanFreq()
+{
+    return m_tools->ScanFreq();
+}
+
+bool FrmMore::RFRecorder()
+{
+    return m_tools->RFRecorder();
 }
 
 void FrmMore::recorderRead()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/detailwindow.h"
 #include "receivers/presets.h"
 #include "receivers/receiverbus.h"
 #include "receivers/receiverrecord.h"
@@ -18,7 +19,6 @@ class QTabWidget;
 namespace zun {
 
 struct Context;
-class DetailHost;
 class SettingsTab;
 
 // The detail window of one receiver: settings, live levels and the tabs of
@@ -26,20 +26,22 @@ class SettingsTab;
 // it was made. The opener calls load(), shows it and sets WorkMode 2; from
 // then on the work loop calls ReadOneAD() until the window closes itself.
 // The window deletes itself when closed.
-class FrmMore : public QWidget, public RfToolsHost
+class FrmMore : public DetailWindow, public RfToolsHost
 {
     Q_OBJECT
 public:
     FrmMore(Context &ctx, DetailHost &host, QWidget *parent = nullptr);
 
     // Reads the record into the settings tab, repairing a corrupt preset.
-    void load();
+    void load() override;
 
     ~FrmMore() override;
 
     // One level read of the receiver for the meters. True when it sent
     // something; a silent receiver closes the window after one message.
-    bool ReadOneAD();
+    bool ReadOneAD() override;
+    bool ScanFreq() override;
+    bool RFRecorder() override;
     void recorderRead() override;
 
     // Meter update from one level reading.

@@ -3,7 +3,6 @@
 
 #include "core/context.h"
 #include "core/options.h"
-#include "detail/detailhost.h"
 #include "detail/settingstab.h"
 
 #include <QGroupBox>

@@ -3,8 +3,6 @@
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"
-#include "detail/frmmore.h"
-#include "detail/tvregion.h"
 #include "mainscreen/frmabout.h"
 #include "mainscreen/frmchecknet.h"
 #include "mainscreen/imageresources.h"
@@ -200,8 +198,8 @@ void FrmMain::installSteps(WorkLoop &loop)
 {
     loop.setStep(WorkMode::Polling, [this] { return m_ctx.bus.ReadAllAD(); });
     loop.setStep(WorkMode::DetailRead, [this] { return m_more ? m_more->ReadOneAD() : false; });
-    loop.setStep(WorkMode::Scan, [this] { return m_more ? m_more->tools().ScanFreq() : false; });
-    loop.setStep(WorkMode::Recorder, [this] { return m_more ? m_more->tools().RFRecorder() : false; });
+    loop.setStep(WorkMode::Scan, [this] { return m_more ? m_more->ScanFreq() : false; });
+    loop.setStep(WorkMode::Recorder, [this] { return m_more ? m_more->RFRecorder() : false; });
 }
 
 void FrmMain::UpdateLinkMenus()

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "detail/detailhost.h"
-#include "detail/frmmore.h"
-#include "detail/tvregion.h"
+#include "core/detailwindow.h"
+#include "mainscreen/tvregion.h"
 #include "receivers/levelreading.h"
 
 #include <QMainWindow>
@@ -18,7 +17,6 @@ class QTimer;
 namespace zun {
 
 struct Context;
-class FrmMore;
 class Monitoring;
 class PanelGrid;
 class RcvPanel;
@@ -76,7 +74,7 @@ public:
     QAction *action(const QString &objectName) const;
     PanelGrid *panelGrid() const { return m_grid; }
     RcvPanel *panel(int index) const;
-    FrmMore *detailWindow() const { return m_more; }
+    DetailWindow *detailWindow() const { return m_more; }
     QMenu *popupMenu() const { return m_popup; }
     // Alarms and the show log; the app connects them to the receiver layer.
     Monitoring *monitoring() const { return m_monitoring; }
@@ -101,7 +99,7 @@ private:
     Context &m_ctx;
     PanelGrid *m_grid = nullptr;
     frmCheckNet *m_checkNet = nullptr;
-    QPointer<FrmMore> m_more;
+    QPointer<DetailWindow> m_more;
     Monitoring *m_monitoring = nullptr;
     QMenu *m_popup = nullptr;
     QAction *m_mnuBaud1 = nullptr;

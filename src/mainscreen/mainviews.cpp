@@ -1,7 +1,6 @@
 // The main screen's views: display modes, the two screens, hiding, the full
 // view, the settings file, and the detail window it opens.
 #include "core/context.h"
-#include "detail/frmmore.h"
 #include "mainscreen/displaymode.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/panelgrid.h"
@@ -173,8 +172,10 @@ void FrmMain::moreClicked(int index)
         m_more->close();
     if (m_more) // the old window refused to close
         return;
+    if (!m_ctx.makeDetailWindow)
+        return;
     m_ctx.bus.openDetail(index);
-    m_more = new FrmMore(m_ctx, *this);
+    m_more = m_ctx.makeDetailWindow(m_ctx, *this);
     m_more->load();
     m_more->show();
     m_more->raise();

@@ -4,7 +4,7 @@
 // dialogs, the desktop and the main screen replaced by doubles.
 
 #include "core/context.h"
-#include "detail/detailhost.h"
+#include "core/detailwindow.h"
 #include "detail/frmmore.h"
 #include "detail/settingstab.h"
 #include "sim/simbus.h"

@@ -2,7 +2,7 @@
 #include "detail/detailrig.h"
 
 #include "detail/detailmeters.h"
-#include "detail/tvregion.h"
+#include "mainscreen/tvregion.h"
 
 #include <QAction>
 #include <QClipboard>

@@ -108,6 +108,7 @@ struct Session
         if (setup)
             setup(*this);
         ctx.endProgram = [this] { ++ended; };
+        ctx.makeDetailWindow = [](Context &c, DetailHost &host) { return new FrmMore(c, host); };
         windows = std::make_unique<StartupWindows>(ctx);
         if (!startProgram(ctx, windows->views()))
             return false;
@@ -135,7 +136,7 @@ struct Session
     FrmMore &openDetail(int index)
     {
         QTest::mouseClick(panel(index).moreButton(), Qt::LeftButton);
-        return *main->detailWindow();
+        return static_cast<FrmMore &>(*main->detailWindow());
     }
     template <typename W = QWidget> W *in(QWidget *parent, const QString &name)
     {

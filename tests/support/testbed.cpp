@@ -1,5 +1,6 @@
 #include "support/testbed.h"
 
+#include "detail/frmmore.h"
 #include "sim/demobus.h"
 
 namespace zun {
@@ -7,6 +8,7 @@ namespace zun {
 TestBed::TestBed()
 {
     ctx.endProgram = [this] { ++endProgramCalls; };
+    ctx.makeDetailWindow = [](Context &c, DetailHost &host) { return new FrmMore(c, host); };
 }
 
 SimBus &TestBed::attachReceivers(int port, const std::vector<int> &addresses, int baud)
