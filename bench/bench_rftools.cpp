@@ -7,6 +7,7 @@
 //                                    counters as PNG to DIR
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "link/hex.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
@@ -16,7 +17,6 @@
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
 #include "rftools/rftools.h"
-#include "rftools/rftoolshost.h"
 #include "rftools/scanplot.h"
 #include "rftools/scansweep.h"
 #include "rftools/scantab.h"

@@ -7,6 +7,7 @@
 #include "mainscreen/startupwindows.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
+#include "rftools/rftools.h"
 #include "sim/demobus.h"
 #include "sim/simserialline.h"
 
@@ -80,7 +81,11 @@ int main(int argc, char *argv[])
     zun::SerialLine &line = options.demo ? static_cast<zun::SerialLine &>(demoLine) : realLine;
 
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
+    // The windows meet here, so that none of them includes another.
     ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) { return new zun::FrmMore(c, host); };
+    ctx.makeRfTools = [](zun::Context &c, zun::RfToolsHost &host, QWidget *parent) {
+        return new zun::RfTools(c, host, parent);
+    };
     zun::WorkLoop loop(ctx.bus);
     // The stored feeds listen to the receiver layer from the first detection on.
     zun::attachFeeds(zun::loadFeedOptions(settings, QStringLiteral("KESTA_ZUN")), &ctx.bus, &app);

@@ -2,6 +2,7 @@
 
 #include "core/appstate.h"
 #include "core/detailwindow.h"
+#include "core/rftoolspanel.h"
 #include "platform/platform.h"
 #include "receivers/receiverbus.h"
 
@@ -25,6 +26,8 @@ struct Context
     std::function<void()> endProgram = [] {};
     // Opens a receiver's detail window; without it the detail button does nothing.
     DetailWindowFactory makeDetailWindow;
+    // Makes the RF tools a detail window hosts; a detail window needs it.
+    RfToolsFactory makeRfTools;
 };
 
 } // namespace zun

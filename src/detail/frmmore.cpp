@@ -1,9 +1,4 @@
 #include "detail/frmmore.h"
-#include "rftools/rfscale.h"
-
-#include "rftools/dropcounterpanel.h"
-#include "rftools/recordertab.h"
-#include "rftools/scantab.h"
 
 #include "core/context.h"
 #include "core/tvchannels.h"
@@ -13,6 +8,7 @@
 #include "receivers/frequency.h"
 #include "receivers/levelreading.h"
 
+#include <QAbstractButton>
 #include <QCloseEvent>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -20,7 +16,6 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -59,10 +54,10 @@ void FrmMore::buildWindow()
 {
     m_tabs = named(new QTabWidget(this), QStringLiteral("SSTab1"));
     m_settings = new SettingsTab(m_tabs);
-    m_tools = new RfTools(m_ctx, *this, this);
-    m_spectrumTab = m_tools->spectrumTab();
-    m_recorderTab = m_tools->recorderTab();
-    m_settings->extraArea->addWidget(m_tools->dropCounterPanel());
+    m_tools = m_ctx.makeRfTools(m_ctx, *this, this);
+    m_spectrumTab = m_tools->spectrumPage();
+    m_recorderTab = m_tools->recorderPage();
+    m_settings->extraArea->addWidget(m_tools->dropCounterPage());
     m_tabs->addTab(m_settings, QStringLiteral("Settings"));
     m_tabs->addTab(m_spectrumTab, QStringLiteral("Spectrum"));
     m_tabs->addTab(m_recorderTab, QStringLiteral("RF-Monitor"));
@@ -79,7 +74,7 @@ void FrmMore::buildWindow()
     frame1->setParent(m_frameA);
     stepRow->addWidget(frame1);
     for (int i = 0; i < 4; ++i)
-        m_option[i] = m_tools->spectrumTab()->stepOption(i + 1);
+        m_option[i] = m_tools->stepOption(i + 1);
 
     m_frameB = named(new QGroupBox(QStringLiteral("Scan marker"), this), QStringLiteral("FrameB"));
     auto *markerRow = new QHBoxLayout(m_frameB);
@@ -140,13 +135,13 @@ void FrmMore::connectControls()
     const int multipliers[4] = {1, 2, 4, 5};
     for (int i = 0; i < 4; ++i) {
         const int multiplier = multipliers[i];
-        connect(m_option[i], &QRadioButton::toggled, this, [this, multiplier](bool on) {
+        connect(m_option[i], &QAbstractButton::toggled, this, [this, multiplier](bool on) {
             if (on)
                 setStep(multiplier);
         });
     }
-    connect(m_cmdNext, &QPushButton::clicked, m_tools, &RfTools::cmdNextClick);
-    connect(m_cmdPrev, &QPushButton::clicked, m_tools, &RfTools::cmdPrevClick);
+    connect(m_cmdNext, &QPushButton::clicked, this, [this] { m_tools->cmdNextClick(); });
+    connect(m_cmdPrev, &QPushButton::clicked, this, [this] { m_tools->cmdPrevClick(); });
     connect(&m_ctx.bus, &ReceiverBus::kobPhase, this, &FrmMore::showKobPhase);
     // Squelch steps come from the receiver layer while a button is held.
     connect(&m_ctx.bus, &ReceiverBus::receiverChanged, this, [this](const ReceiverStatus &status) {

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "core/detailwindow.h"
+#include "core/rftoolspanel.h"
 #include "receivers/presets.h"
 #include "receivers/receiverbus.h"
 #include "receivers/receiverrecord.h"
-#include "rftools/rftools.h"
-#include "rftools/rftoolshost.h"
 
 #include <QString>
 #include <QStringView>
@@ -13,7 +12,7 @@
 
 class QGroupBox;
 class QPushButton;
-class QRadioButton;
+class QAbstractButton;
 class QTabWidget;
 
 namespace zun {
@@ -59,7 +58,7 @@ public:
     QTabWidget *tabs() const { return m_tabs; }
 
     int receiverIndex() const { return m_index; }
-    RfTools &tools() const { return *m_tools; }
+    RfToolsPanel &tools() const { return *m_tools; }
 
     // What the RF tools ask of this window.
     const ReceiverRecord &record() const override;
@@ -121,7 +120,7 @@ private:
     QWidget *m_recorderTab = nullptr;
     QWidget *m_frameA = nullptr;
     QGroupBox *m_frameB = nullptr;
-    QRadioButton *m_option[4] = {};
+    QAbstractButton *m_option[4] = {};
     QPushButton *m_cmdKob = nullptr;
     QPushButton *m_cmdWrite = nullptr;
     QPushButton *m_cmdExit = nullptr;
@@ -135,7 +134,7 @@ private:
     bool m_closed = false;
     int m_stepMultiplier = 1;
     int m_squelchLevel = 0;
-    RfTools *m_tools = nullptr;
+    RfToolsPanel *m_tools = nullptr;
     int m_shownTab = 0;
     QString m_captionBeforeKob;
 };

@@ -1,10 +1,10 @@
 #include "rftools/rfrecorder.h"
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "rftools/plotparts.h"
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
-#include "rftools/rftoolshost.h"
 #include "rftools/scanstate.h"
 
 #include <QLabel>

@@ -1,11 +1,11 @@
 #include "rftools/rftools.h"
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "rftools/dropcounterpanel.h"
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
 #include "rftools/rfrecorder.h"
-#include "rftools/rftoolshost.h"
 #include "rftools/scanfiles.h"
 #include "rftools/scanplot.h"
 #include "rftools/scansweep.h"
@@ -14,6 +14,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QRadioButton>
 
 namespace zun {
 
@@ -60,6 +61,26 @@ RfTools::RfTools(Context &ctx, RfToolsHost &host, QWidget *parentWidget)
 }
 
 RfTools::~RfTools() = default;
+
+QWidget *RfTools::spectrumPage()
+{
+    return m_spectrumTab;
+}
+
+QWidget *RfTools::recorderPage()
+{
+    return m_recorderTab;
+}
+
+QWidget *RfTools::dropCounterPage()
+{
+    return m_dropPanel;
+}
+
+QAbstractButton *RfTools::stepOption(int option)
+{
+    return m_spectrumTab->stepOption(option);
+}
 
 void RfTools::load()
 {

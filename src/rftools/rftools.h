@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/rftoolspanel.h"
 #include "rftools/recorderstate.h"
 #include "rftools/scanstate.h"
 
@@ -14,7 +15,6 @@ struct DetailReading;
 class DropCounterPanel;
 class RecorderTab;
 class RfRecorder;
-class RfToolsHost;
 class ScanFiles;
 class SpectrumScan;
 class SpectrumTab;
@@ -28,7 +28,7 @@ class SpectrumTab;
 // dropCounterPanel() on its settings tab, calls load() once its own load has
 // filled the band boxes, and hands the work loop ScanFreq (mode 3) and
 // RFRecorder (mode 4).
-class RfTools : public QObject
+class RfTools : public QObject, public RfToolsPanel
 {
     Q_OBJECT
 public:
@@ -38,26 +38,30 @@ public:
     ~RfTools() override;
 
     SpectrumTab *spectrumTab() const { return m_spectrumTab; }
+    QWidget *spectrumPage() override;
+    QWidget *recorderPage() override;
+    QWidget *dropCounterPage() override;
+    QAbstractButton *stepOption(int option) override;
     RecorderTab *recorderTab() const { return m_recorderTab; }
     DropCounterPanel *dropCounterPanel() const { return m_dropPanel; }
 
     // After the window's load: band size, scales, options, squelch lines.
-    void load();
+    void load() override;
 
     // Work-loop steps; both return true because they always use the line.
-    bool ScanFreq();
-    bool RFRecorder();
+    bool ScanFreq() override;
+    bool RFRecorder() override;
 
     // The share of the window's ShowMeters that belongs here: keeps the
     // reading for the tools and shows the drop counts.
-    void meterReading(const DetailReading &reading);
+    void meterReading(const DetailReading &reading) override;
     // Squelch level from the record's squelch, and both squelch lines.
-    void ShowSquelch();
+    void ShowSquelch() override;
 
     // The settings tab's marker buttons and the tab control's click.
-    void cmdNextClick();
-    void cmdPrevClick();
-    void SSTab1Click(int previousTab);
+    void cmdNextClick() override;
+    void cmdPrevClick() override;
+    void SSTab1Click(int previousTab) override;
 
     SpectrumScan &spectrum() const { return *m_spectrum; }
     RfRecorder &recorderControl() const { return *m_recorder; }

@@ -1,7 +1,7 @@
 #include "rftools/scanfiles.h"
 
 #include "core/context.h"
-#include "rftools/rftoolshost.h"
+#include "core/rftoolspanel.h"
 #include "rftools/scanplot.h"
 #include "rftools/scanstate.h"
 #include "rftools/scantab.h"

@@ -1,9 +1,9 @@
 #include "rftools/scansweep.h"
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "receivers/receiverbus.h"
 #include "rftools/plotparts.h"
-#include "rftools/rftoolshost.h"
 #include "rftools/scanplot.h"
 #include "rftools/scanstate.h"
 #include "rftools/scantab.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/testbed.h"
+
 // A detail window on the simulated line and a virtual clock, with the
 // dialogs, the desktop and the main screen replaced by doubles.
 
@@ -56,6 +58,7 @@ struct DetailRig
         line.attachBus(1, &bus);
         line.applySettings(QStringLiteral("115200,N,8,1"));
         line.open();
+        wireWindows(ctx);
     }
     ~DetailRig() { delete form.data(); }
 

@@ -108,7 +108,7 @@ struct Session
         if (setup)
             setup(*this);
         ctx.endProgram = [this] { ++ended; };
-        ctx.makeDetailWindow = [](Context &c, DetailHost &host) { return new FrmMore(c, host); };
+        wireWindows(ctx);
         windows = std::make_unique<StartupWindows>(ctx);
         if (!startProgram(ctx, windows->views()))
             return false;

@@ -5,6 +5,7 @@
 // the settings tab.
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "link/hex.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
@@ -12,7 +13,6 @@
 #include "platform/serialline.h"
 #include "platform/settingsstore.h"
 #include "rftools/rftools.h"
-#include "rftools/rftoolshost.h"
 
 #include <QStringList>
 #include <QWidget>

@@ -2,8 +2,14 @@
 
 #include <QString>
 
+#include <functional>
+
+class QAbstractButton;
+class QWidget;
+
 namespace zun {
 
+struct Context;
 struct DetailReading;
 struct ReceiverRecord;
 
@@ -39,5 +45,35 @@ public:
     // delete the tools synchronously (close(), deleteLater()).
     virtual void unloadForm() = 0;
 };
+
+// The RF tools as the detail window hosts them: three pages to place, the
+// step options it shares with its frequency buttons, and the calls it passes on.
+class RfToolsPanel
+{
+public:
+    virtual ~RfToolsPanel() = default;
+
+    virtual QWidget *spectrumPage() = 0;
+    virtual QWidget *recorderPage() = 0;
+    virtual QWidget *dropCounterPage() = 0;
+    // Option1..Option4 of the step frame.
+    virtual QAbstractButton *stepOption(int option) = 0;
+
+    // After the window's load: band size, scales, options, squelch lines.
+    virtual void load() = 0;
+    // The tools' share of the window's meter update.
+    virtual void meterReading(const DetailReading &reading) = 0;
+    virtual void ShowSquelch() = 0;
+    virtual void cmdNextClick() = 0;
+    virtual void cmdPrevClick() = 0;
+    virtual void SSTab1Click(int previousTab) = 0;
+    // Work-loop steps.
+    virtual bool ScanFreq() = 0;
+    virtual bool RFRecorder() = 0;
+};
+
+// Makes the RF tools inside a detail window (their widgets are children of
+// parentWidget); the app supplies it.
+using RfToolsFactory = std::function<RfToolsPanel *(Context &ctx, RfToolsHost &host, QWidget *parentWidget)>;
 
 } // namespace zun
