@@ -3,7 +3,6 @@
 // every command and reply character at 10 bits and 115200 baud, plus the
 // simulated receivers' turnaround. The pty itself is measured alongside.
 #include "core/context.h"
-#include "mainscreen/polling.h"
 #include "platform/mappedserialline.h"
 #include "platform/portmap.h"
 
@@ -27,15 +26,6 @@ namespace {
 constexpr int kReceivers = 64;
 constexpr int kPasses = 30;
 constexpr int kTurnaroundMicros = 1500;
-
-class CountingSink final : public zun::PanelSink
-{
-public:
-    void UpdateRcvPanel(int, const QString &) override { ++replies; }
-    void showOffline(int) override { ++offline; }
-    int replies = 0;
-    int offline = 0;
-};
 
 quint16 freeLoopbackPort()
 {
@@ -67,30 +57,32 @@ double medianPass(const QString &target)
     zun::ScriptedDialogs dialogs;
     zun::FakeDesktop desktop;
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
-    ctx.state.Retry = 0;
-    ctx.state.receivers.assign(kReceivers, zun::ReceiverRecord{});
-    for (int i = 0; i < kReceivers; ++i) {
-        ctx.state.receivers[i].address = i + 1;
-        ctx.state.receivers[i].online = true;
-    }
-    ctx.state.foundCount = kReceivers;
-    line.selectPort(1);
-    line.applySettings(QStringLiteral("115200,N,8,1"));
-    if (!line.open()) {
+    zun::LineOptions &options = ctx.bus.options();
+    options.Retry = 0;
+    options.CommPort = 1;
+    options.Baudrate = 115200;
+    ctx.bus.resizeTable(kReceivers);
+    ctx.bus.openLine();
+    if (!line.isOpen()) {
         std::fprintf(stderr, "%s: cannot open\n", qPrintable(target));
         return -1;
     }
-    CountingSink sink;
-    zun::ReadAllAD(ctx, sink); // warm-up
+    if (!ctx.bus.CheckReceivers() || ctx.bus.foundCount() != kReceivers) {
+        std::fprintf(stderr, "%s: found %d receivers\n", qPrintable(target), ctx.bus.foundCount());
+        return -1;
+    }
+    int offline = 0;
+    QObject::connect(&ctx.bus, &zun::ReceiverBus::panelOffline, [&offline] { ++offline; });
+    ctx.bus.ReadAllAD(); // warm-up
     std::vector<double> micros;
     for (int pass = 0; pass < kPasses; ++pass) {
         QElapsedTimer timer;
         timer.start();
-        zun::ReadAllAD(ctx, sink);
+        ctx.bus.ReadAllAD();
         micros.push_back(timer.nsecsElapsed() / 1000.0);
     }
-    if (sink.offline > 0) {
-        std::fprintf(stderr, "%s: %d receivers missed a reply\n", qPrintable(target), sink.offline);
+    if (offline > 0) {
+        std::fprintf(stderr, "%s: %d receivers missed a reply\n", qPrintable(target), offline);
         return -1;
     }
     std::sort(micros.begin(), micros.end());

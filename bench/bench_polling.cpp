@@ -2,9 +2,7 @@
 // the time the same bytes take on the wire at 115200 baud. The line is the
 // simulator on a virtual clock, so only the program's own work is timed.
 #include "core/context.h"
-#include "link/detection.h"
 #include "mainscreen/panelreadout.h"
-#include "mainscreen/polling.h"
 #include "sim/demobus.h"
 #include "sim/simserialline.h"
 
@@ -15,36 +13,6 @@
 #include <array>
 #include <cstdio>
 #include <vector>
-
-namespace {
-
-class ReadoutSink final : public zun::PanelSink
-{
-public:
-    explicit ReadoutSink(const zun::AppState &state) : m_state(state) {}
-    void UpdateRcvPanel(int index, const QString &reply) override
-    {
-        m_readouts[index] = zun::readPanelReply(reply, m_state.receivers[index].squelch, m_state.levelTable,
-                                                m_battery[index]);
-    }
-    void showOffline(int) override {}
-
-private:
-    const zun::AppState &m_state;
-    std::array<zun::BatteryAverage, 64> m_battery{};
-    std::array<zun::PanelReadout, 64> m_readouts{};
-};
-
-class NoProgress final : public zun::DetectionProgress
-{
-public:
-    void begin(const QString &) override {}
-    void setProgress(int) override {}
-    bool skipRequested() const override { return false; }
-    void end() override {}
-};
-
-} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -61,14 +29,17 @@ int main(int argc, char *argv[])
     zun::ScriptedDialogs dialogs;
     zun::FakeDesktop desktop;
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
-    ctx.state.receivers.assign(64, zun::ReceiverRecord{});
+    ctx.bus.resizeTable(64);
     line.selectPort(1);
     line.applySettings(QStringLiteral("115200,N,8,1"));
     line.open();
-    NoProgress progress;
-    zun::CheckReceivers(ctx, progress);
+    ctx.bus.CheckReceivers();
 
-    ReadoutSink sink(ctx.state);
+    // What the panels would be given, without the panels.
+    std::array<zun::PanelReadout, 64> readouts{};
+    QObject::connect(&ctx.bus, &zun::ReceiverBus::panelLevels, [&](int index, const zun::LevelReading &r) {
+        readouts[std::size_t(index)] = panelReadout(r);
+    });
     constexpr int kPasses = 200;
     std::vector<double> hostMicros;
     std::uint64_t lineMicros = 0;
@@ -76,14 +47,14 @@ int main(int argc, char *argv[])
         const std::uint64_t before = clock.nowMicros();
         QElapsedTimer timer;
         timer.start();
-        zun::ReadAllAD(ctx, sink);
+        ctx.bus.ReadAllAD();
         hostMicros.push_back(timer.nsecsElapsed() / 1000.0);
         lineMicros += clock.nowMicros() - before;
     }
     std::sort(hostMicros.begin(), hostMicros.end());
     // "%01N" + CR out, 11 characters + CR back, 10 bits a character.
     const double wireMicros = 64 * (5 + 12) * 10 * 1e6 / 115200;
-    std::printf("receivers found: %d\n", ctx.state.foundCount);
+    std::printf("receivers found: %d\n", ctx.bus.foundCount());
     std::printf("one polling pass over 64 receivers: host work median %.0f us, worst %.0f us\n",
                 hostMicros[hostMicros.size() / 2], hostMicros.back());
     std::printf("wire time of the same bytes at 115200 baud: %.0f us (host work is %.1f%% of it)\n",

@@ -7,6 +7,7 @@
 //                                    counters as PNG to DIR
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "link/hex.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
@@ -16,7 +17,6 @@
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
 #include "rftools/rftools.h"
-#include "rftools/rftoolshost.h"
 #include "rftools/scanplot.h"
 #include "rftools/scansweep.h"
 #include "rftools/scantab.h"
@@ -44,20 +44,11 @@ namespace {
 class BenchHost final : public RfToolsHost
 {
 public:
-    BenchHost(Context &ctx, const SimReceiver &r) : m_ctx(ctx)
-    {
-        rec.address = r.address;
-        rec.name = QString::fromLatin1(r.name);
-        rec.squelch = r.squelch;
-        rec.bandStartCode = NumToHex(r.bandStartCode, 4);
-        rec.bandWidth = r.bandWidth;
-    }
-    ReceiverRecord rec;
+    explicit BenchHost(Context &ctx) : m_ctx(ctx) {}
     RfTools *tools = nullptr;
 
-    ReceiverRecord &record() override { return rec; }
-    QString addressText() const override { return NumToHex(rec.address, 2); }
-    double bandStart() const override { return (25.0 * HexToNum(rec.bandStartCode) + 65750) / 1000; }
+    const ReceiverRecord &record() const override { return m_ctx.bus.record(m_ctx.bus.selected()); }
+    double bandStart() const override { return (25.0 * HexToNum(record().bandStartCode) + 65750) / 1000; }
     QString ComputeNA(double mhz) const override
     {
         return NumToHex(static_cast<int>(std::nearbyint((mhz * 1000 - 65750) / 25)), 4);
@@ -65,25 +56,13 @@ public:
     void setTxtFreq(const QString &) override {}
     void showOffPreset() override {}
     void showTvChannel(double) override {}
-    void ShowMeters(int status, int rfA, int rfB, int audio) override
+    void ShowMeters(const DetailReading &reading) override { tools->meterReading(reading); }
+    void recorderRead() override
     {
-        tools->meterReading(status, rfA, rfB, audio);
-    }
-    bool ReadOneAD() override
-    {
-        QString reply;
-        if (!m_ctx.link.SendCommand(QLatin1Char('%') + addressText() + QStringLiteral("N\r"), 12, reply, 250))
-            return true;
-        const auto &table = m_ctx.state.levelTable;
-        auto level = [&](int pos) {
-            return table[std::min(HexToNum(QStringView(reply).mid(pos, 2)) + 5, 255)];
-        };
-        ShowMeters(HexToNum(QStringView(reply).mid(3, 2)), level(5), level(7),
-                   HexToNum(QStringView(reply).mid(9, 2)));
-        return true;
+        if (const auto reading = m_ctx.bus.recorderStep())
+            ShowMeters(*reading);
     }
     void unloadForm() override {}
-    void drawSquelchBar(int, int) override {}
 
 private:
     Context &m_ctx;
@@ -145,7 +124,10 @@ int main(int argc, char **argv)
     FakeDesktop desktop;
     Context ctx(Platform{clock, line, settings, dialogs, desktop});
 
-    BenchHost host(ctx, *bus->receiver(1));
+    ctx.bus.resizeTable(64);
+    ctx.bus.CheckReceivers();
+    ctx.bus.openDetail(0);
+    BenchHost host(ctx);
     QWidget window;
     window.setWindowTitle(QStringLiteral("Detail Functions"));
     RfTools tools(ctx, host, &window);
@@ -165,7 +147,7 @@ int main(int argc, char **argv)
                 tools.spectrumTab()->plot()->devicePixelRatioF());
 
     // One whole sweep of the simulated band fills the trace.
-    ctx.state.WorkMode = 2;
+    ctx.bus.setWorkMode(WorkMode::DetailRead);
     tools.spectrumTab()->continuousOption()->click();
     tools.spectrumTab()->runButton()->click();
     for (int k = 0; k <= scan.pointCount; ++k)
@@ -221,7 +203,7 @@ int main(int argc, char **argv)
     tools.dropCounterPanel()->runButton()->click();
     for (int k = 0; k < 3000; ++k)
         tools.RFRecorder();
-    ctx.state.WorkMode = 2;
+    ctx.bus.setWorkMode(WorkMode::DetailRead);
     app.processEvents();
 
     QDir().mkpath(snapshotDir);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "alarms/alarmsettings.h"
-#include "core/leveltable.h"
+#include "receivers/leveltable.h"
 #include "receivers/receiverstatus.h"
 
 #include <QHash>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "alarms/alarmengine.h"
-#include "alarms/monitoring.h"
 #include "showlog/showlog.h"
 
 namespace zun {
@@ -24,12 +23,6 @@ template <typename Source> void connectMonitoring(const Source *source, AlarmEng
     QObject::connect(source, &Source::scanPointRead, log, &ShowLog::onScanPointRead);
     QObject::connect(source, &Source::recorderSampled, log, &ShowLog::onRecorderSampled);
     QObject::connect(source, &Source::signalDropped, log, &ShowLog::onSignalDropped);
-}
-
-// The same for the main screen's monitoring: connectMonitoring(&bus, *frmMain.monitoring()).
-template <typename Source> void connectMonitoring(const Source *source, Monitoring &monitoring)
-{
-    connectMonitoring(source, &monitoring.alarms(), &monitoring.showLog());
 }
 
 } // namespace zun

@@ -1,10 +1,14 @@
 #include "core/context.h"
 #include "core/startup.h"
 #include "core/workloop.h"
+#include "detail/frmmore.h"
+#include "feeds/feedhub.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/startupwindows.h"
 #include "platform/mappedserialline.h"
 #include "platform/portmap.h"
+#include "platform/qtserialline.h"
+#include "rftools/rftools.h"
 #include "sim/demobus.h"
 #include "sim/simserialline.h"
 
@@ -112,7 +116,14 @@ int main(int argc, char *argv[])
     zun::SerialLine &line = options.demo ? static_cast<zun::SerialLine &>(demoLine) : realLine;
 
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
-    zun::WorkLoop loop(ctx.state);
+    // The windows meet here, so that none of them includes another.
+    ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) { return new zun::FrmMore(c, host); };
+    ctx.makeRfTools = [](zun::Context &c, zun::RfToolsHost &host, QWidget *parent) {
+        return new zun::RfTools(c, host, parent);
+    };
+    zun::WorkLoop loop(ctx.bus);
+    // The stored feeds listen to the receiver layer from the first detection on.
+    zun::attachFeeds(zun::loadFeedOptions(settings, QStringLiteral("KESTA_ZUN")), &ctx.bus, &app);
     // Every setting is on disk the moment it is saved, so the process can end at once.
     ctx.endProgram = [] { std::_Exit(0); };
 

@@ -1,27 +1,33 @@
 #pragma once
 
 #include "core/appstate.h"
-#include "link/transaction.h"
+#include "core/detailwindow.h"
+#include "core/rftoolspanel.h"
 #include "platform/platform.h"
+#include "receivers/receiverbus.h"
 
 #include <functional>
 
 namespace zun {
 
 // Everything a view or routine of the program needs: the platform seams, the
-// shared state and the command transaction. One per run, passed by reference.
+// shared settings and the receivers on the line. One per run, passed by reference.
 struct Context
 {
-    explicit Context(const Platform &p) : platform(p), link(p.line, p.clock, state.Retry) {}
+    explicit Context(const Platform &p) : platform(p), bus(p.clock, p.line, p.settings, p.desktop) {}
     Context(const Context &) = delete;
     Context &operator=(const Context &) = delete;
 
     Platform platform;
     AppState state;
-    Link link;
+    ReceiverBus bus;
 
     // Ends the program at once; the app ends the process, tests record the call.
     std::function<void()> endProgram = [] {};
+    // Opens a receiver's detail window; without it the detail button does nothing.
+    DetailWindowFactory makeDetailWindow;
+    // Makes the RF tools a detail window hosts; a detail window needs it.
+    RfToolsFactory makeRfTools;
 };
 
 } // namespace zun

@@ -1,7 +1,7 @@
 #include "core/options.h"
 
-#include "core/appstate.h"
 #include "platform/settingsstore.h"
+#include "receivers/receiverbus.h"
 
 #include <QRegularExpression>
 
@@ -32,7 +32,7 @@ int numericOr(const QString &text, int low, int high, int fallback)
 }
 } // namespace
 
-void loadLinkOptions(const SettingsStore &store, AppState &state)
+void loadLinkOptions(const SettingsStore &store, LineOptions &state)
 {
     const QString section = QStringLiteral("MSComm");
     state.CommPort = numericOr(store.get(kAppName, section, QStringLiteral("CommPort")), 1, 6, 2);

@@ -5,13 +5,13 @@
 namespace zun {
 
 class SettingsStore;
-struct AppState;
+struct LineOptions;
 
 inline const QString kAppName = QStringLiteral("KESTA_ZUN");
 
 // Reads "CommPort", "Retry" and "Baudrate", replacing anything invalid by its
 // default. Nothing is written back.
-void loadLinkOptions(const SettingsStore &store, AppState &state);
+void loadLinkOptions(const SettingsStore &store, LineOptions &options);
 
 // "TVtype" repaired to 0..5 (default 4).
 int readTvType(const SettingsStore &store);

@@ -8,14 +8,13 @@ namespace zun {
 
 bool startProgram(Context &ctx, const StartupViews &views)
 {
-    ctx.state.levelTable = buildLevelTable();
-    loadLinkOptions(ctx.platform.settings, ctx.state);
-    if (!FindCommPorts(ctx))
+    loadLinkOptions(ctx.platform.settings, ctx.bus.options());
+    LineOptions &options = ctx.bus.options();
+    if (!FindCommPorts(ctx.platform.line, ctx.platform.dialogs, options.PortAvailable, options.CommPort))
         return false;
     if (views.showSplash)
         views.showSplash();
-    ctx.state.WorkMode = 0;
-    ctx.state.KobActive = false;
+    ctx.bus.setWorkMode(WorkMode::Idle);
     if (views.showMainScreen)
         views.showMainScreen();
     if (views.closeSplash)

@@ -1,26 +1,28 @@
 #include "core/workloop.h"
 
-#include "core/appstate.h"
+#include "receivers/receiverbus.h"
 
 #include <QCoreApplication>
 #include <QEvent>
 
 namespace zun {
 
-WorkLoop::WorkLoop(AppState &state) : m_state(state) {}
+WorkLoop::WorkLoop(const ReceiverBus &bus) : m_bus(bus) {}
 
-void WorkLoop::setStep(int mode, Step step)
+void WorkLoop::setStep(WorkMode mode, Step step)
 {
-    if (mode >= 1 && mode <= 4)
-        m_steps[mode] = std::move(step);
+    if (mode != WorkMode::Idle)
+        m_steps[static_cast<std::size_t>(mode)] = std::move(step);
 }
 
 bool WorkLoop::runSteps()
 {
     bool worked = false;
-    for (int mode = 1; mode <= 4 && !m_stopped; ++mode) {
-        if (m_state.WorkMode == mode && m_steps[mode])
-            worked = m_steps[mode]() || worked;
+    for (const WorkMode mode :
+         {WorkMode::Polling, WorkMode::DetailRead, WorkMode::Scan, WorkMode::Recorder}) {
+        const Step &step = m_steps[static_cast<std::size_t>(mode)];
+        if (!m_stopped && m_bus.workMode() == mode && step)
+            worked = step() || worked;
     }
     return worked;
 }

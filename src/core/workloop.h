@@ -1,15 +1,18 @@
 #pragma once
 
+#include "receivers/workmode.h"
+
 #include <array>
 #include <functional>
 
 namespace zun {
 
-struct AppState;
+class ReceiverBus;
 
-// The program's one cooperative loop: each pass runs the step that WorkMode
-// selects (1..4, tested in that order so a step that changes the mode lets a
-// later one run in the same pass), then lets the UI run its waiting events.
+// The program's one cooperative loop: each pass runs the step that the work
+// mode selects (polling, detail read, scan, recorder, tested in that order so
+// a step that changes the mode lets a later one run in the same pass), then
+// lets the UI run its waiting events.
 class WorkLoop
 {
 public:
@@ -17,9 +20,9 @@ public:
     // which no step worked waits for the next UI event instead of spinning.
     using Step = std::function<bool()>;
 
-    explicit WorkLoop(AppState &state);
+    explicit WorkLoop(const ReceiverBus &bus);
 
-    void setStep(int mode, Step step);
+    void setStep(WorkMode mode, Step step);
 
     // One pass without the event processing; true when some step worked.
     bool runSteps();
@@ -30,7 +33,7 @@ public:
     bool stopped() const { return m_stopped; }
 
 private:
-    AppState &m_state;
+    const ReceiverBus &m_bus;
     std::array<Step, 5> m_steps;
     bool m_stopped = false;
 };

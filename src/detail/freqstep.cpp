@@ -1,6 +1,6 @@
 #include "detail/freqstep.h"
 
-#include "detail/freqconvert.h"
+#include "receivers/frequency.h"
 
 namespace zun {
 

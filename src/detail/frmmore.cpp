@@ -1,18 +1,14 @@
 #include "detail/frmmore.h"
-#include "rftools/rfscale.h"
-
-#include "rftools/dropcounterpanel.h"
-#include "rftools/recordertab.h"
-#include "rftools/scantab.h"
 
 #include "core/context.h"
-#include "detail/detailhost.h"
+#include "core/tvchannels.h"
+#include "detail/battery.h"
 #include "detail/detailmeters.h"
-#include "detail/freqconvert.h"
 #include "detail/settingstab.h"
-#include "detail/tvregion.h"
-#include "link/hex.h"
+#include "receivers/frequency.h"
+#include "receivers/levelreading.h"
 
+#include <QAbstractButton>
 #include <QCloseEvent>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -20,7 +16,6 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -40,7 +35,7 @@ const QColor kOverDeviation(255, 0, 0);
 } // namespace
 
 FrmMore::FrmMore(Context &ctx, DetailHost &host, QWidget *parent)
-    : QWidget(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.state.selectedReceiver)
+    : DetailWindow(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.bus.selected())
 {
     setObjectName(QStringLiteral("frmMore"));
     setWindowTitle(QStringLiteral("Detail Functions"));
@@ -49,14 +44,20 @@ FrmMore::FrmMore(Context &ctx, DetailHost &host, QWidget *parent)
     connectControls();
 }
 
+FrmMore::~FrmMore()
+{
+    // A hold whose release this window will never see ends here, unsent.
+    m_ctx.bus.squelchCancelled();
+}
+
 void FrmMore::buildWindow()
 {
     m_tabs = named(new QTabWidget(this), QStringLiteral("SSTab1"));
     m_settings = new SettingsTab(m_tabs);
-    m_tools = new RfTools(m_ctx, *this, this);
-    m_spectrumTab = m_tools->spectrumTab();
-    m_recorderTab = m_tools->recorderTab();
-    m_settings->extraArea->addWidget(m_tools->dropCounterPanel());
+    m_tools = m_ctx.makeRfTools(m_ctx, *this, this);
+    m_spectrumTab = m_tools->spectrumPage();
+    m_recorderTab = m_tools->recorderPage();
+    m_settings->extraArea->addWidget(m_tools->dropCounterPage());
     m_tabs->addTab(m_settings, QStringLiteral("Settings"));
     m_tabs->addTab(m_spectrumTab, QStringLiteral("Spectrum"));
     m_tabs->addTab(m_recorderTab, QStringLiteral("RF-Monitor"));
@@ -73,7 +74,7 @@ void FrmMore::buildWindow()
     frame1->setParent(m_frameA);
     stepRow->addWidget(frame1);
     for (int i = 0; i < 4; ++i)
-        m_option[i] = m_tools->spectrumTab()->stepOption(i + 1);
+        m_option[i] = m_tools->stepOption(i + 1);
 
     m_frameB = named(new QGroupBox(QStringLiteral("Scan marker"), this), QStringLiteral("FrameB"));
     auto *markerRow = new QHBoxLayout(m_frameB);
@@ -134,20 +135,18 @@ void FrmMore::connectControls()
     const int multipliers[4] = {1, 2, 4, 5};
     for (int i = 0; i < 4; ++i) {
         const int multiplier = multipliers[i];
-        connect(m_option[i], &QRadioButton::toggled, this, [this, multiplier](bool on) {
+        connect(m_option[i], &QAbstractButton::toggled, this, [this, multiplier](bool on) {
             if (on)
                 setStep(multiplier);
         });
     }
-    connect(m_cmdNext, &QPushButton::clicked, this, [this] {
-        m_tools->cmdNextClick();
-        if (m_markerHook)
-            m_markerHook(+1);
-    });
-    connect(m_cmdPrev, &QPushButton::clicked, this, [this] {
-        m_tools->cmdPrevClick();
-        if (m_markerHook)
-            m_markerHook(-1);
+    connect(m_cmdNext, &QPushButton::clicked, this, [this] { m_tools->cmdNextClick(); });
+    connect(m_cmdPrev, &QPushButton::clicked, this, [this] { m_tools->cmdPrevClick(); });
+    connect(&m_ctx.bus, &ReceiverBus::kobPhase, this, &FrmMore::showKobPhase);
+    // Squelch steps come from the receiver layer while a button is held.
+    connect(&m_ctx.bus, &ReceiverBus::receiverChanged, this, [this](const ReceiverStatus &status) {
+        if (status.address == record().address)
+            ShowSquelch();
     });
     // The scan wants to know which tab was left.
     connect(m_tabs, &QTabWidget::currentChanged, this, [this](int now) {
@@ -166,26 +165,21 @@ void FrmMore::connectControls()
         watched->installEventFilter(this);
 }
 
-ReceiverRecord &FrmMore::record()
+const ReceiverRecord &FrmMore::record() const
 {
-    if (m_index >= 0 && m_index < m_ctx.state.receiverCount())
-        return m_ctx.state.receivers[m_index];
-    return m_spare;
+    return m_ctx.bus.record(m_index);
 }
 
 void FrmMore::load()
 {
     SettingsTab &s = *m_settings;
-    ReceiverRecord &r = record();
-    m_addressText = NumToHex(r.address, 2);
-
+    const ReceiverRecord &r = record();
     QStringList messages;
     m_presets = parseGroupTable(r.groupTable, messages);
     const Preset repaired = repairPreset(m_presets, Preset{r.group, r.channel}, messages);
     for (const QString &message : messages)
         m_ctx.platform.dialogs.message(message);
-    r.group = repaired.group;
-    r.channel = repaired.channel;
+    m_ctx.bus.storePreset(repaired.group, repaired.channel);
 
     s.txtAddr->setText(QString::number(r.address));
     s.txtRName->setText(r.name);
@@ -200,7 +194,6 @@ void FrmMore::load()
     s.txtBandStop->setText(formatFreq(leadingValue(s.txtBandStart->text()) + r.bandWidth * 0.025));
 
     ShowSquelch();
-    m_battery.reset();
     showBattery(m_host.panelBatteryText(m_index));
     showMuteImage(r.mute);
     s.PB_RFA->setLevel(0, kLowRf);
@@ -243,11 +236,6 @@ void FrmMore::unloadForm()
     close();
 }
 
-void FrmMore::drawSquelchBar(int, int)
-{
-    // PB_SQ draws its bar from the squelch level it is given in ShowSquelch.
-}
-
 double FrmMore::ComputeFreq(QStringView code)
 {
     const double mhz = zun::ComputeFreq(code);
@@ -259,58 +247,64 @@ bool FrmMore::ReadOneAD()
 {
     if (m_closed)
         return false;
-    QString reply;
-    if (send(QLatin1Char('%'), QStringLiteral("N"), 12, reply, 250)) {
-        const LevelTable &table = m_ctx.state.levelTable;
-        const int audio = HexToNum(reply.mid(3, 2));
-        const int rawA = std::min(HexToNum(reply.mid(5, 2)) + 5, 255);
-        const int rawB = std::min(HexToNum(reply.mid(7, 2)) + 5, 255);
-        const int battery = HexToNum(reply.mid(9, 2));
-        ShowMeters(audio, table[rawA], table[rawB], battery);
+    if (const auto reading = m_ctx.bus.ReadOneAD()) {
+        ShowMeters(*reading);
         return true;
     }
     const ReceiverRecord &r = record();
     m_ctx.platform.dialogs.message(r.name + QStringLiteral(" no response!, address=") +
                                    QString::number(r.address) + QStringLiteral("\r\n"));
-    m_ctx.state.WorkMode = 1;
     close();
     return true;
 }
 
-void FrmMore::ShowMeters(int audio, int rfA, int rfB, int battery)
+bool FrmMore::ScanFreq()
+{
+    return m_tools->ScanFreq();
+}
+
+bool FrmMore::RFRecorder()
+{
+    return m_tools->RFRecorder();
+}
+
+void FrmMore::recorderRead()
+{
+    if (m_closed)
+        return;
+    if (const auto reading = m_ctx.bus.recorderStep()) {
+        ShowMeters(*reading);
+        return;
+    }
+    const ReceiverRecord &r = record();
+    m_ctx.platform.dialogs.message(r.name + QStringLiteral(" no response!, address=") +
+                                   QString::number(r.address) + QStringLiteral("\r\n"));
+    close();
+}
+
+void FrmMore::ShowMeters(const DetailReading &reading)
 {
     SettingsTab &s = *m_settings;
-    m_audio = audio;
-    m_rfA = rfA;
-    m_rfB = rfB;
-    m_batteryReading = battery;
-
+    const int rfA = reading.rfA;
+    const int rfB = reading.rfB;
     s.PB_RFA->setLevel(rfA, rfA < 15 ? kLowRf : kRfA);
     s.PB_RFB->setLevel(rfB, rfB < 15 ? kLowRf : kRfB);
-    s.lbRFAValue->setText(QStringLiteral("%1 dBm").arg(levelToDbm(rfA), 0, 'f', 1));
-    s.lbRFBValue->setText(QStringLiteral("%1 dBm").arg(levelToDbm(rfB), 0, 'f', 1));
-    const int deviation = deviationLevel(audio);
-    s.PB_Dev->setLevel(deviation, deviation > 116 ? kOverDeviation : kDeviation);
-
-    // Only a transmitter on the air reports its battery.
-    if (std::max(rfA, rfB) > m_squelchLevel) {
-        if (const auto text = m_battery.add(battery))
-            showBattery(*text);
-    }
-    m_tools->meterReading(audio, rfA, rfB, battery);
-    if (m_meterHook)
-        m_meterHook(rfA, rfB, m_squelchLevel);
+    s.lbRFAValue->setText(QStringLiteral("%1 dBm").arg(levelDbm(rfA), 0, 'f', 1));
+    s.lbRFBValue->setText(QStringLiteral("%1 dBm").arg(levelDbm(rfB), 0, 'f', 1));
+    const int deviation = audioTaper(reading.raw.audio);
+    s.PB_Dev->setLevel(deviation, deviation > kAudioClipLevel ? kOverDeviation : kDeviation);
+    if (reading.batteryPercent >= 0)
+        showBattery(batteryText(reading.batteryPercent));
+    m_tools->meterReading(reading);
 }
 
 void FrmMore::ShowSquelch()
 {
     const int squelch = record().squelch;
-    m_squelchLevel = zun::squelchLevel(m_ctx.state.levelTable, squelch);
+    m_squelchLevel = zun::squelchLevel(m_ctx.bus.levelTable(), squelch);
     m_settings->PB_SQ->setSquelchLevel(m_squelchLevel);
     m_settings->lbSQValue->setText(QStringLiteral("SQ %1").arg(squelch));
     m_tools->ShowSquelch();
-    if (m_squelchHook)
-        m_squelchHook(m_squelchLevel);
 }
 
 void FrmMore::showBattery(const QString &text)
@@ -336,32 +330,11 @@ void FrmMore::showMuteImage(bool muted)
 void FrmMore::setStep(int multiplier)
 {
     m_stepMultiplier = multiplier;
-    if (m_stepHook)
-        m_stepHook(multiplier);
-}
-
-bool FrmMore::send(QChar prefix, const QString &body, int replyLength, QString &reply, int timeoutMillis)
-{
-    return m_ctx.link.SendCommand(prefix + m_addressText + body + QLatin1Char('\r'), replyLength, reply,
-                                  timeoutMillis);
-}
-
-bool FrmMore::send(QChar prefix, const QString &body, int replyLength, int timeoutMillis)
-{
-    QString reply;
-    return send(prefix, body, replyLength, reply, timeoutMillis);
 }
 
 void FrmMore::noResponse()
 {
     m_ctx.platform.dialogs.message(QStringLiteral("No Response from receiver!"));
-}
-
-bool FrmMore::doEvents()
-{
-    const QPointer<FrmMore> self(this);
-    m_ctx.platform.desktop.processEvents();
-    return !self.isNull();
 }
 
 void FrmMore::showPanelName()
@@ -377,16 +350,14 @@ void FrmMore::closeEvent(QCloseEvent *event)
         event->accept();
         return;
     }
-    if (m_ctx.state.KobActive) {
+    if (m_ctx.bus.kobActive()) {
         event->ignore();
         return;
     }
-    m_ctx.state.WorkMode = 1;
     m_closed = true;
     event->accept();
     hide();
-    // Sent after the window is gone, so a silent receiver goes unreported.
-    send(QLatin1Char('#'), QStringLiteral("NS"), 4, 250);
+    m_ctx.bus.closeDetail();
     m_host.mnu_PM_Refresh();
 }
 

@@ -3,10 +3,7 @@
 
 #include "core/context.h"
 #include "core/options.h"
-#include "detail/detailhost.h"
 #include "detail/settingstab.h"
-#include "link/hex.h"
-#include "mainscreen/polling.h"
 
 #include <QGroupBox>
 #include <QKeyEvent>
@@ -89,10 +86,9 @@ void FrmMore::txtAddrKeyPress(int keyAscii)
         return;
     }
     const int address = static_cast<int>(rounded);
-    const QString newText = NumToHex(address, 2);
-    if (newText == m_addressText)
+    if (address == record().address)
         return;
-    if (AddrCheck(m_ctx, address)) {
+    if (m_ctx.bus.AddrCheck(address)) {
         m_ctx.platform.dialogs.message(QStringLiteral("Address ") + QString::number(address) +
                                        QStringLiteral(" is already used by another receiver !"));
         return;
@@ -102,9 +98,7 @@ void FrmMore::txtAddrKeyPress(int keyAscii)
         s.txtAddr->setText(QString::number(record().address));
         return;
     }
-    send(QLatin1Char('#'), QLatin1Char('L') + newText, 4, 250);
-    record().address = address;
-    m_addressText = newText;
+    m_ctx.bus.changeAddress(address);
     s.txtAddr->setText(QString::number(address));
     showPanelName();
 }
@@ -118,10 +112,7 @@ void FrmMore::txtRNameKeyPress(int &keyAscii)
     }
     if (keyAscii != 13)
         return;
-    const QString name = (m_settings->txtRName->text().toUpper() + QString(6, QLatin1Char(' '))).left(6);
-    record().name = name;
-    m_settings->txtRName->setText(name);
-    send(QLatin1Char('#'), QLatin1Char('C') + name, 4, 250);
+    m_settings->txtRName->setText(m_ctx.bus.setName(m_settings->txtRName->text()));
     showPanelName();
 }
 
@@ -164,8 +155,7 @@ bool FrmMore::squelchMouse(QObject *watched, QEvent *event)
         } else {
             m_squelchArmed = false;
             // The release ends the hold wherever the pointer is, so the value held is always sent.
-            if (m_squelchHeld)
-                squelchRelease();
+            squelchRelease();
         }
     }
     return true;
@@ -174,52 +164,26 @@ bool FrmMore::squelchMouse(QObject *watched, QEvent *event)
 void FrmMore::cmdSQdecMouseDown()
 {
     if (std::exchange(m_squelchArmed, false))
-        holdSquelch(-1);
+        m_ctx.bus.squelchPressed(-1);
 }
 
 void FrmMore::cmdSQincMouseDown()
 {
     if (std::exchange(m_squelchArmed, false))
-        holdSquelch(+1);
-}
-
-void FrmMore::holdSquelch(int direction)
-{
-    // The squelch runs 1..99; the button repeats while it is held.
-    const auto canStep = [&] { return direction < 0 ? record().squelch > 1 : record().squelch < 99; };
-    m_squelchHeld = true;
-    if (canStep())
-        record().squelch += direction;
-    ShowSquelch();
-    if (!doEvents())
-        return;
-    if (m_squelchHeld) {
-        m_ctx.link.Delay(400);
-        if (!doEvents())
-            return;
-    }
-    while (m_squelchHeld && canStep()) {
-        record().squelch += direction;
-        ShowSquelch();
-        m_ctx.link.Delay(20);
-        if (!doEvents())
-            return;
-    }
+        m_ctx.bus.squelchPressed(+1);
 }
 
 void FrmMore::squelchRelease()
 {
-    m_squelchHeld = false;
-    send(QLatin1Char('#'), QLatin1Char('F') + NumToHex(record().squelch, 2), 4, 250);
+    m_ctx.bus.squelchReleased();
 }
 
 void FrmMore::MuteClick()
 {
-    ReceiverRecord &r = record();
-    r.mute = !r.mute;
-    showMuteImage(r.mute);
-    m_host.setPanelMute(m_index, r.mute);
-    send(QLatin1Char('#'), r.mute ? QStringLiteral("B1") : QStringLiteral("B0"), 4, 250);
+    const bool muted = !record().mute;
+    showMuteImage(muted);
+    m_host.setPanelMute(m_index, muted);
+    m_ctx.bus.toggleMute(m_index);
 }
 
 void FrmMore::setKobLock(bool locked)
@@ -232,41 +196,42 @@ void FrmMore::setKobLock(bool locked)
 
 void FrmMore::cmdKobClick()
 {
-    AppState &state = m_ctx.state;
-    if (state.KobActive) {
+    if (m_ctx.bus.kobActive()) {
         // A second press is how the user gives up waiting for the receiver.
         m_ctx.platform.dialogs.message(
             QStringLiteral("This receiver will stay offline until KOB function is manually terminated !"));
-        state.KobActive = false;
+        m_ctx.bus.stopKob();
         return;
     }
-    setKobLock(true);
-    state.KobActive = true;
-    send(QLatin1Char('%'), QStringLiteral("O"), 0, 100);
-    const QString caption = windowTitle();
+    // The window cannot close while the function runs, so it outlives this.
+    m_ctx.bus.runKob();
+}
 
-    QString outcome;
-    for (;;) {
+void FrmMore::showKobPhase(KobPhase phase)
+{
+    switch (phase) {
+    case KobPhase::Started:
+        setKobLock(true);
+        m_captionBeforeKob = windowTitle();
+        break;
+    case KobPhase::Performing:
         setWindowTitle(QStringLiteral("Performing KOB function now ..."));
-        m_ctx.link.Delay(300);
+        break;
+    case KobPhase::Waiting:
         // An empty title would show the application's name instead.
         setWindowTitle(QStringLiteral(" "));
-        // The window cannot close while KobActive is set, so it outlives this.
-        m_ctx.platform.desktop.processEvents();
-        if (!state.KobActive) {
-            outcome = QStringLiteral("User Aborted!");
-            break;
-        }
-        if (send(QLatin1Char('#'), QStringLiteral("A1"), 4, 200)) {
-            outcome = state.KobActive ? QStringLiteral("Complete!") : QStringLiteral("User Aborted!");
-            break;
-        }
+        break;
+    case KobPhase::Complete:
+        setWindowTitle(QStringLiteral("Complete!"));
+        break;
+    case KobPhase::UserAborted:
+        setWindowTitle(QStringLiteral("User Aborted!"));
+        break;
+    case KobPhase::Ended:
+        setWindowTitle(m_captionBeforeKob);
+        setKobLock(false);
+        break;
     }
-    setWindowTitle(outcome);
-    m_ctx.link.Delay(1500);
-    setWindowTitle(caption);
-    setKobLock(false);
-    state.KobActive = false;
 }
 
 } // namespace zun

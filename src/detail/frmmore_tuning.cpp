@@ -3,10 +3,9 @@
 
 #include "core/context.h"
 #include "core/options.h"
-#include "detail/freqconvert.h"
 #include "detail/freqstep.h"
 #include "detail/settingstab.h"
-#include "link/hex.h"
+#include "receivers/frequency.h"
 
 #include <QLineEdit>
 
@@ -19,29 +18,19 @@ const QString kManual = QStringLiteral("**");
 void FrmMore::stepPreset(bool groupButton, Preset next)
 {
     SettingsTab &s = *m_settings;
-    ReceiverRecord &r = record();
-    // The record takes the new preset before the receiver is asked, and keeps
-    // it even when the receiver does not answer.
-    r.group = next.group;
-    r.channel = next.channel;
     if (groupButton) {
-        s.txtGroup->setText(QString::number(r.group));
-        s.txtChannel->setText(QString::number(r.channel));
+        s.txtGroup->setText(QString::number(next.group));
+        s.txtChannel->setText(QString::number(next.channel));
     }
-    QString reply;
-    if (send(QLatin1Char('#'), QLatin1Char('D') + NumToHex(r.group, 1) + NumToHex(r.channel, 1), 8, reply,
-             250)) {
-        ReceiverRecord &now = record();
-        now.manualFreq = false;
-        now.channelFreqCode = reply.mid(3, 4);
-        s.txtChannel->setText(QString::number(now.channel));
+    // The record keeps the new preset even when the receiver does not answer.
+    if (const auto code = m_ctx.bus.selectPreset(next.group, next.channel)) {
+        s.txtChannel->setText(QString::number(next.channel));
         if (groupButton)
-            s.txtGroup->setText(QString::number(now.group));
-        s.txtFreq->setText(formatFreq(ComputeFreq(now.channelFreqCode)));
+            s.txtGroup->setText(QString::number(next.group));
+        s.txtFreq->setText(formatFreq(ComputeFreq(*code)));
     } else {
         noResponse();
     }
-    m_ctx.link.Delay(50);
 }
 
 void FrmMore::cmdChanUpClick()
@@ -72,17 +61,14 @@ void FrmMore::cmdGroupDownClick()
     stepPreset(true, groupDown(m_presets, Preset{record().group, record().channel}));
 }
 
-void FrmMore::tuneManual(const QString &code)
+void FrmMore::tuneManual(const QString &code, int settleMillis)
 {
     SettingsTab &s = *m_settings;
-    ReceiverRecord &r = record();
     s.txtGroup->setText(kManual);
     s.txtChannel->setText(kManual);
-    r.manualFreq = true;
-    r.manualFreqCode = code;
     // Shown as the receiver will tune: on the 25 kHz raster.
     s.txtFreq->setText(formatFreq(ComputeFreq(code)));
-    if (!send(QLatin1Char('#'), QLatin1Char('K') + code, 4, 250))
+    if (!m_ctx.bus.tuneManual(code, settleMillis))
         noResponse();
 }
 
@@ -94,8 +80,7 @@ void FrmMore::cmdFreqUpClick()
     const QString next =
         stepFrequencyUp(s.txtFreq->text(), m_stepMultiplier, s.txtBandStart->text(), s.txtBandStop->text());
     s.txtFreq->setText(formatFreq(leadingValue(next)));
-    tuneManual(ComputeNA(leadingValue(next)));
-    m_ctx.link.Delay(50);
+    tuneManual(ComputeNA(leadingValue(next)), 50);
 }
 
 void FrmMore::cmdFreqDownClick()
@@ -106,8 +91,7 @@ void FrmMore::cmdFreqDownClick()
     const QString next =
         stepFrequencyDown(s.txtFreq->text(), m_stepMultiplier, s.txtBandStart->text(), s.txtBandStop->text());
     s.txtFreq->setText(formatFreq(leadingValue(next)));
-    tuneManual(ComputeNA(leadingValue(next)));
-    m_ctx.link.Delay(50);
+    tuneManual(ComputeNA(leadingValue(next)), 50);
 }
 
 void FrmMore::txtFreqKeyPress(int keyAscii)

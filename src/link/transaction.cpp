@@ -51,6 +51,7 @@ bool Link::exchange(const QByteArray &bytes, const QString &address, int replyLe
                     int timeoutMillis)
 {
     for (int attempt = 0; attempt <= m_retry; ++attempt) {
+        m_lastAttempts = attempt + 1;
         reply.clear();
         m_line.discardInput();
         m_line.discardOutput();

@@ -23,6 +23,9 @@ public:
     // Waits at least millis milliseconds without yielding to the UI.
     void Delay(int millis);
 
+    // Attempts the last addressed exchange made (1 + retries used).
+    int lastAttempts() const { return m_lastAttempts; }
+
     SerialLine &line() { return m_line; }
     Clock &clock() { return m_clock; }
 
@@ -33,6 +36,7 @@ private:
     SerialLine &m_line;
     Clock &m_clock;
     const int &m_retry;
+    int m_lastAttempts = 0;
 };
 
 // "%"/"#" + two hex digits of the address + body + carriage return.

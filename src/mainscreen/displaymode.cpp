@@ -1,7 +1,7 @@
 #include "mainscreen/displaymode.h"
 
-#include "core/receiverrecord.h"
-#include "detail/freqconvert.h"
+#include "receivers/frequency.h"
+#include "receivers/receiverrecord.h"
 
 namespace zun {
 

@@ -1,18 +1,14 @@
 #include "mainscreen/frmmain.h"
 
-#include "alarms/monitoring.h"
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"
-#include "detail/frmmore.h"
-#include "detail/tvregion.h"
-#include "link/detection.h"
-#include "link/portmapping.h"
-#include "link/ports.h"
 #include "mainscreen/frmabout.h"
 #include "mainscreen/frmchecknet.h"
 #include "mainscreen/imageresources.h"
+#include "mainscreen/monitoring.h"
 #include "mainscreen/panelgrid.h"
+#include "mainscreen/portmapping.h"
 #include "mainscreen/rcvpanel.h"
 #include "platform/portmap.h"
 
@@ -25,6 +21,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <cmath>
+
 namespace zun {
 
 namespace {
@@ -35,25 +33,6 @@ QAction *namedAction(QMenu *menu, const QString &text, const QString &name)
     return action;
 }
 
-// The progress view as detection sees it.
-class CheckNetProgress final : public DetectionProgress
-{
-public:
-    explicit CheckNetProgress(frmCheckNet &view) : m_view(view) {}
-    void begin(const QString &message) override
-    {
-        m_view.reset();
-        m_view.setMessage(message);
-        m_view.show();
-        m_view.raise();
-    }
-    void setProgress(int address) override { m_view.setProgress(address); }
-    bool skipRequested() const override { return m_view.skipRequested(); }
-    void end() override { m_view.hide(); }
-
-private:
-    frmCheckNet &m_view;
-};
 } // namespace
 
 FrmMain::FrmMain(Context &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx)
@@ -69,9 +48,11 @@ FrmMain::FrmMain(Context &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx
     m_timer1 = new QTimer(this);
     m_timer1->setObjectName(QStringLiteral("Timer1"));
     connect(m_timer1, &QTimer::timeout, this, &FrmMain::Timer1Tick);
-    m_monitoring = new Monitoring(ctx, *this, [this](int index) {
-        return validIndex(index) ? m_ctx.state.receivers[static_cast<std::size_t>(index)].address : 0;
-    });
+    connect(&m_ctx.bus, &ReceiverBus::panelLevels, this, &FrmMain::UpdateRcvPanel);
+    connect(&m_ctx.bus, &ReceiverBus::panelOffline, this, &FrmMain::showOffline);
+    connectDetection();
+    m_monitoring = new Monitoring(
+        ctx, *this, [this](int index) { return validIndex(index) ? m_ctx.bus.record(index).address : 0; });
     resize(1280, 760);
 }
 
@@ -133,7 +114,8 @@ void FrmMain::buildMenus()
         com->setProperty("index", n);
         com->setCheckable(true);
         connect(com, &QAction::triggered, this, [this, n](bool) {
-            m_mnuCom[n]->setChecked(m_ctx.state.PortAvailable[n] && m_ctx.state.CommPort == n);
+            const LineOptions &options = m_ctx.bus.options();
+            m_mnuCom[n]->setChecked(options.PortAvailable[std::size_t(n)] && options.CommPort == n);
         });
         m_mnuCom[n] = com;
     }
@@ -208,43 +190,40 @@ void FrmMain::load()
         m_grid->panel(i)->setKobCaption(m_mainKob ? QStringLiteral("KOB") : QString());
     loadTvRegion(m_tvItems, m_ctx);
 
-    m_ctx.state.receivers.assign(m_grid->panelCount(), ReceiverRecord{});
-    for (int i = 0; i < m_ctx.state.receiverCount(); ++i)
+    m_ctx.bus.resizeTable(m_grid->panelCount());
+    for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
         DisableRcvPanel(i);
     m_timer1->start(300);
 
     mnuAutoClicked();
-    m_ctx.state.WorkMode = 1;
-    for (int i = 0; i < m_ctx.state.receiverCount(); ++i) {
-        if (m_ctx.state.receivers[i].online) {
-            ReadRcvA(m_ctx, i);
-            ReadRcvB(m_ctx, i);
-        }
-    }
+    m_ctx.bus.setWorkMode(WorkMode::Polling);
+    m_ctx.bus.readTextFields();
 }
 
 void FrmMain::installSteps(WorkLoop &loop)
 {
-    loop.setStep(1, [this] { return ReadAllAD(m_ctx, *this); });
-    loop.setStep(2, [this] { return m_more ? m_more->ReadOneAD() : false; });
-    loop.setStep(3, [this] { return m_more ? m_more->tools().ScanFreq() : false; });
-    loop.setStep(4, [this] { return m_more ? m_more->tools().RFRecorder() : false; });
+    loop.setStep(WorkMode::Polling, [this] { return m_ctx.bus.ReadAllAD(); });
+    loop.setStep(WorkMode::DetailRead, [this] { return m_more ? m_more->ReadOneAD() : false; });
+    loop.setStep(WorkMode::Scan, [this] { return m_more ? m_more->ScanFreq() : false; });
+    loop.setStep(WorkMode::Recorder, [this] { return m_more ? m_more->RFRecorder() : false; });
 }
 
 void FrmMain::UpdateLinkMenus()
 {
-    const AppState &state = m_ctx.state;
-    m_mnuBaud1->setText(QString::number(state.Baudrate));
+    const LineOptions &options = m_ctx.bus.options();
+    m_mnuBaud1->setText(QString::number(options.Baudrate));
     for (int n = 1; n <= 8; ++n) {
-        m_mnuCom[n]->setChecked(false);
-        m_mnuCom[n]->setEnabled(state.PortAvailable[n]);
+        m_mnuCom[std::size_t(n)]->setChecked(false);
+        m_mnuCom[std::size_t(n)]->setEnabled(options.PortAvailable[std::size_t(n)]);
         const QString target = m_ports ? m_ports->displayName(n) : QString();
-        m_mnuCom[n]->setText(QStringLiteral("COM%1").arg(n) + (target.isEmpty() ? QString() : '\t' + target));
+        m_mnuCom[std::size_t(n)]->setText(QStringLiteral("COM%1").arg(n) +
+                                          (target.isEmpty() ? QString() : '\t' + target));
     }
-    if (state.CommPort >= 1 && state.CommPort <= 8 && state.PortAvailable[state.CommPort])
-        m_mnuCom[state.CommPort]->setChecked(true);
+    const int port = options.CommPort;
+    if (port >= 1 && port <= 8 && options.PortAvailable[std::size_t(port)])
+        m_mnuCom[std::size_t(port)]->setChecked(true);
     m_mnuHide->setChecked(false);
-    m_grid->setHideUnused(false, m_ctx.state.foundCount);
+    m_grid->setHideUnused(false, m_ctx.bus.foundCount());
     showLineNotice();
 }
 
@@ -266,62 +245,51 @@ void FrmMain::mnuBaud1Clicked()
     const auto answer = m_ctx.platform.dialogs.inputBox(QStringLiteral("Enter new baudrate:"));
     if (!answer)
         return;
-    if (changeBaudrate(m_ctx, *answer))
-        m_mnuBaud1->setText(QString::number(m_ctx.state.Baudrate));
+    double value = 0;
+    if (!isNumericText(*answer, &value) || value != std::nearbyint(value))
+        return;
+    if (m_ctx.bus.changeBaudRate(static_cast<int>(value)))
+        m_mnuBaud1->setText(QString::number(m_ctx.bus.options().Baudrate));
     showLineNotice();
 }
 
-bool FrmMain::checkCurrentPort()
+void FrmMain::connectDetection()
 {
-    CheckNetProgress progress(*m_checkNet);
-    return CheckReceivers(m_ctx, progress);
+    ReceiverBus &bus = m_ctx.bus;
+    connect(&bus, &ReceiverBus::detectionStarted, this, [this](int commPort) {
+        m_checkNet->reset();
+        m_checkNet->setMessage(QStringLiteral("Checking Connected Receivers --> COM") +
+                               QString::number(commPort));
+        m_checkNet->show();
+        m_checkNet->raise();
+    });
+    connect(&bus, &ReceiverBus::detectionProgress, m_checkNet, &frmCheckNet::setProgress);
+    connect(&bus, &ReceiverBus::detectionEnded, m_checkNet, &QWidget::hide);
+    bus.setSkipCheck([view = QPointer<frmCheckNet>(m_checkNet)] { return view && view->skipRequested(); });
 }
 
 void FrmMain::mnuAutoClicked()
 {
-    AppState &state = m_ctx.state;
-    SerialLine &line = m_ctx.platform.line;
-    for (int i = 0; i < state.receiverCount(); ++i)
+    for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
         DisableRcvPanel(i);
-    openLine(m_ctx);
-
-    bool found = checkCurrentPort();
-    if (!found) {
-        line.close();
-        const int failed = state.CommPort;
-        for (int n = 1; n <= 8 && !found; ++n) {
-            if (!state.PortAvailable[n] || n == failed)
-                continue;
-            if (!(line.isOpen() && line.portNumber() == n)) {
-                if (line.isOpen())
-                    line.close();
-                line.selectPort(n);
-                state.CommPort = n;
-                line.open();
-            }
-            found = checkCurrentPort();
-        }
-        if (!found) {
-            UpdateLinkMenus();
-            return;
-        }
+    if (m_ctx.bus.detectReceivers()) {
+        for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
+            EnableRcvPanel(i);
     }
-    for (int i = 0; i < state.foundCount; ++i)
-        EnableRcvPanel(i);
     UpdateLinkMenus();
 }
 
 void FrmMain::mnuReconnectClicked()
 {
-    for (int i = 0; i < m_ctx.state.receiverCount(); ++i)
+    for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
         DisableRcvPanel(i);
     // A lost line (adapter pulled, server gone) comes back here, on the same port.
     if (!m_ctx.platform.line.isOpen())
-        openLine(m_ctx);
+        m_ctx.bus.openLine();
     showLineNotice();
-    if (!checkCurrentPort())
+    if (!m_ctx.bus.CheckReceivers())
         return;
-    for (int i = 0; i < m_ctx.state.foundCount; ++i)
+    for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
         EnableRcvPanel(i);
 }
 
@@ -346,11 +314,7 @@ bool FrmMain::confirmExit()
     if (m_ctx.platform.dialogs.message(QStringLiteral("Really want to QUIT ?"), MessageButtons::YesNo) !=
         MessageAnswer::Yes)
         return false;
-    if (m_ctx.platform.line.isOpen()) {
-        QString reply;
-        for (int i = 0; i < 3; ++i)
-            m_ctx.link.SendCommand(QStringLiteral("#00A0\r"), 0, reply, 50);
-    }
+    m_ctx.bus.sayGoodbye();
     return true;
 }
 

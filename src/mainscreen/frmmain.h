@@ -1,10 +1,8 @@
 #pragma once
 
-#include "detail/detailhost.h"
-#include "detail/frmmore.h"
-#include "detail/tvregion.h"
-#include "mainscreen/panelreadout.h"
-#include "mainscreen/polling.h"
+#include "core/detailwindow.h"
+#include "mainscreen/tvregion.h"
+#include "receivers/levelreading.h"
 
 #include <QMainWindow>
 #include <QPointer>
@@ -19,7 +17,6 @@ class QTimer;
 namespace zun {
 
 struct Context;
-class FrmMore;
 class Monitoring;
 class PanelGrid;
 class PortMap;
@@ -28,7 +25,7 @@ class WorkLoop;
 class frmCheckNet;
 
 // The main screen: menus, the receiver panels and the exit path.
-class FrmMain : public QMainWindow, public PanelSink, public DetailHost
+class FrmMain : public QMainWindow, public DetailHost
 {
     Q_OBJECT
 public:
@@ -49,8 +46,8 @@ public:
 
     void EnableRcvPanel(int index);
     void DisableRcvPanel(int index);
-    void UpdateRcvPanel(int index, const QString &reply) override;
-    void showOffline(int index) override;
+    void UpdateRcvPanel(int index, const LevelReading &reading);
+    void showOffline(int index);
 
     // Detection as the menu runs it: this port first, then the others.
     void mnuAutoClicked();
@@ -83,7 +80,7 @@ public:
     QAction *action(const QString &objectName) const;
     PanelGrid *panelGrid() const { return m_grid; }
     RcvPanel *panel(int index) const;
-    FrmMore *detailWindow() const { return m_more; }
+    DetailWindow *detailWindow() const { return m_more; }
     QMenu *popupMenu() const { return m_popup; }
     // Alarms and the show log; the app connects them to the receiver layer.
     Monitoring *monitoring() const { return m_monitoring; }
@@ -100,17 +97,18 @@ private:
     void mnuContentClicked();
     void mnuAboutClicked();
     bool confirmExit();
-    bool checkCurrentPort();
     void mnuSetPortClicked();
     void loadSettingsFile(const QString &path);
     void showLineNotice();
+    // The progress view follows the detection.
+    void connectDetection();
     void refreshNameCaption(int index);
     bool validIndex(int index) const;
 
     Context &m_ctx;
     PanelGrid *m_grid = nullptr;
     frmCheckNet *m_checkNet = nullptr;
-    QPointer<FrmMore> m_more;
+    QPointer<DetailWindow> m_more;
     Monitoring *m_monitoring = nullptr;
     QMenu *m_popup = nullptr;
     QAction *m_mnuBaud1 = nullptr;
@@ -122,7 +120,6 @@ private:
     QPushButton *m_cmdPage2 = nullptr;
     QTimer *m_timer1 = nullptr;
     TvRegionItems m_tvItems{};
-    std::array<BatteryAverage, 64> m_battery{};
     int m_blinkPhase = 0;
     int m_displayMode = 4;
     bool m_mainKob = false;

@@ -1,12 +1,11 @@
 // The main screen's views: display modes, the two screens, hiding, the full
 // view, the settings file, and the detail window it opens.
 #include "core/context.h"
-#include "detail/frmmore.h"
 #include "mainscreen/displaymode.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
-#include "mainscreen/settingsfile.h"
+#include "receivers/settingsfile.h"
 
 #include <QFile>
 #include <QLabel>
@@ -54,9 +53,8 @@ void FrmMain::showDisplayMode(int mode)
     if (mode == ModeVolume)
         return;
     m_displayMode = mode;
-    QString reply;
-    m_ctx.link.SendCommand(QStringLiteral("#00O") + QString::number(mode) + QLatin1Char('\r'), 0, reply, 250);
-    const int shown = std::min(m_ctx.state.foundCount, m_ctx.state.receiverCount());
+    m_ctx.bus.showDisplayMode(mode);
+    const int shown = std::min(m_ctx.bus.foundCount(), m_ctx.bus.receiverCount());
     for (int i = 0; i < shown; ++i)
         refreshNameCaption(i);
 }
@@ -98,7 +96,7 @@ void FrmMain::showPage(int page)
 void FrmMain::mnuHideClicked()
 {
     // The action toggles its own check mark.
-    m_grid->setHideUnused(m_mnuHide->isChecked(), m_ctx.state.foundCount);
+    m_grid->setHideUnused(m_mnuHide->isChecked(), m_ctx.bus.foundCount());
 }
 
 void FrmMain::mnuFullViewClicked()
@@ -128,9 +126,7 @@ void FrmMain::mnuSaveClicked()
     const QString path = m_ctx.platform.dialogs.saveFileName(kSettingsFilter);
     if (path.isEmpty())
         return;
-    const int found = std::min(m_ctx.state.foundCount, m_ctx.state.receiverCount());
-    const QList<ReceiverRecord> records(m_ctx.state.receivers.begin(), m_ctx.state.receivers.begin() + found);
-    const QString error = saveSettingsFile(path, formatSettings(records));
+    const QString error = saveSettingsFile(path, formatSettings(m_ctx.bus.foundRecords()));
     if (!error.isEmpty())
         m_ctx.platform.dialogs.message(
             QStringLiteral("The settings could not be saved to %1: %2").arg(path, error));
@@ -145,7 +141,7 @@ void FrmMain::mnuLoadClicked()
 
 void FrmMain::offerSettingsFile(const QString &path)
 {
-    if (m_ctx.state.foundCount == 0) {
+    if (m_ctx.bus.foundCount() == 0) {
         m_ctx.platform.dialogs.message(
             QStringLiteral("No receivers were found, so the settings in %1 were not loaded.").arg(path));
         return;
@@ -176,28 +172,30 @@ void FrmMain::loadSettingsFile(const QString &path)
         return;
     }
     for (const SettingsLine &line : parsed.lines) {
-        const auto index = programReceiver(m_ctx, line);
+        const auto index = m_ctx.bus.programReceiver(line);
         if (!index)
             continue;
         refreshNameCaption(*index);
-        m_grid->panel(*index)->setMutePicture(m_ctx.state.receivers[*index].mute);
+        m_grid->panel(*index)->setMutePicture(m_ctx.bus.record(*index).mute);
     }
 }
 
 void FrmMain::moreClicked(int index)
 {
-    if (!validIndex(index) || m_ctx.state.KobActive)
+    if (!validIndex(index) || m_ctx.bus.kobActive())
         return;
     if (m_more)
         m_more->close();
     if (m_more) // the old window refused to close
         return;
-    m_ctx.state.selectedReceiver = index;
-    m_more = new FrmMore(m_ctx, *this);
+    if (!m_ctx.makeDetailWindow)
+        return;
+    m_ctx.bus.openDetail(index);
+    m_more = m_ctx.makeDetailWindow(m_ctx, *this);
     m_more->load();
     m_more->show();
     m_more->raise();
-    m_ctx.state.WorkMode = 2;
+    m_ctx.bus.setWorkMode(WorkMode::DetailRead);
 }
 
 } // namespace zun

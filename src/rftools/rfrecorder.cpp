@@ -1,10 +1,10 @@
 #include "rftools/rfrecorder.h"
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "rftools/plotparts.h"
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
-#include "rftools/rftoolshost.h"
 #include "rftools/scanstate.h"
 
 #include <QLabel>
@@ -15,12 +15,9 @@
 namespace zun {
 
 namespace {
-constexpr int kRecordMode = 4;
-constexpr int kIdleMode = 2;
-
 void showAntenna(QLabel *dbm, QLabel *uv, int level)
 {
-    dbm->setText(formatDbm(levelToDbm(level)));
+    dbm->setText(formatDbm(levelDbm(level)));
     uv->setText(formatMicrovolts(recorderMicrovolts(level)));
 }
 } // namespace
@@ -47,7 +44,7 @@ bool RfRecorder::RFRecorder()
 {
     // A receiver that stopped answering closes the window from inside the read.
     const QPointer<RfRecorder> alive(this);
-    m_host.ReadOneAD();
+    m_host.recorderRead();
     if (!alive)
         return true;
     const int rfA = m_scan.rfA;
@@ -66,19 +63,19 @@ bool RfRecorder::RFRecorder()
 
 void RfRecorder::RF_RunClick()
 {
-    m_ctx.state.WorkMode = kRecordMode;
+    m_ctx.bus.setWorkMode(WorkMode::Recorder);
     m_state.timer.start(m_ctx.platform.clock.secondsSinceMidnight());
 }
 
 void RfRecorder::RF_StopClick()
 {
-    m_ctx.state.WorkMode = kIdleMode;
+    m_ctx.bus.setWorkMode(WorkMode::DetailRead);
     m_state.timer.stop();
 }
 
 void RfRecorder::RF_ClearClick()
 {
-    m_ctx.state.WorkMode = kIdleMode;
+    m_ctx.bus.setWorkMode(WorkMode::DetailRead);
     m_tab.plot()->clearPicture();
     m_state.clear(m_scan.geometry);
     m_tab.elapsedLabel()->setText(QStringLiteral(" 00:00:00:0"));

@@ -35,11 +35,6 @@ int PlotGeometry::levelY(int level) const
     return baseLine - static_cast<int>(std::floor(level / 99.0 * plotHeight));
 }
 
-double levelToDbm(int level)
-{
-    return level * 60 / 99.0 - 107.0;
-}
-
 double cursorMicrovolts(int cursorLevel, int rfA)
 {
     const int d = decadeOf(cursorLevel);

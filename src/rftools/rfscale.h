@@ -1,5 +1,7 @@
 #pragma once
 
+#include "receivers/levelreading.h"
+
 #include <QString>
 
 namespace zun {
@@ -21,9 +23,8 @@ struct PlotGeometry
     int levelY(int level) const;
 };
 
-// The receivers' level scale: 0..99 is -107..-47 dBm and three decades of
-// 1..1000 uV, 33 levels each.
-double levelToDbm(int level);
+// The receivers' level scale (levelDbm) spans three decades of 1..1000 uV,
+// 33 levels each.
 
 // The scan cursor's read-out: the decade follows the cursor's level, the
 // mantissa follows antenna A of the last reading (99 and 99 give 964 uV).

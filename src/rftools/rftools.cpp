@@ -1,11 +1,11 @@
 #include "rftools/rftools.h"
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "rftools/dropcounterpanel.h"
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
 #include "rftools/rfrecorder.h"
-#include "rftools/rftoolshost.h"
 #include "rftools/scanfiles.h"
 #include "rftools/scanplot.h"
 #include "rftools/scansweep.h"
@@ -14,18 +14,9 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QRadioButton>
 
 namespace zun {
-
-SquelchBarSpan squelchBarSpan(int squelchLevel)
-{
-    SquelchBarSpan span{squelchLevel - 7, squelchLevel + 7};
-    if (span.from < 0)
-        span = {0, 14};
-    if (span.to > 99)
-        span = {85, 99};
-    return span;
-}
 
 RfTools::RfTools(Context &ctx, RfToolsHost &host, QWidget *parentWidget)
     : QObject(parentWidget), m_ctx(ctx), m_host(host), m_spectrumTab(new SpectrumTab(parentWidget)),
@@ -33,6 +24,7 @@ RfTools::RfTools(Context &ctx, RfToolsHost &host, QWidget *parentWidget)
 {
     m_spectrum = new SpectrumScan(ctx, host, m_scan, *m_spectrumTab, this);
     m_recorder = new RfRecorder(ctx, host, m_scan, m_recording, *m_recorderTab, this);
+    connect(&ctx.bus, &ReceiverBus::workModeChanged, m_spectrum, &SpectrumScan::updateRunCaption);
     // The recorder's buttons change the work mode too; the scan's Run/Stop
     // caption must not go on saying "Stop" once the scan no longer runs.
     for (QPushButton *b :
@@ -55,20 +47,40 @@ RfTools::RfTools(Context &ctx, RfToolsHost &host, QWidget *parentWidget)
             [this](bool on) { m_files->holdToggled(HoldTraces::Min, on); });
 
     connect(m_dropPanel->runButton(), &QPushButton::clicked, this, [this] {
-        m_drops.run();
+        m_ctx.bus.drops().run();
         showDrops();
     });
     connect(m_dropPanel->pauseButton(), &QPushButton::clicked, this, [this] {
-        m_drops.pause();
+        m_ctx.bus.drops().pause();
         showDrops();
     });
     connect(m_dropPanel->clearButton(), &QPushButton::clicked, this, [this] {
-        m_drops.clear();
+        m_ctx.bus.drops().clear();
         showDrops();
     });
 }
 
 RfTools::~RfTools() = default;
+
+QWidget *RfTools::spectrumPage()
+{
+    return m_spectrumTab;
+}
+
+QWidget *RfTools::recorderPage()
+{
+    return m_recorderTab;
+}
+
+QWidget *RfTools::dropCounterPage()
+{
+    return m_dropPanel;
+}
+
+QAbstractButton *RfTools::stepOption(int option)
+{
+    return m_spectrumTab->stepOption(option);
+}
 
 void RfTools::load()
 {
@@ -88,30 +100,27 @@ bool RfTools::RFRecorder()
     return m_recorder->RFRecorder();
 }
 
-void RfTools::meterReading(int statusByte, int rfA, int rfB, int audioByte)
+void RfTools::meterReading(const DetailReading &reading)
 {
-    m_scan.statusByte = statusByte;
-    m_scan.rfA = rfA;
-    m_scan.rfB = rfB;
-    m_scan.audioByte = audioByte;
-    if (m_drops.count(rfA, rfB, m_scan.squelchLevel))
-        showDrops();
+    m_scan.statusByte = reading.raw.audio;
+    m_scan.rfA = reading.rfA;
+    m_scan.rfB = reading.rfB;
+    m_scan.audioByte = reading.raw.battery;
+    showDrops();
 }
 
 void RfTools::showDrops()
 {
-    m_dropPanel->countA()->setText(m_drops.textA());
-    m_dropPanel->countB()->setText(m_drops.textB());
-    m_dropPanel->showCounting(m_drops.counting());
+    m_dropPanel->countA()->setText(m_ctx.bus.drops().textA());
+    m_dropPanel->countB()->setText(m_ctx.bus.drops().textB());
+    m_dropPanel->showCounting(m_ctx.bus.drops().counting());
 }
 
 void RfTools::ShowSquelch()
 {
-    m_scan.squelchLevel = squelchLevel(m_ctx.state.levelTable, m_host.record().squelch);
+    m_scan.squelchLevel = squelchLevel(m_ctx.bus.levelTable(), m_host.record().squelch);
     m_spectrum->placeSquelchLine();
     m_recorder->placeSquelchLine();
-    const SquelchBarSpan span = squelchBarSpan(m_scan.squelchLevel);
-    m_host.drawSquelchBar(span.from, span.to);
 }
 
 void RfTools::cmdNextClick()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rftools/dropcounter.h"
+#include "core/rftoolspanel.h"
 #include "rftools/recorderstate.h"
 #include "rftools/scanstate.h"
 
@@ -11,10 +11,10 @@ class QWidget;
 namespace zun {
 
 struct Context;
+struct DetailReading;
 class DropCounterPanel;
 class RecorderTab;
 class RfRecorder;
-class RfToolsHost;
 class ScanFiles;
 class SpectrumScan;
 class SpectrumTab;
@@ -28,7 +28,7 @@ class SpectrumTab;
 // dropCounterPanel() on its settings tab, calls load() once its own load has
 // filled the band boxes, and hands the work loop ScanFreq (mode 3) and
 // RFRecorder (mode 4).
-class RfTools : public QObject
+class RfTools : public QObject, public RfToolsPanel
 {
     Q_OBJECT
 public:
@@ -38,34 +38,36 @@ public:
     ~RfTools() override;
 
     SpectrumTab *spectrumTab() const { return m_spectrumTab; }
+    QWidget *spectrumPage() override;
+    QWidget *recorderPage() override;
+    QWidget *dropCounterPage() override;
+    QAbstractButton *stepOption(int option) override;
     RecorderTab *recorderTab() const { return m_recorderTab; }
     DropCounterPanel *dropCounterPanel() const { return m_dropPanel; }
 
     // After the window's load: band size, scales, options, squelch lines.
-    void load();
+    void load() override;
 
     // Work-loop steps; both return true because they always use the line.
-    bool ScanFreq();
-    bool RFRecorder();
+    bool ScanFreq() override;
+    bool RFRecorder() override;
 
     // The share of the window's ShowMeters that belongs here: keeps the
-    // reading for the tools and counts signal drops.
-    void meterReading(int statusByte, int rfA, int rfB, int audioByte);
-    // Squelch level from the record's squelch, both squelch lines, and the
-    // settings tab's squelch bar through the host.
-    void ShowSquelch();
+    // reading for the tools and shows the drop counts.
+    void meterReading(const DetailReading &reading) override;
+    // Squelch level from the record's squelch, and both squelch lines.
+    void ShowSquelch() override;
 
     // The settings tab's marker buttons and the tab control's click.
-    void cmdNextClick();
-    void cmdPrevClick();
-    void SSTab1Click(int previousTab);
+    void cmdNextClick() override;
+    void cmdPrevClick() override;
+    void SSTab1Click(int previousTab) override;
 
     SpectrumScan &spectrum() const { return *m_spectrum; }
     RfRecorder &recorderControl() const { return *m_recorder; }
     ScanFiles &files() const { return *m_files; }
     const ScanState &scanState() const { return m_scan; }
     const RecorderState &recorderState() const { return m_recording; }
-    const DropCounter &drops() const { return m_drops; }
 
 private:
     void showDrops();
@@ -74,7 +76,6 @@ private:
     RfToolsHost &m_host;
     ScanState m_scan;
     RecorderState m_recording;
-    DropCounter m_drops;
     SpectrumTab *m_spectrumTab;
     RecorderTab *m_recorderTab;
     DropCounterPanel *m_dropPanel;
@@ -82,14 +83,5 @@ private:
     RfRecorder *m_recorder;
     ScanFiles *m_files;
 };
-
-// The squelch bar's span on the 0..99 scale: 7 levels either side of the
-// squelch level, pushed back inside the scale at either end.
-struct SquelchBarSpan
-{
-    int from;
-    int to;
-};
-SquelchBarSpan squelchBarSpan(int squelchLevel);
 
 } // namespace zun

@@ -1,7 +1,7 @@
 #include "rftools/scanfiles.h"
 
 #include "core/context.h"
-#include "rftools/rftoolshost.h"
+#include "core/rftoolspanel.h"
 #include "rftools/scanplot.h"
 #include "rftools/scanstate.h"
 #include "rftools/scantab.h"
@@ -57,7 +57,7 @@ std::vector<ScanPoint> ScanFiles::tracePoints(int trace) const
         const bool taken =
             hold ? levels[i] != HoldTraces::kNone : i < m_state.measured.size() && m_state.measured[i];
         if (taken)
-            points.push_back({pointFrequency(start, static_cast<int>(i)), levelToDbm(levels[i])});
+            points.push_back({pointFrequency(start, static_cast<int>(i)), levelDbm(levels[i])});
     }
     return points;
 }

@@ -1,9 +1,9 @@
 #include "rftools/scansweep.h"
 
 #include "core/context.h"
-#include "link/hex.h"
+#include "core/rftoolspanel.h"
+#include "receivers/receiverbus.h"
 #include "rftools/plotparts.h"
-#include "rftools/rftoolshost.h"
 #include "rftools/scanplot.h"
 #include "rftools/scanstate.h"
 #include "rftools/scantab.h"
@@ -16,22 +16,6 @@
 namespace zun {
 
 namespace {
-constexpr int kScanMode = 3;
-constexpr int kIdleMode = 2;
-
-// Two hex digits of the reply from 1-based position pos.
-int replyByte(const QString &reply, int pos)
-{
-    return HexToNum(QStringView(reply).mid(pos - 1, 2));
-}
-
-// An antenna reading as the scan takes it: raised by 5 and held at 255
-// before the table, which is how this command's readings line up with "N".
-int scanLevel(const LevelTable &table, int raw)
-{
-    return table[static_cast<std::size_t>(std::clamp(raw + 5, 0, 255))];
-}
-
 // The run time's number-to-text: positive numbers get a leading blank.
 QString numberText(int value)
 {
@@ -77,34 +61,20 @@ double SpectrumScan::cursorFrequency() const
 
 bool SpectrumScan::ScanFreq()
 {
-    ReceiverRecord &record = m_host.record();
     const double f = cursorFrequency();
-    const QString code = m_host.ComputeNA(f);
-
-    QString reply;
-    const QString command =
-        QLatin1Char('#') + m_host.addressText() + QLatin1Char('E') + code + QLatin1Char('\r');
-    if (!m_ctx.link.SendCommand(command, 12, reply, 250)) {
+    const auto point = m_ctx.bus.scanStep(m_state.scanIndex, f);
+    if (!point) {
+        const ReceiverRecord &record = m_host.record();
         m_ctx.platform.dialogs.message(record.name + QStringLiteral(" no response!, address=") +
                                            numberText(record.address) + QStringLiteral("\r\n"),
                                        MessageButtons::Ok);
-        m_ctx.state.WorkMode = 1;
         m_host.unloadForm();
         return true;
     }
 
-    const LevelTable &table = m_ctx.state.levelTable;
-    m_state.statusByte = replyByte(reply, 4);
-    m_state.rfA = scanLevel(table, replyByte(reply, 6));
-    m_state.rfB = scanLevel(table, replyByte(reply, 8));
-    m_state.audioByte = replyByte(reply, 10);
-
     m_host.showOffPreset();
     m_host.setTxtFreq(formatMHz(f));
-    record.manualFreq = true;
-    record.manualFreqCode = code;
-
-    m_host.ShowMeters(m_state.statusByte, m_state.rfA, m_state.rfB, m_state.audioByte);
+    m_host.ShowMeters(point->levels);
 
     m_state.storeLevel();
     redrawTrace();
@@ -116,7 +86,7 @@ bool SpectrumScan::ScanFreq()
     m_tab.elapsedLabel()->setText(QLatin1Char(' ') + FormatElapsed(m_state.timer.elapsedSeconds()));
 
     if (m_state.stopReached(m_tab.sweepMode()))
-        m_ctx.state.WorkMode = kIdleMode;
+        m_ctx.bus.setWorkMode(WorkMode::DetailRead);
     updateRunCaption();
     m_state.advance();
     return true;
@@ -135,34 +105,31 @@ void SpectrumScan::ShowSpecCursor()
 
     const double f = cursorFrequency();
     m_tab.frequencyReadout()->setText(formatMHz(f) + QStringLiteral("MHz"));
-    m_tab.dbmReadout()->setText(formatDbm(levelToDbm(m_state.level)));
+    m_tab.dbmReadout()->setText(formatDbm(levelDbm(m_state.level)));
     m_tab.microvoltReadout()->setText(formatMicrovolts(cursorMicrovolts(m_state.level, m_state.rfA)));
-    m_host.record().manualFreqCode = m_host.ComputeNA(f);
+    m_ctx.bus.setCursorCode(m_host.ComputeNA(f));
 }
 
 void SpectrumScan::tune(int timeoutMillis)
 {
-    QString reply;
-    const QString command = QLatin1Char('#') + m_host.addressText() + QLatin1Char('K') +
-                            m_host.record().manualFreqCode + QLatin1Char('\r');
-    if (!m_ctx.link.SendCommand(command, 4, reply, timeoutMillis))
+    if (!m_ctx.bus.tuneCursor(timeoutMillis))
         m_ctx.platform.dialogs.message(QStringLiteral("No Response from receiver!"), MessageButtons::Ok);
 }
 
 void SpectrumScan::updateRunCaption()
 {
-    m_tab.runButton()->setText(m_ctx.state.WorkMode == kScanMode ? QStringLiteral("Stop")
-                                                                 : QStringLiteral("Run"));
+    m_tab.runButton()->setText(m_ctx.bus.workMode() == WorkMode::Scan ? QStringLiteral("Stop")
+                                                                      : QStringLiteral("Run"));
 }
 
 void SpectrumScan::SP_RunClick()
 {
     m_state.peakListValid = false;
-    if (m_ctx.state.WorkMode == kScanMode) {
-        m_ctx.state.WorkMode = kIdleMode;
+    if (m_ctx.bus.workMode() == WorkMode::Scan) {
+        m_ctx.bus.setWorkMode(WorkMode::DetailRead);
         m_state.timer.stop();
     } else {
-        m_ctx.state.WorkMode = kScanMode;
+        m_ctx.bus.setWorkMode(WorkMode::Scan);
         m_state.timer.start(m_ctx.platform.clock.secondsSinceMidnight());
     }
     updateRunCaption();
@@ -170,7 +137,7 @@ void SpectrumScan::SP_RunClick()
 
 void SpectrumScan::SP_ClearClick()
 {
-    m_ctx.state.WorkMode = kIdleMode;
+    m_ctx.bus.setWorkMode(WorkMode::DetailRead);
     m_state.clear();
     m_tab.plot()->clearPicture();
     DiamondMarker *diamond = m_tab.plot()->diamond();
@@ -182,7 +149,7 @@ void SpectrumScan::SP_ClearClick()
 void SpectrumScan::SP_PeakClick()
 {
     if (!m_state.peakListValid)
-        m_ctx.state.WorkMode = kIdleMode; // the scan stops before the list is sorted
+        m_ctx.bus.setWorkMode(WorkMode::DetailRead); // the scan stops before the list is sorted
     m_state.goToStrongest();
     ShowSpecCursor();
     tune(300);

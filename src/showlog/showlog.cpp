@@ -1,7 +1,7 @@
 #include "showlog/showlog.h"
 
 #include "platform/walltime.h"
-#include "rftools/rfscale.h"
+#include "receivers/levelreading.h"
 #include "showlog/showlogline.h"
 
 namespace zun {
@@ -80,8 +80,8 @@ void ShowLog::onScanPointRead(int address, int, double frequencyMHz, int rfA, in
         return;
     ShowLogRow row = rowFor(QStringLiteral("scan"), address);
     row.frequencyMHz = frequencyMHz;
-    row.rfADbm = levelToDbm(rfA);
-    row.rfBDbm = levelToDbm(rfB);
+    row.rfADbm = levelDbm(rfA);
+    row.rfBDbm = levelDbm(rfB);
     m_writer.append(showLogLine(row));
 }
 
@@ -90,8 +90,8 @@ void ShowLog::onRecorderSampled(int address, int rfA, int rfB)
     if (!isLogging())
         return;
     ShowLogRow row = rowFor(QStringLiteral("recorder"), address);
-    row.rfADbm = levelToDbm(rfA);
-    row.rfBDbm = levelToDbm(rfB);
+    row.rfADbm = levelDbm(rfA);
+    row.rfBDbm = levelDbm(rfB);
     m_writer.append(showLogLine(row));
 }
 

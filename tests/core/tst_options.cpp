@@ -1,7 +1,7 @@
-#include "core/appstate.h"
-#include "core/leveltable.h"
 #include "core/options.h"
 #include "platform/settingsstore.h"
+#include "receivers/leveltable.h"
+#include "receivers/receiverbus.h"
 
 #include <QTest>
 
@@ -56,7 +56,7 @@ private slots:
         if (!stored.isNull())
             store.save(kAppName, "MSComm", key, stored);
         const int savesBefore = store.saveCount();
-        AppState state;
+        LineOptions state;
         state.CommPort = state.Retry = state.Baudrate = -99;
         loadLinkOptions(store, state);
 

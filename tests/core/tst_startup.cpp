@@ -39,11 +39,11 @@ private slots:
         int order = 0, splash = 0, shown = 0, closed = 0;
         StartupViews views{[&] { splash = ++order; }, [&] { shown = ++order; }, [&] { closed = ++order; }};
         QVERIFY(startProgram(bed.ctx, views));
-        QCOMPARE(bed.ctx.state.CommPort, 3);
-        const auto &available = bed.ctx.state.PortAvailable;
+        QCOMPARE(bed.ctx.bus.options().CommPort, 3);
+        const auto &available = bed.ctx.bus.options().PortAvailable;
         QVERIFY(available[3] && available[5] && !available[6]);
         QCOMPARE(QList<int>({splash, shown, closed}), QList<int>({1, 2, 3}));
-        QCOMPARE(bed.ctx.state.WorkMode, 0);
+        QCOMPARE(bed.ctx.bus.workMode(), WorkMode::Idle);
     }
 
     void onlySplashAndSearchShowUntilTheScreenIsLoaded_data()
@@ -75,8 +75,8 @@ private slots:
         QVERIFY(startProgram(bed.ctx, windows.views()));
         QCOMPARE(onScreen, QSet<QString>{"splash search "});
         QVERIFY(windows.mainWindow()->isVisible() && !windows.splash());
-        QTEST(bed.ctx.state.foundCount, "found");
-        QVERIFY(bed.ctx.state.receivers[0].online && windows.mainWindow()->panel(0)->isEnabled());
+        QTEST(bed.ctx.bus.foundCount(), "found");
+        QVERIFY(bed.ctx.bus.record(0).online && windows.mainWindow()->panel(0)->isEnabled());
         QFETCH(double, seconds);
         QVERIFY2(bed.virtualSeconds() <= seconds, qPrintable(QString::number(bed.virtualSeconds())));
     }
@@ -112,9 +112,9 @@ private slots:
         SimBus &bus = bed.attachReceivers(1, {3}, 38400);
         if (unplugged)
             bus.setFrameObserver([&](std::uint64_t, const QByteArray &, int) { bed.line.removePort(1); });
-        bed.ctx.state.Baudrate = 38400;
-        bed.ctx.state.CommPort = 1;
-        openLine(bed.ctx);
+        bed.ctx.bus.options().Baudrate = 38400;
+        bed.ctx.bus.options().CommPort = 1;
+        bed.ctx.bus.openLine();
         FrmMain main(bed.ctx);
         main.UpdateLinkMenus();
         QAction *item = main.action("mnuBaud1");
@@ -124,15 +124,14 @@ private slots:
 
         const bool changed = baud != 38400 || answer == "38400";
         QCOMPARE(bed.framesSent("#00H"), frame.isEmpty() ? QStringList() : QStringList{frame});
-        QCOMPARE(bed.ctx.state.Baudrate, baud);
+        QCOMPARE(bed.ctx.bus.options().Baudrate, baud);
         QCOMPARE(item->text(), QString::number(baud));
         QCOMPARE(bed.settings.get(kAppName, "MSComm", "Baudrate"), changed ? answer : QString());
         QCOMPARE(bed.line.isOpen(), !unplugged);
         if (changed) {
             // The receiver followed the broadcast, so it still answers at the new speed.
             QCOMPARE(bed.line.baudRate(), baud);
-            QString reply;
-            QVERIFY(bed.ctx.link.SendCommand("%03L\r", 4, reply, 250));
+            QVERIFY(bed.ctx.bus.AddrCheck(3));
         }
     }
 
@@ -151,10 +150,10 @@ private slots:
         QFETCH(bool, portOpen);
         TestBed bed;
         bed.attachReceivers(1, {3});
-        bed.ctx.state.CommPort = 1;
+        bed.ctx.bus.options().CommPort = 1;
         if (portOpen)
-            openLine(bed.ctx);
-        bed.ctx.state.WorkMode = 1;
+            bed.ctx.bus.openLine();
+        bed.ctx.bus.setWorkMode(WorkMode::Polling);
         FrmMain main(bed.ctx);
         main.show();
         bed.dialogs.queueAnswer(yes ? MessageAnswer::Yes : MessageAnswer::No);
@@ -166,7 +165,7 @@ private slots:
         QTEST(int(bed.framesSent("#00A0").size()), "goodbyes");
         QCOMPARE(bed.endProgramCalls, yes ? 1 : 0);
         QCOMPARE(main.isVisible(), !yes);
-        QCOMPARE(bed.ctx.state.WorkMode, 1); // "No" leaves polling as it was
+        QCOMPARE(bed.ctx.bus.workMode(), WorkMode::Polling); // "No" leaves polling as it was
     }
 
     void linkMenusShowTheRateAndThePortInUse()
@@ -174,9 +173,10 @@ private slots:
         TestBed bed;
         bed.attachSilentPort(2);
         bed.attachSilentPort(4);
-        FindCommPorts(bed.ctx);
-        bed.ctx.state.CommPort = 4;
-        bed.ctx.state.Baudrate = 57600;
+        LineOptions &options = bed.ctx.bus.options();
+        FindCommPorts(bed.line, bed.dialogs, options.PortAvailable, options.CommPort);
+        options.CommPort = 4;
+        options.Baudrate = 57600;
         FrmMain main(bed.ctx);
         main.UpdateLinkMenus();
         QCOMPARE(main.action("mnuBaud1")->text(), QString("57600"));

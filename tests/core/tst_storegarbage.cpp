@@ -86,9 +86,9 @@ private slots:
                            },
                            [] {}};
         QVERIFY(startProgram(ctx, views));
-        QVERIFY(main && ctx.state.foundCount == 1 && ctx.state.WorkMode == 1);
-        QCOMPARE(QList<int>({ctx.state.CommPort, ctx.state.Retry, ctx.state.Baudrate}),
-                 QList<int>({2, 2, 115200}));
+        QVERIFY(main && ctx.bus.foundCount() == 1 && ctx.bus.workMode() == WorkMode::Polling);
+        const LineOptions &options = ctx.bus.options();
+        QCOMPARE(QList<int>({options.CommPort, options.Retry, options.Baudrate}), QList<int>({2, 2, 115200}));
         QCOMPARE(readTvType(store), 4);
         QVERIFY(!readFunctionFlag(store, "ChangeBaudrate") && !readFunctionFlag(store, "MainKOB"));
         QCOMPARE(bed.dialogs.messages(), QStringList());

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "support/testbed.h"
+
 // A detail window on the simulated line and a virtual clock, with the
 // dialogs, the desktop and the main screen replaced by doubles.
 
 #include "core/context.h"
-#include "detail/detailhost.h"
+#include "core/detailwindow.h"
 #include "detail/frmmore.h"
 #include "detail/settingstab.h"
-#include "link/detection.h"
-#include "link/transaction.h"
 #include "sim/simbus.h"
 #include "sim/simserialline.h"
 
@@ -58,35 +58,35 @@ struct DetailRig
         line.attachBus(1, &bus);
         line.applySettings(QStringLiteral("115200,N,8,1"));
         line.open();
-        ctx.state.receivers.assign(4, ReceiverRecord{});
+        wireWindows(ctx);
     }
     ~DetailRig() { delete form.data(); }
 
-    // A receiver on the bus whose record at index is filled as detection fills it.
-    SimReceiver &addReceiver(int address, int index, const std::function<void(SimReceiver &)> &setup = {})
+    // A receiver on the bus; add them in address order, so that detection
+    // puts each at its index.
+    SimReceiver &addReceiver(int address, const std::function<void(SimReceiver &)> &setup = {})
     {
         SimReceiver &r = bus.addReceiver(address);
         if (setup)
             setup(r);
-        QString reply;
-        ctx.link.SendCommand(frame(QLatin1Char('%'), address, QStringLiteral("M")), 41, reply, 100);
-        applyIdentification(ctx.state.receivers[index], reply, address);
         return r;
     }
 
-    // Opens the window as the main screen does; the line log starts empty.
+    // Detects, then opens the window as the main screen does; the line log starts empty.
     FrmMore *open(int index)
     {
-        ctx.state.selectedReceiver = index;
+        ctx.bus.resizeTable(4);
+        ctx.bus.CheckReceivers();
+        ctx.bus.openDetail(index);
         form = new FrmMore(ctx, host);
         form->load();
         form->show();
-        ctx.state.WorkMode = 2;
+        ctx.bus.setWorkMode(WorkMode::DetailRead);
         line.clearWritten();
         return form;
     }
 
-    ReceiverRecord &record(int index = 0) { return ctx.state.receivers[index]; }
+    const ReceiverRecord &record(int index = 0) { return ctx.bus.record(index); }
     SettingsTab &tab() { return form->settings(); }
 
     // Frames written since the window opened, carriage returns dropped.

@@ -1,7 +1,7 @@
 // The detail window's widget-free rules: frequency codes, the "000.000"
 // form and the TV channel plans.
-#include "detail/freqconvert.h"
-#include "detail/tvregion.h"
+#include "mainscreen/tvregion.h"
+#include "receivers/frequency.h"
 
 #include <QTest>
 

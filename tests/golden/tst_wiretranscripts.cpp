@@ -108,6 +108,7 @@ struct Session
         if (setup)
             setup(*this);
         ctx.endProgram = [this] { ++ended; };
+        wireWindows(ctx);
         windows = std::make_unique<StartupWindows>(ctx);
         if (!startProgram(ctx, windows->views()))
             return false;
@@ -135,7 +136,7 @@ struct Session
     FrmMore &openDetail(int index)
     {
         QTest::mouseClick(panel(index).moreButton(), Qt::LeftButton);
-        return *main->detailWindow();
+        return static_cast<FrmMore &>(*main->detailWindow());
     }
     template <typename W = QWidget> W *in(QWidget *parent, const QString &name)
     {
@@ -227,7 +228,7 @@ struct Session
     ScriptedDialogs dialogs;
     test::ScriptedDesktop desktop;
     Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-    WorkLoop loop{ctx.state};
+    WorkLoop loop{ctx.bus};
     std::unique_ptr<StartupWindows> windows;
     FrmMain *main = nullptr;
     int ended = 0;

@@ -1,10 +1,7 @@
 // ser2net serving the simulator's pseudo-terminal on loopback, once raw and
 // once with RFC 2217: the program's line to receivers behind a serial server.
 #include "core/context.h"
-#include "link/detection.h"
 #include "link/ports.h"
-#include "link/transaction.h"
-#include "mainscreen/polling.h"
 #include "platform/mappedserialline.h"
 #include "platform/portmap.h"
 #include "support/netsupport.h"
@@ -63,21 +60,15 @@ double cpuSeconds()
     return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
 }
 
-class NoProgress final : public DetectionProgress
+// What a polling pass hands the panels.
+struct Panels
 {
-public:
-    void begin(const QString &) override {}
-    void setProgress(int) override {}
-    bool skipRequested() const override { return false; }
-    void end() override {}
-};
-
-class Panels final : public PanelSink
-{
-public:
-    void UpdateRcvPanel(int, const QString &reply) override { replies << reply; }
-    void showOffline(int index) override { offline << index; }
-    QStringList replies;
+    explicit Panels(ReceiverBus &bus)
+    {
+        QObject::connect(&bus, &ReceiverBus::panelLevels, [this](int index) { levels << index; });
+        QObject::connect(&bus, &ReceiverBus::panelOffline, [this](int index) { offline << index; });
+    }
+    QList<int> levels;
     QList<int> offline;
 };
 
@@ -152,27 +143,27 @@ private slots:
         ScriptedDialogs dialogs;
         FakeDesktop desktop;
         Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-        ctx.state.Retry = 0;
-        ctx.state.Baudrate = 115200;
-        QVERIFY(FindCommPorts(ctx));
-        QCOMPARE(ctx.state.CommPort, 2);
-        ctx.state.receivers.assign(64, ReceiverRecord{});
+        LineOptions &options = ctx.bus.options();
+        options.Retry = 0;
+        options.Baudrate = 115200;
+        QVERIFY(FindCommPorts(line, dialogs, options.PortAvailable, options.CommPort));
+        QCOMPARE(options.CommPort, 2);
+        ctx.bus.resizeTable(64);
 
         if (scheme == "rfc2217" && !portControl)
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("does not set the serial port's speed"));
-        NoProgress progress;
-        Panels panels;
+        Panels panels(ctx.bus);
         const auto detectAndPoll = [&] {
-            openLine(ctx);
+            ctx.bus.openLine();
             QVERIFY(line.isOpen());
-            QVERIFY(CheckReceivers(ctx, progress));
-            QCOMPARE(ctx.state.foundCount, 2);
-            QCOMPARE(ctx.state.receivers[1].address, 7);
-            panels.replies.clear();
+            QVERIFY(ctx.bus.CheckReceivers());
+            QCOMPARE(ctx.bus.foundCount(), 2);
+            QCOMPARE(ctx.bus.record(1).address, 7);
+            panels.levels.clear();
             panels.offline.clear();
             for (int pass = 0; pass < 5; ++pass)
-                QVERIFY(ReadAllAD(ctx, panels));
-            QCOMPARE(panels.replies.size(), 10);
+                QVERIFY(ctx.bus.ReadAllAD());
+            QCOMPARE(panels.levels.size(), 10);
             QVERIFY(panels.offline.isEmpty());
         };
         detectAndPoll();
@@ -186,14 +177,14 @@ private slots:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the connection to COM2"));
         server.stop();
         QString reply;
-        QVERIFY(!ctx.link.SendCommand("%03N\r", 12, reply, 100));
+        QVERIFY(!ctx.bus.link().SendCommand("%03N\r", 12, reply, 100));
         QVERIFY(!line.isOpen());
-        QVERIFY(!ReadAllAD(ctx, panels) || !panels.offline.isEmpty());
+        QVERIFY(!ctx.bus.ReadAllAD() || !panels.offline.isEmpty());
         const double cpuBefore = cpuSeconds();
         QElapsedTimer wall;
         wall.start();
         for (int i = 0; i < 5; ++i)
-            ctx.link.SendCommand("%03N\r", 12, reply, 100);
+            ctx.bus.link().SendCommand("%03N\r", 12, reply, 100);
         QVERIFY2(cpuSeconds() - cpuBefore < 0.1 * wall.elapsed() / 1000.0 + 0.02,
                  "busy while the line is lost");
 
@@ -206,10 +197,10 @@ private slots:
 
         // The new speed reaches the far port only through RFC 2217; on a raw
         // line the receivers switch and the server's port stays as it was.
-        QVERIFY(changeBaudrate(ctx, "9600"));
+        QVERIFY(ctx.bus.changeBaudRate(9600));
         QVERIFY(line.isOpen());
         QCOMPARE(ptySpeed(device), portControl ? B9600 : B115200);
-        QCOMPARE(ctx.link.SendCommand("%07N\r", 12, reply, 250), portControl);
+        QCOMPARE(ctx.bus.link().SendCommand("%07N\r", 12, reply, 250), portControl);
     }
 };
 

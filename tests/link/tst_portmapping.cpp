@@ -1,4 +1,4 @@
-#include "link/portmapping.h"
+#include "mainscreen/portmapping.h"
 #include "platform/portmap.h"
 #include "support/testbed.h"
 

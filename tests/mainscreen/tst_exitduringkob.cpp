@@ -3,6 +3,7 @@
 #include "detail/detailrig.h"
 #include "link/ports.h"
 #include "mainscreen/frmmain.h"
+#include "support/testbed.h"
 
 #include <QAction>
 #include <QPushButton>
@@ -40,12 +41,13 @@ private slots:
         ScriptedDialogs dialogs;
         test::ScriptedDesktop desktop;
         Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-        ctx.state.CommPort = 1;
-        FindCommPorts(ctx);
+        wireWindows(ctx);
+        ctx.bus.options().CommPort = 1;
+        FindCommPorts(line, dialogs, ctx.bus.options().PortAvailable, ctx.bus.options().CommPort);
         FrmMain main(ctx);
         main.show();
         main.load();
-        QCOMPARE(ctx.state.foundCount, 1);
+        QCOMPARE(ctx.bus.foundCount(), 1);
 
         std::uint64_t askedAt = 0;
         std::uint64_t endedAt = 0;

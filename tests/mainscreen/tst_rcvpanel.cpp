@@ -1,4 +1,3 @@
-#include "core/leveltable.h"
 #include "mainscreen/clicklabel.h"
 #include "mainscreen/colors.h"
 #include "mainscreen/frmabout.h"
@@ -9,6 +8,7 @@
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/panelreadout.h"
 #include "mainscreen/rcvpanel.h"
+#include "receivers/leveltable.h"
 
 #include <QLabel>
 #include <QSignalSpy>
@@ -38,13 +38,8 @@ protected:
 PanelReadout readout(int audio, int rfA, int rfB)
 {
     static const LevelTable table = buildLevelTable();
-    BatteryAverage battery;
-    const QString text = QStringLiteral("$01%1%2%3%4")
-                             .arg(audio, 2, 16, QLatin1Char('0'))
-                             .arg(rfA, 2, 16, QLatin1Char('0'))
-                             .arg(rfB, 2, 16, QLatin1Char('0'))
-                             .arg(0, 2, 16, QLatin1Char('0'));
-    return readPanelReply(text, 20, table, battery);
+    BatteryAverager battery;
+    return panelReadout(readLevels(LevelReply{audio, rfA, rfB, 0}, 20, table, battery));
 }
 
 QRgb rgbOf(quint32 bgrValue)

@@ -1,9 +1,9 @@
 // What a settings file can do to the program: a save cut short, names with
 // the format's own separators, a file far too large to be one.
-#include "core/receiverrecord.h"
 #include "link/ports.h"
 #include "mainscreen/frmmain.h"
-#include "mainscreen/settingsfile.h"
+#include "receivers/receiverrecord.h"
+#include "receivers/settingsfile.h"
 #include "support/testbed.h"
 
 #include <QAction>
@@ -90,11 +90,12 @@ private slots:
     {
         TestBed bed;
         bed.attachReceivers(1, {3});
-        bed.ctx.state.CommPort = 1;
-        FindCommPorts(bed.ctx);
+        bed.ctx.bus.options().CommPort = 1;
+        FindCommPorts(bed.line, bed.dialogs, bed.ctx.bus.options().PortAvailable,
+                      bed.ctx.bus.options().CommPort);
         FrmMain main(bed.ctx);
         main.load();
-        const ReceiverRecord before = bed.ctx.state.receivers[0];
+        const ReceiverRecord before = bed.ctx.bus.record(0);
         bed.line.clearWritten();
 
         QTemporaryDir dir;
@@ -114,7 +115,7 @@ private slots:
         QVERIFY2(bed.dialogs.messages().first().contains("too large"),
                  qPrintable(bed.dialogs.messages().first()));
         QVERIFY(bed.line.written().empty());
-        QCOMPARE(bed.ctx.state.receivers[0].name, before.name);
+        QCOMPARE(bed.ctx.bus.record(0).name, before.name);
         QVERIFY2(peakKilobytes() - peakBefore < 50 * 1024, "the file was read");
     }
 };

@@ -5,6 +5,7 @@
 // the settings tab.
 
 #include "core/context.h"
+#include "core/rftoolspanel.h"
 #include "link/hex.h"
 #include "platform/clock.h"
 #include "platform/desktop.h"
@@ -12,7 +13,6 @@
 #include "platform/serialline.h"
 #include "platform/settingsstore.h"
 #include "rftools/rftools.h"
-#include "rftools/rftoolshost.h"
 
 #include <QStringList>
 #include <QWidget>
@@ -35,6 +35,9 @@ public:
     std::map<int, std::pair<int, int>> rawByCode; // code -> raw A, raw B
     std::pair<int, int> rawElsewhere{0x10, 0x0C};
     std::pair<int, int> rawN{0x90, 0x80};
+    // What the receiver at 05 reports of itself.
+    int squelch = 20;
+    int bandWidth = 12;
 
     bool portExists(int) override { return true; }
     void selectPort(int) override {}
@@ -80,6 +83,10 @@ private:
             return QStringLiteral("$%1\r").arg(addr).toLatin1();
         if (letter == QLatin1Char('N'))
             return levels(rawN).toLatin1();
+        if (letter == QLatin1Char('M') && addr == QLatin1String("05"))
+            return (QStringLiteral("$05RCV01 1172BA") + NumToHex(squelch, 2) +
+                    QStringLiteral("30B0000000000072BA") + NumToHex(bandWidth, 4) + QStringLiteral("0\r"))
+                .toLatin1();
         return {};
     }
 
@@ -90,16 +97,8 @@ private:
 class FakeHost final : public RfToolsHost
 {
 public:
-    explicit FakeHost(Context &ctx) : m_ctx(ctx)
-    {
-        rec.address = 5;
-        rec.name = QStringLiteral("RCV01 ");
-        rec.squelch = 20;
-        rec.bandStartCode = QStringLiteral("72BA"); // 800.000 MHz
-        rec.bandWidth = 12;
-    }
+    explicit FakeHost(Context &ctx) : m_ctx(ctx) {}
 
-    ReceiverRecord rec;
     RfTools *tools = nullptr;
     QString txtFreq;
     QString txtGroup = QStringLiteral("3");
@@ -107,11 +106,9 @@ public:
     double tvFrequency = 0;
     int meterCalls = 0;
     int unloads = 0;
-    std::pair<int, int> squelchBar{-1, -1};
 
-    ReceiverRecord &record() override { return rec; }
-    QString addressText() const override { return NumToHex(rec.address, 2); }
-    double bandStart() const override { return (25.0 * HexToNum(rec.bandStartCode) + 65750) / 1000; }
+    const ReceiverRecord &record() const override { return m_ctx.bus.record(0); }
+    double bandStart() const override { return (25.0 * HexToNum(record().bandStartCode) + 65750) / 1000; }
     QString ComputeNA(double mhz) const override
     {
         return NumToHex(static_cast<int>(std::nearbyint((mhz * 1000 - 65750) / 25)), 4);
@@ -119,23 +116,17 @@ public:
     void setTxtFreq(const QString &text) override { txtFreq = text; }
     void showOffPreset() override { txtGroup = txtChannel = QStringLiteral("**"); }
     void showTvChannel(double mhz) override { tvFrequency = mhz; }
-    void ShowMeters(int status, int rfA, int rfB, int audio) override
+    void ShowMeters(const DetailReading &reading) override
     {
         ++meterCalls;
-        tools->meterReading(status, rfA, rfB, audio);
+        tools->meterReading(reading);
     }
-    bool ReadOneAD() override
+    void recorderRead() override
     {
-        QString reply;
-        if (!m_ctx.link.SendCommand(QStringLiteral("%05N\r"), 12, reply, 250))
-            return true;
-        const auto &table = m_ctx.state.levelTable;
-        auto level = [&](int pos) { return table[std::min(HexToNum(reply.mid(pos, 2)) + 5, 255)]; };
-        ShowMeters(HexToNum(reply.mid(3, 2)), level(5), level(7), HexToNum(reply.mid(9, 2)));
-        return true;
+        if (const auto reading = m_ctx.bus.recorderStep())
+            ShowMeters(*reading);
     }
     void unloadForm() override { ++unloads; }
-    void drawSquelchBar(int from, int to) override { squelchBar = {from, to}; }
 
 private:
     Context &m_ctx;
@@ -154,13 +145,20 @@ struct RfBench
     FakeHost host{ctx};
     RfTools tools{ctx, host, &window};
 
-    RfBench()
+    RfBench() { host.tools = &tools; }
+    // Finds the receiver (the clock keeps its time of day), opens its tools.
+    void open()
     {
-        host.tools = &tools;
-        ctx.state.WorkMode = 2;
+        const double timeOfDay = clock.secondsSinceMidnight();
+        ctx.bus.resizeTable(1);
+        ctx.bus.CheckReceivers();
+        clock.setSecondsSinceMidnight(timeOfDay);
+        ctx.bus.openDetail(0);
+        ctx.bus.setWorkMode(WorkMode::DetailRead);
+        line.written.clear();
+        tools.load();
     }
-    void open() { tools.load(); }
-    int codeOfPoint(int i) const { return HexToNum(host.rec.bandStartCode) + i; }
+    int codeOfPoint(int i) const { return HexToNum(host.record().bandStartCode) + i; }
 };
 
 } // namespace zun::test

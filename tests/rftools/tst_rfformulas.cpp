@@ -61,7 +61,7 @@ private slots:
         QFETCH(int, rfA);
         QTEST(formatMicrovolts(cursorMicrovolts(level, rfA)), "cursor");
         QTEST(formatMicrovolts(recorderMicrovolts(level)), "recorder");
-        QTEST(formatDbm(levelToDbm(level)), "dbm");
+        QTEST(formatDbm(levelDbm(level)), "dbm");
     }
 
     void levelRows_data()
@@ -79,25 +79,6 @@ private slots:
         QFETCH(int, height);
         QFETCH(int, level);
         QTEST(PlotGeometry::forScale(600, height).levelY(level), "row");
-    }
-
-    void squelchBar_data()
-    {
-        QTest::addColumn<int>("level");
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("to");
-        QTest::newRow("middle") << 40 << 33 << 47;
-        QTest::newRow("low end pushed in") << 3 << 0 << 14;
-        QTest::newRow("high end pushed in") << 95 << 85 << 99;
-    }
-    void squelchBar()
-    {
-        QFETCH(int, level);
-        QFETCH(int, from);
-        QFETCH(int, to);
-        const SquelchBarSpan span = squelchBarSpan(level);
-        QCOMPARE(span.from, from);
-        QCOMPARE(span.to, to);
     }
 };
 

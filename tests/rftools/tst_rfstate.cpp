@@ -1,4 +1,4 @@
-#include "rftools/dropcounter.h"
+#include "receivers/dropcounter.h"
 #include "rftools/recorderstate.h"
 #include "rftools/scanstate.h"
 

@@ -143,12 +143,12 @@ private slots:
         QLocale::setDefault(QLocale(QStringLiteral("de_DE")));
         QTemporaryDir dir;
         RfBench b;
-        b.host.rec.bandWidth = 4;
+        b.line.bandWidth = 4;
         b.open();
         SpectrumTab *tab = b.tools.spectrumTab();
         tab->maxHoldBox()->setChecked(true);
         tab->stepOption(2)->click();
-        b.ctx.state.WorkMode = 3;
+        b.ctx.bus.setWorkMode(WorkMode::Scan);
         for (int sweep = 0; sweep < 2; ++sweep) {
             b.line.rawByCode[b.codeOfPoint(2)] = sweep == 0 ? std::pair{0xC0, 0x10} : std::pair{0x20, 0x10};
             for (int i = 0; i < 3; ++i)
@@ -164,7 +164,7 @@ private slots:
         const QStringList lines = readText(plain + QStringLiteral(".csv")).split(QLatin1Char('\n'));
         QCOMPARE(lines.size(), 4);
         QCOMPARE(lines[1],
-                 QStringLiteral("800.050,%1").arg(levelToDbm(s.holds.trace(HoldTraces::Max)[2]), 0, 'f', 1));
+                 QStringLiteral("800.050,%1").arg(levelDbm(s.holds.trace(HoldTraces::Max)[2]), 0, 'f', 1));
 
         const QString sheet = dir.filePath(QStringLiteral("sheet.csv"));
         b.dialogs.queueChoices(QList<int>{0, 1});

@@ -1,12 +1,23 @@
 #include "support/testbed.h"
 
+#include "detail/frmmore.h"
+#include "rftools/rftools.h"
 #include "sim/demobus.h"
 
 namespace zun {
 
+void wireWindows(Context &ctx)
+{
+    ctx.makeDetailWindow = [](Context &c, DetailHost &host) { return new FrmMore(c, host); };
+    ctx.makeRfTools = [](Context &c, RfToolsHost &host, QWidget *parent) {
+        return new RfTools(c, host, parent);
+    };
+}
+
 TestBed::TestBed()
 {
     ctx.endProgram = [this] { ++endProgramCalls; };
+    wireWindows(ctx);
 }
 
 SimBus &TestBed::attachReceivers(int port, const std::vector<int> &addresses, int baud)

@@ -9,6 +9,9 @@
 
 namespace zun {
 
+// The window factories the app sets, for tests that build their own context.
+void wireWindows(Context &ctx);
+
 // A whole program's surroundings on a virtual clock: the in-process line with
 // simulated buses, an in-memory settings store, scripted dialogs.
 struct TestBed

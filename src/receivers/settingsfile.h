@@ -8,7 +8,6 @@
 
 namespace zun {
 
-struct Context;
 struct ReceiverRecord;
 
 // One line of a ".zun" receiver settings file.
@@ -40,14 +39,6 @@ QByteArray formatSettings(const QList<ReceiverRecord> &records);
 
 // Reads a whole file's text; any bad line rejects the whole file.
 SettingsParse parseSettings(const QByteArray &text);
-
-// "#" + address + "M" + the status fields + mode digit + CR.
-QString settingsWriteFrame(const ReceiverRecord &record);
-
-// Stores a file line into the record it addresses and sends the settings
-// write. Returns the index of the record changed, or nothing when no detected
-// receiver has that address.
-std::optional<int> programReceiver(Context &ctx, const SettingsLine &line);
 
 // Writes through a temporary file so a failed save leaves the old file whole.
 // Returns an empty text on success, else what went wrong.

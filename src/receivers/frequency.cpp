@@ -1,4 +1,4 @@
-#include "detail/freqconvert.h"
+#include "receivers/frequency.h"
 
 #include "link/hex.h"
 

@@ -1,7 +1,6 @@
-#include "mainscreen/settingsfile.h"
+#include "receivers/settingsfile.h"
 
-#include "core/context.h"
-#include "link/hex.h"
+#include "receivers/receiverrecord.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -78,11 +77,6 @@ std::optional<int> integerIn(const Field &field, int low, int high)
     if (value < low || value > high)
         return std::nullopt;
     return value;
-}
-
-QString padCut(const QString &text, int width)
-{
-    return text.leftJustified(width, QLatin1Char(' '), true);
 }
 
 QString lineError(int lineNumber, const QString &what)
@@ -177,39 +171,6 @@ SettingsParse parseSettings(const QByteArray &text)
         result.lines.append(line);
     }
     return result;
-}
-
-QString settingsWriteFrame(const ReceiverRecord &record)
-{
-    const int mode = (record.manualFreq ? 1 : 0) + (record.mute ? 2 : 0);
-    const QString freq = padCut(record.manualFreq ? record.manualFreqCode : record.channelFreqCode, 4);
-    return QLatin1Char('#') + NumToHex(record.address, 2) + QLatin1Char('M') + padCut(record.name, 6) +
-           NumToHex(record.group, 1) + NumToHex(record.channel, 1) + freq + NumToHex(record.squelch, 2) +
-           NumToHex(record.secondLevel, 2) + QString::number(mode) + QLatin1Char('\r');
-}
-
-std::optional<int> programReceiver(Context &ctx, const SettingsLine &line)
-{
-    AppState &state = ctx.state;
-    const int found = std::min(state.foundCount, state.receiverCount());
-    for (int i = 0; i < found; ++i) {
-        ReceiverRecord &record = state.receivers[i];
-        if (record.address != line.address)
-            continue;
-        record.name = padCut(line.name, 6);
-        record.group = line.group;
-        record.channel = line.channel;
-        record.channelFreqCode = padCut(line.channelFreqCode, 4);
-        record.manualFreqCode = line.manualFreqCode;
-        record.squelch = line.squelch;
-        record.secondLevel = line.secondLevel;
-        record.manualFreq = line.manualFreq;
-        record.mute = line.mute;
-        QString reply;
-        ctx.link.SendCommand(settingsWriteFrame(record), 4, reply, 250);
-        return i;
-    }
-    return std::nullopt;
 }
 
 QString saveSettingsFile(const QString &path, const QByteArray &content)

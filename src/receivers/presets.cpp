@@ -1,4 +1,4 @@
-#include "detail/presets.h"
+#include "receivers/presets.h"
 
 #include "link/hex.h"
 

@@ -1,4 +1,4 @@
-#include "link/portmapping.h"
+#include "mainscreen/portmapping.h"
 
 #include "core/context.h"
 #include "core/options.h"
@@ -11,7 +11,8 @@ namespace zun {
 
 int setPortMapping(Context &ctx, PortMap &ports)
 {
-    const int current = ctx.state.CommPort >= 1 && ctx.state.CommPort <= 8 ? ctx.state.CommPort : 1;
+    const int current =
+        ctx.bus.options().CommPort >= 1 && ctx.bus.options().CommPort <= 8 ? ctx.bus.options().CommPort : 1;
     QString prompt = QStringLiteral("Map a serial port as COMn=DEVICE, where DEVICE is a device such as "
                                     "/dev/serial/by-id/..., or tcp://HOST:PORT, or rfc2217://HOST:PORT. "
                                     "COMn= alone removes the mapping.\n");
@@ -48,7 +49,7 @@ int applyPortMapping(Context &ctx, PortMap &ports, const QString &answer)
     SerialLine &line = ctx.platform.line;
     if (line.isOpen() && line.portNumber() == n)
         line.close();
-    ctx.state.PortAvailable[n] = line.portExists(n);
+    ctx.bus.options().PortAvailable[std::size_t(n)] = line.portExists(n);
     return n;
 }
 

@@ -1,4 +1,4 @@
-#include "detail/tvregion.h"
+#include "mainscreen/tvregion.h"
 
 #include "core/context.h"
 #include "core/options.h"
@@ -6,26 +6,9 @@
 #include <QAction>
 #include <QMenu>
 
-#include <cmath>
-
 namespace zun {
 
 namespace {
-struct TvBand
-{
-    int region;
-    double low;  // MHz, inclusive
-    double high; // MHz, exclusive
-    double width;
-    int firstChannel;
-};
-
-// Taiwan's plan is also the fallback for any region not listed.
-constexpr TvBand kBands[] = {
-    {TvAustralia, 526, 820, 7, 28}, {TvChina, 470, 566, 8, 13}, {TvChina, 606, 910, 8, 25},
-    {TvEurope, 470, 862, 8, 21},    {TvJapan, 470, 770, 6, 13}, {TvUsa, 470, 890, 6, 14},
-    {TvTaiwan, 470, 890, 6, 14},
-};
 
 struct RegionItem
 {
@@ -37,32 +20,6 @@ constexpr RegionItem kItems[6] = {
     {"mnuTV_Japan", "Japan"},         {"mnuTV_Taiwan", "Taiwan"}, {"mnuTV_USA", "USA"},
 };
 } // namespace
-
-int checkedTvRegion(int region)
-{
-    switch (region) {
-    case TvAustralia:
-    case TvChina:
-    case TvEurope:
-    case TvJapan:
-    case TvUsa:
-        return region;
-    default:
-        return TvTaiwan;
-    }
-}
-
-QString TvChannel(int region, double mhz)
-{
-    const int plan = checkedTvRegion(region);
-    for (const TvBand &band : kBands) {
-        if (band.region != plan || !(mhz >= band.low && mhz < band.high))
-            continue;
-        const double channel = std::floor((mhz - band.low) / band.width) + band.firstChannel;
-        return QString::number(static_cast<int>(channel));
-    }
-    return {};
-}
 
 TvRegionItems addTvRegionMenu(QMenu *menu, Context &ctx)
 {

@@ -1,8 +1,8 @@
 #include "alarms/alarmlistwindow.h"
-#include "alarms/monitoring.h"
 #include "alarms/receiverlisteners.h"
 #include "link/ports.h"
 #include "mainscreen/frmmain.h"
+#include "mainscreen/monitoring.h"
 #include "mainscreen/rcvpanel.h"
 #include "support/testbed.h"
 
@@ -40,8 +40,9 @@ private slots:
     {
         TestBed bed;
         bed.attachReceivers(1, {4, 9});
-        bed.ctx.state.CommPort = 1;
-        FindCommPorts(bed.ctx);
+        LineOptions &options = bed.ctx.bus.options();
+        options.CommPort = 1;
+        FindCommPorts(bed.line, bed.dialogs, options.PortAvailable, options.CommPort);
         FrmMain main(bed.ctx);
         main.load();
         Monitoring &monitoring = *main.monitoring();
@@ -55,7 +56,7 @@ private slots:
         QVERIFY(monitoring.showLog().isLogging());
 
         ReceiverStatus status;
-        status.address = bed.ctx.state.receivers.at(1).address;
+        status.address = bed.ctx.bus.record(1).address;
         status.name = QStringLiteral("B-MIC");
         emit source.wentOffline(status);
         RcvPanel *panel = main.panel(1);

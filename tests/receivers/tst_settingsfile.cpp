@@ -1,11 +1,11 @@
-#include "core/receiverrecord.h"
-#include "link/ports.h"
-#include "mainscreen/settingsfile.h"
+#include "receivers/settingsfile.h"
 #include "support/testbed.h"
 
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <numeric>
 
 using namespace zun;
 
@@ -34,10 +34,15 @@ private slots:
         };
         for (int round = 0; round < 20; ++round) {
             TestBed bed;
-            bed.attachSilentPort(1);
-            bed.ctx.state.Retry = 0;
-            bed.ctx.state.CommPort = 1;
-            openLine(bed.ctx);
+            std::vector<int> all(64);
+            std::iota(all.begin(), all.end(), 1);
+            bed.attachReceivers(1, all);
+            bed.ctx.bus.options().CommPort = 1;
+            bed.ctx.bus.openLine();
+            bed.ctx.bus.resizeTable(64);
+            bed.ctx.bus.CheckReceivers();
+            bed.ctx.bus.options().Retry = 0; // a receiver may refuse odd bytes; one frame each
+            bed.line.clearWritten();
             QList<ReceiverRecord> records;
             QStringList writes;
             for (int address = 1; address <= 64; ++address) {
@@ -59,12 +64,10 @@ private slots:
                               hex(r.squelch, 2) + hex(r.secondLevel, 2) +
                               QString::number(r.manualFreq + 2 * r.mute) + "\r";
             }
-            bed.ctx.state.receivers.assign(records.begin(), records.end());
-            bed.ctx.state.foundCount = 64;
             const SettingsParse loaded = parseSettings(formatSettings(records));
             QCOMPARE(loaded.error, QString());
             for (const SettingsLine &line : loaded.lines)
-                QVERIFY(programReceiver(bed.ctx, line));
+                QVERIFY(bed.ctx.bus.programReceiver(line));
             QCOMPARE(bed.framesSent(), writes);
         }
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "alarms/alarmengine.h"
+#include "alarms/receiverlisteners.h"
 #include "platform/walltime.h"
 #include "showlog/showlog.h"
 
@@ -67,5 +68,11 @@ private:
     QSet<int> m_flashing; // addresses with alarms nobody acknowledged
     bool m_flashPhase = false;
 };
+
+// The main screen's monitoring on the receiver layer: connectMonitoring(&bus, *frmMain.monitoring()).
+template <typename Source> void connectMonitoring(const Source *source, Monitoring &monitoring)
+{
+    connectMonitoring(source, &monitoring.alarms(), &monitoring.showLog());
+}
 
 } // namespace zun

@@ -1,4 +1,4 @@
-#include "core/leveltable.h"
+#include "receivers/leveltable.h"
 
 #include <algorithm>
 #include <cmath>

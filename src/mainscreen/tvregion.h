@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/tvchannels.h"
+
 #include <QString>
 
 #include <array>
@@ -10,16 +12,6 @@ class QMenu;
 namespace zun {
 
 struct Context;
-
-// The region values the "TVtype" setting holds.
-enum TvRegion { TvAustralia = 0, TvChina = 1, TvEurope = 2, TvJapan = 3, TvTaiwan = 4, TvUsa = 5 };
-
-// The TV channel a frequency falls in under a region's channel plan, as
-// decimal text; empty outside every band. Unknown regions use Taiwan's plan.
-QString TvChannel(int region, double mhz);
-
-// The region whose menu item carries the check mark: unknown values fall to Taiwan.
-int checkedTvRegion(int region);
 
 // The six region items of the option menu, in region order.
 using TvRegionItems = std::array<QAction *, 6>;

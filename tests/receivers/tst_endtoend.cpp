@@ -2,12 +2,11 @@
 // the wall clock: what the program does against receivers it cannot see inside.
 #include "core/context.h"
 #include "core/workloop.h"
-#include "link/detection.h"
 #include "link/ports.h"
-#include "link/transaction.h"
 #include "mainscreen/frmmain.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
+#include "receivers/replies.h"
 
 #include <QAbstractEventDispatcher>
 #include <QAction>
@@ -83,25 +82,13 @@ double cpuSeconds()
 }
 
 // The program's own loop with the main screen's steps, for millis of wall time.
-void runProgram(FrmMain &main, AppState &state, int millis)
+void runProgram(FrmMain &main, ReceiverBus &bus, int millis)
 {
-    WorkLoop loop(state);
+    WorkLoop loop(bus);
     main.installSteps(loop);
     QTimer::singleShot(millis, [&loop] { loop.stop(); });
     loop.run();
 }
-
-class CountingProgress final : public DetectionProgress
-{
-public:
-    void begin(const QString &text) override { message = text; }
-    void setProgress(int address) override { addresses << address; }
-    bool skipRequested() const override { return false; }
-    void end() override { ++ends; }
-    QString message;
-    QList<int> addresses;
-    int ends = 0;
-};
 
 int framesInLog(const QString &path, const QByteArray &frame)
 {
@@ -142,40 +129,39 @@ private slots:
         ScriptedDialogs dialogs;
         FakeDesktop desktop;
         Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-        ctx.state.Retry = 0;
-        ctx.state.CommPort = 1;
-        ctx.state.Baudrate = 115200;
-        openLine(ctx);
+        ctx.bus.options().Retry = 0;
+        ctx.bus.options().CommPort = 1;
+        ctx.bus.options().Baudrate = 115200;
+        ctx.bus.openLine();
         QVERIFY(line.isOpen() && line.portNumber() == 1);
 
         QString reply;
-        QVERIFY(ctx.link.SendCommand("%03M\r", 41, reply, 250));
+        QVERIFY(ctx.bus.link().SendCommand("%03M\r", 41, reply, 250));
         const auto identity = parseIdentification(reply, 3);
         QVERIFY2(reply.size() == 41 && identity.has_value(), qPrintable(reply));
         QCOMPARE(identity->name, "VOCAL1");
-        QVERIFY(ctx.link.SendCommand("%03N\r", 12, reply, 250));
+        QVERIFY(ctx.bus.link().SendCommand("%03N\r", 12, reply, 250));
         QVERIFY2(QRegularExpression("^\\$03[0-9A-F]{8}\r$").match(reply).hasMatch(), qPrintable(reply));
 
         QElapsedTimer silence;
         silence.start();
-        QVERIFY(!ctx.link.SendCommand("%05N\r", 12, reply, 100));
+        QVERIFY(!ctx.bus.link().SendCommand("%05N\r", 12, reply, 100));
         QVERIFY2(reply.isEmpty() && silence.elapsed() >= 100, qPrintable(QString::number(silence.elapsed())));
 
-        ctx.state.receivers.assign(64, ReceiverRecord{});
-        CountingProgress progress;
-        QVERIFY(CheckReceivers(ctx, progress));
-        QCOMPARE(ctx.state.foundCount, 2);
-        QCOMPARE(QList<int>({ctx.state.receivers[0].address, ctx.state.receivers[1].address}),
-                 QList<int>({3, 7}));
-        QVERIFY(ctx.state.receivers[0].online && ctx.state.receivers[1].online);
-        QCOMPARE(ctx.state.receivers[1].name, "VOCAL2");
-        QCOMPARE(progress.message, "Checking Connected Receivers --> COM1");
-        QVERIFY(progress.addresses.size() == 64 && progress.ends == 1);
+        ctx.bus.resizeTable(64);
+        int asked = 0;
+        QObject::connect(&ctx.bus, &ReceiverBus::detectionProgress, [&] { ++asked; });
+        QVERIFY(ctx.bus.CheckReceivers());
+        QCOMPARE(ctx.bus.foundCount(), 2);
+        QCOMPARE(QList<int>({ctx.bus.record(0).address, ctx.bus.record(1).address}), QList<int>({3, 7}));
+        QVERIFY(ctx.bus.record(0).online && ctx.bus.record(1).online);
+        QCOMPARE(ctx.bus.record(1).name, "VOCAL2");
+        QCOMPARE(asked, 64);
         QCOMPARE(settings.get("KESTA_ZUN", "MSComm", "CommPort"), "1");
 
         // What the exit says before the program ends.
         for (int i = 0; i < 3; ++i)
-            QVERIFY(ctx.link.SendCommand("#00A0\r", 0, reply, 50));
+            QVERIFY(ctx.bus.link().SendCommand("#00A0\r", 0, reply, 50));
         QTRY_COMPARE_WITH_TIMEOUT(framesInLog(logPath, "#00A0"), 3, 3000);
         QCOMPARE(framesInLog(logPath, "%03M"), 2);
         QCOMPARE(framesInLog(logPath, "#00A1"), 3);
@@ -211,24 +197,25 @@ private slots:
         ScriptedDialogs dialogs;
         FakeDesktop desktop;
         Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-        ctx.state.Retry = 0;
-        ctx.state.CommPort = 1;
-        ctx.state.Baudrate = 115200;
-        QVERIFY(FindCommPorts(ctx));
+        LineOptions &options = ctx.bus.options();
+        options.Retry = 0;
+        options.CommPort = 1;
+        options.Baudrate = 115200;
+        QVERIFY(FindCommPorts(line, dialogs, options.PortAvailable, options.CommPort));
         FrmMain main(ctx);
         main.load();
-        QCOMPARE(ctx.state.foundCount, 2);
-        runProgram(main, ctx.state, 200);
-        QVERIFY(ctx.state.receivers[0].online && ctx.state.receivers[1].online);
+        QCOMPARE(ctx.bus.foundCount(), 2);
+        runProgram(main, ctx.bus, 200);
+        QVERIFY(ctx.bus.record(0).online && ctx.bus.record(1).online);
 
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the serial device COM1"));
         sim->process.kill();
         QVERIFY(sim->process.waitForFinished(3000));
-        runProgram(main, ctx.state, 300);
+        runProgram(main, ctx.bus, 300);
         QVERIFY(!line.isOpen());
-        QVERIFY(!ctx.state.receivers[0].online && !ctx.state.receivers[1].online);
+        QVERIFY(!ctx.bus.record(0).online && !ctx.bus.record(1).online);
         QString reply;
-        QVERIFY(!ctx.link.SendCommand("%03N\r", 12, reply, 250) && reply.isEmpty());
+        QVERIFY(!ctx.bus.link().SendCommand("%03N\r", 12, reply, 250) && reply.isEmpty());
 
         // Left alone, the program sleeps: only the blink timer wakes it. A dead
         // port left open would wake it without pause.
@@ -236,7 +223,7 @@ private slots:
         const auto counter = connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
                                      [&wakeups] { ++wakeups; });
         const double cpuBefore = cpuSeconds();
-        runProgram(main, ctx.state, 3000);
+        runProgram(main, ctx.bus, 3000);
         const double cpu = cpuSeconds() - cpuBefore;
         disconnect(counter);
         qInfo("idle after the unplug: %d event-loop wakeups, %.1f ms CPU in 3 s (%.2f %% of a core)", wakeups,
@@ -248,9 +235,9 @@ private slots:
         const QString again = startSimulator(*sim, {"--receivers", "3,7"});
         QVERIFY(!again.isEmpty() && QFile::remove(alias) && QFile::link(again, alias));
         main.action(command)->trigger();
-        QCOMPARE(ctx.state.foundCount, 2);
-        QVERIFY(line.isOpen() && ctx.state.receivers[0].online && ctx.state.receivers[1].online);
-        QVERIFY(ctx.link.SendCommand("%07N\r", 12, reply, 250));
+        QCOMPARE(ctx.bus.foundCount(), 2);
+        QVERIFY(line.isOpen() && ctx.bus.record(0).online && ctx.bus.record(1).online);
+        QVERIFY(ctx.bus.link().SendCommand("%07N\r", 12, reply, 250));
     }
 };
 

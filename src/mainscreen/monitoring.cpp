@@ -1,4 +1,4 @@
-#include "alarms/monitoring.h"
+#include "mainscreen/monitoring.h"
 
 #include "alarms/alarmlistwindow.h"
 #include "core/context.h"

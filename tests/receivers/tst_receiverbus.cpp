@@ -1,0 +1,354 @@
+#include "receivers/receiverbus.h"
+#include "support/testbed.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace zun;
+
+namespace {
+// The layer alone on the simulated line: no window, the virtual clock.
+struct Rig
+{
+    explicit Rig(const std::vector<int> &addresses, int port = 1)
+    {
+        if (!addresses.empty())
+            sim = &bed.attachReceivers(port, addresses);
+        bus.options().CommPort = port;
+        for (int n = 1; n <= 8; ++n)
+            bus.options().PortAvailable[std::size_t(n)] = bed.line.portExists(n);
+        bus.resizeTable(64);
+        QObject::connect(&bus, &ReceiverBus::exchanged, [this](const ExchangeRecord &r) { log << r; });
+    }
+    // Detects, then forgets the frames so far.
+    void detect()
+    {
+        bus.detectReceivers();
+        bed.line.clearWritten();
+        log.clear();
+    }
+    QStringList frames() const { return bed.framesSent(); }
+
+    TestBed bed;
+    SimBus *sim = nullptr;
+    ReceiverBus bus{bed.clock, bed.line, bed.settings, bed.desktop};
+    QList<ExchangeRecord> log;
+};
+} // namespace
+
+class TestReceiverBus : public QObject
+{
+    Q_OBJECT
+private slots:
+    void detectionFillsTheTableInAddressOrder_data()
+    {
+        QTest::addColumn<std::vector<int>>("addresses");
+        QTest::addColumn<int>("skipAfter");
+        QTest::addColumn<QList<int>>("found");
+        QTest::newRow("3 and 64") << std::vector<int>{64, 3} << 0 << QList<int>{3, 64};
+        QTest::newRow("skip after 10 keeps what was found")
+            << std::vector<int>{2, 9, 15} << 10 << QList<int>{2, 9};
+        QTest::newRow("nobody before the skip") << std::vector<int>{20} << 10 << QList<int>{};
+    }
+    void detectionFillsTheTableInAddressOrder()
+    {
+        QFETCH(std::vector<int>, addresses);
+        QFETCH(int, skipAfter);
+        QFETCH(QList<int>, found);
+        Rig rig(addresses);
+        int last = 0;
+        QObject::connect(&rig.bus, &ReceiverBus::detectionProgress, [&](int address) { last = address; });
+        rig.bus.setSkipCheck([&] { return skipAfter > 0 && last >= skipAfter; });
+        QSignalSpy started(&rig.bus, &ReceiverBus::detectionStarted);
+        QSignalSpy ended(&rig.bus, &ReceiverBus::detectionEnded);
+        QSignalSpy foundSpy(&rig.bus, &ReceiverBus::receiverFound);
+        rig.bus.openLine();
+
+        QCOMPARE(rig.bus.CheckReceivers(), !found.isEmpty());
+        QVERIFY(started.size() == 1 && started.at(0).at(0).toInt() == 1);
+        QVERIFY(ended.size() == 1 && ended.at(0).at(0).toInt() == found.size());
+        QCOMPARE(foundSpy.size(), found.size());
+        QCOMPARE(rig.bus.foundCount(), found.size());
+        for (int i = 0; i < found.size(); ++i) {
+            QVERIFY(rig.bus.record(i).address == found[i] && rig.bus.record(i).online);
+            QCOMPARE(foundSpy.at(i).at(0).value<ReceiverStatus>().address, found[i]);
+        }
+        QCOMPARE(rig.bed.framesSent("#00A1").size(), 3);
+        QCOMPARE(rig.log.size(), 3 + (skipAfter ? skipAfter : 64));
+        QCOMPARE(rig.bus.workMode(), found.isEmpty() ? WorkMode::Idle : WorkMode::Polling);
+        QCOMPARE(rig.bed.settings.get("KESTA_ZUN", "MSComm", "CommPort"),
+                 found.isEmpty() ? QString() : QString("1"));
+    }
+
+    void detectionFallsBackToThePortWithReceiversAndTakesItsTime()
+    {
+        Rig rig({});
+        rig.bed.attachSilentPort(1);
+        rig.bed.attachReceivers(3, {5, 6});
+        rig.bus.options().PortAvailable = {false, true, false, true};
+        rig.bus.options().Retry = 1;
+        QSignalSpy port(&rig.bus, &ReceiverBus::portChanged);
+
+        QVERIFY(rig.bus.detectReceivers());
+        QCOMPARE(rig.bus.options().CommPort, 3);
+        QVERIFY(port.size() == 1 && port.at(0).at(0).toString() == "COM3");
+        QCOMPARE(rig.bed.settings.get("KESTA_ZUN", "MSComm", "CommPort"), "3");
+        QCOMPARE(rig.bus.foundCount(), 2);
+        // Every silent address costs every attempt, on both ports.
+        const double silent = (64 + 62) * 2 * 0.100 + 6 * 0.050;
+        QVERIFY2(rig.bed.virtualSeconds() > silent && rig.bed.virtualSeconds() < silent + 1.0,
+                 qPrintable(QString::number(rig.bed.virtualSeconds())));
+    }
+
+    void everyExchangeIsReportedWithItsOutcome_data()
+    {
+        QTest::addColumn<int>("fault"); // SimFault
+        QTest::addColumn<int>("result");
+        QTest::addColumn<int>("attempts");
+        QTest::newRow("answered") << int(SimFault::None) << int(ExchangeRecord::Result::Ok) << 1;
+        QTest::newRow("silent") << int(SimFault::NoReply) << int(ExchangeRecord::Result::NoReply) << 3;
+        QTest::newRow("another answers")
+            << int(SimFault::WrongAddress) << int(ExchangeRecord::Result::Garbled) << 1;
+    }
+    void everyExchangeIsReportedWithItsOutcome()
+    {
+        QFETCH(int, fault);
+        QFETCH(int, result);
+        QFETCH(int, attempts);
+        Rig rig({7});
+        rig.detect();
+        if (fault != int(SimFault::None))
+            rig.sim->scriptFaults(7, SimFault(fault), 3);
+        const auto start = rig.bed.clock.nowMicros();
+        rig.bus.AddrCheck(7);
+        QCOMPARE(rig.log.size(), 1);
+        const ExchangeRecord &r = rig.log.first();
+        QVERIFY(r.address == 7 && r.command == 'L');
+        QCOMPARE(int(r.result), result);
+        QCOMPARE(r.attempts, attempts);
+        QCOMPARE(r.startMicros, qint64(start));
+        QCOMPARE(r.roundTripMicros, qint64(rig.bed.clock.nowMicros() - start));
+        QVERIFY(r.roundTripMicros > 0 && r.commandChars == 5);
+        rig.bus.showDisplayMode(2);
+        QVERIFY(rig.log.last().result == ExchangeRecord::Result::Broadcast && rig.log.last().address == 0);
+    }
+
+    void aSilentReceiverLeavesThePollUntilItsNameBringsItBack()
+    {
+        Rig rig({3, 7});
+        rig.detect();
+        QSignalSpy offline(&rig.bus, &ReceiverBus::wentOffline);
+        QSignalSpy back(&rig.bus, &ReceiverBus::cameBack);
+        QSignalSpy levels(&rig.bus, &ReceiverBus::levelsRead);
+        QSignalSpy passes(&rig.bus, &ReceiverBus::passEnded);
+
+        rig.sim->receiver(7)->powered = false;
+        QVERIFY(rig.bus.ReadAllAD());
+        QVERIFY(offline.size() == 1 && offline.at(0).at(0).value<ReceiverStatus>().address == 7);
+        QVERIFY(levels.size() == 1 && levels.at(0).at(0).value<ReceiverStatus>().address == 3);
+        rig.bed.line.clearWritten();
+        rig.bus.ReadAllAD();
+        QCOMPARE(rig.frames(), QStringList{"%03N\r"});
+        QCOMPARE(passes.last().at(0).toInt(), 1);
+
+        QVERIFY(!rig.bus.bringBack(1)); // still silent
+        rig.sim->receiver(7)->powered = true;
+        rig.bed.line.clearWritten();
+        QVERIFY(rig.bus.bringBack(1));
+        QCOMPARE(rig.frames(), (QStringList{"#07A1\r", "%07M\r"}));
+        QVERIFY(back.size() == 1 && rig.bus.record(1).online);
+        QVERIFY(!rig.bus.bringBack(1)); // online: nothing to do
+        rig.bed.line.clearWritten();
+        rig.bus.ReadAllAD();
+        QCOMPARE(rig.frames(), (QStringList{"%03N\r", "%07N\r"}));
+    }
+
+    void operationsSendTheirFramesAndKeepTheRecord_data()
+    {
+        QTest::addColumn<QString>("operation");
+        QTest::addColumn<QStringList>("frames");
+        QTest::addColumn<QString>("record"); // address name mute manual channelCode manualCode
+        QTest::newRow("mute") << "mute" << QStringList{"#05B1\r"} << "5 VOCAL1 1 0 72E2 72E2";
+        QTest::newRow("mute twice") << "mute mute" << QStringList{"#05B1\r", "#05B0\r"}
+                                    << "5 VOCAL1 0 0 72E2 72E2";
+        QTest::newRow("preset") << "preset" << QStringList{"#05D23\r"} << "5 VOCAL1 0 0 7442 72E2";
+        QTest::newRow("tune") << "tune" << QStringList{"#05K7300\r"} << "5 VOCAL1 0 1 72E2 7300";
+        QTest::newRow("name") << "name" << QStringList{"#05CAB+1  \r"} << "5 AB+1   0 0 72E2 72E2";
+        QTest::newRow("address") << "address" << QStringList{"#05L09\r"} << "9 VOCAL1 0 0 72E2 72E2";
+        QTest::newRow("text fields") << "text" << QStringList{"%05A\r", "%05B\r"} << "5 VOCAL1 0 0 72E2 72E2";
+        QTest::newRow("settings file line")
+            << "program" << QStringList{"#05MNEW   13730014203\r"} << "5 NEW    1 1 72BA 7300";
+        QTest::newRow("detail closed") << "close" << QStringList{"#05NS\r"} << "5 VOCAL1 0 0 72E2 72E2";
+        QTest::newRow("goodbye") << "goodbye" << QStringList{"#00A0\r", "#00A0\r", "#00A0\r"}
+                                 << "5 VOCAL1 0 0 72E2 72E2";
+    }
+    void operationsSendTheirFramesAndKeepTheRecord()
+    {
+        QFETCH(QString, operation);
+        QFETCH(QStringList, frames);
+        QFETCH(QString, record);
+        Rig rig({5});
+        rig.detect();
+        rig.bus.openDetail(0);
+        for (const QString &op : operation.split(' ')) {
+            if (op == "mute")
+                rig.bus.toggleMute(0);
+            else if (op == "preset")
+                QCOMPARE(rig.bus.selectPreset(2, 3).value_or("none"), "7442");
+            else if (op == "tune")
+                QVERIFY(rig.bus.tuneManual("7300"));
+            else if (op == "name")
+                QCOMPARE(rig.bus.setName("ab+1"), "AB+1  ");
+            else if (op == "address")
+                rig.bus.changeAddress(9);
+            else if (op == "text")
+                rig.bus.readTextFields();
+            else if (op == "close")
+                rig.bus.closeDetail();
+            else if (op == "goodbye")
+                rig.bus.sayGoodbye();
+            else if (op == "program") {
+                SettingsLine line;
+                line.address = 5;
+                line.name = "NEW";
+                line.group = 1;
+                line.channel = 3;
+                line.squelch = 20;
+                line.secondLevel = 0x20;
+                line.manualFreqCode = "7300";
+                line.channelFreqCode = "72BA";
+                line.manualFreq = line.mute = true;
+                QCOMPARE(rig.bus.programReceiver(line).value_or(-1), 0);
+                line.address = 33;
+                QVERIFY(!rig.bus.programReceiver(line));
+            }
+        }
+        QCOMPARE(rig.frames(), frames);
+        const ReceiverRecord &r = rig.bus.record(0);
+        QCOMPARE(QStringLiteral("%1 %2 %3 %4 %5 %6")
+                     .arg(r.address)
+                     .arg(r.name)
+                     .arg(int(r.mute))
+                     .arg(int(r.manualFreq))
+                     .arg(r.channelFreqCode, r.manualFreqCode),
+                 record);
+    }
+
+    void heldSquelchStepsAfterAPauseAndSendsOnceOnRelease_data()
+    {
+        QTest::addColumn<int>("start");
+        QTest::addColumn<int>("direction");
+        QTest::addColumn<int>("releaseAfter"); // steps, 0: held to the end of the range
+        QTest::addColumn<int>("end");
+        QTest::addColumn<double>("seconds");
+        QTest::newRow("up from 98 stops at 99") << 98 << +1 << 0 << 99 << 0.40;
+        QTest::newRow("at 99 nothing moves") << 99 << +1 << 0 << 99 << 0.40;
+        QTest::newRow("down to 1 repeats every 20 ms") << 11 << -1 << 0 << 1 << 0.40 + 9 * 0.020;
+        QTest::newRow("released after three steps") << 50 << +1 << 3 << 53 << 0.40 + 2 * 0.020;
+    }
+    void heldSquelchStepsAfterAPauseAndSendsOnceOnRelease()
+    {
+        QFETCH(int, start);
+        QFETCH(int, direction);
+        QFETCH(int, releaseAfter);
+        QFETCH(int, end);
+        QFETCH(double, seconds);
+        Rig rig({5});
+        rig.sim->receiver(5)->squelch = start;
+        rig.detect();
+        rig.bus.openDetail(0);
+        int steps = 0;
+        QObject::connect(&rig.bus, &ReceiverBus::receiverChanged, [&] {
+            if (++steps == releaseAfter)
+                rig.bus.squelchReleased();
+            else
+                rig.bus.squelchPressed(direction); // a repeated press is the same gesture
+        });
+        const double before = rig.bed.virtualSeconds();
+        rig.bus.squelchPressed(direction);
+        const double held = rig.bed.virtualSeconds() - before;
+        rig.bus.squelchReleased();
+        rig.bus.squelchReleased();
+        QCOMPARE(rig.bus.record(0).squelch, end);
+        QCOMPARE(rig.frames().size(), 1);
+        QCOMPARE(rig.frames().first(),
+                 QStringLiteral("#05F%1\r").arg(end, 2, 16, QLatin1Char('0')).toUpper());
+        QVERIFY2(held >= seconds && held < seconds + 0.02, qPrintable(QString::number(held)));
+    }
+
+    void kobWaitsForTheReceiverOrTheUser_data()
+    {
+        QTest::addColumn<bool>("userStops");
+        QTest::addColumn<int>("outcome");
+        QTest::newRow("receiver comes back") << false << int(KobPhase::Complete);
+        QTest::newRow("user stops waiting") << true << int(KobPhase::UserAborted);
+    }
+    void kobWaitsForTheReceiverOrTheUser()
+    {
+        QFETCH(bool, userStops);
+        QFETCH(int, outcome);
+        Rig rig({5});
+        rig.sim->receiver(5)->kobMicros = 1000000;
+        rig.detect();
+        rig.bus.openDetail(0);
+        QList<KobPhase> phases;
+        QObject::connect(&rig.bus, &ReceiverBus::kobPhase, [&](KobPhase p) {
+            phases << p;
+            if (userStops && p == KobPhase::Waiting && rig.bus.kobActive())
+                rig.bus.stopKob();
+        });
+        rig.bus.runKob();
+        QVERIFY(!rig.bus.kobActive());
+        QCOMPARE(phases.first(), KobPhase::Started);
+        QCOMPARE(int(phases.at(phases.size() - 2)), outcome);
+        QCOMPARE(phases.last(), KobPhase::Ended);
+        QCOMPARE(rig.frames().first(), "%05O\r");
+        QCOMPARE(rig.bed.framesSent("#05A1").isEmpty(), userStops);
+        QVERIFY(rig.bed.virtualSeconds() > (userStops ? 1.8 : 2.5));
+    }
+
+    void detailReadsCountDropsAndScanStepsTune_data()
+    {
+        QTest::addColumn<QStringList>("replies"); // audio, RF A, RF B, battery
+        QTest::addColumn<QString>("drops");       // A and B counts after them
+        QTest::newRow("A falls once, stays below")
+            << QStringList{"$0599C8F0C1", "$059900F0C1", "$059900F0C1"} << "1 0";
+        QTest::newRow("both fall twice") << QStringList{"$0500000000", "$0500F0F000", "$0500000000"} << "2 2";
+        QTest::newRow("at the squelch is above, under it a drop") << QStringList{"$05060600C1"} << "0 1";
+    }
+    void detailReadsCountDropsAndScanStepsTune()
+    {
+        QFETCH(QStringList, replies);
+        QFETCH(QString, drops);
+        Rig rig({5});
+        rig.sim->receiver(5)->squelch = 0;
+        rig.detect();
+        rig.bus.openDetail(0);
+        rig.bus.drops().run();
+        QSignalSpy dropped(&rig.bus, &ReceiverBus::signalDropped);
+        QSignalSpy sampled(&rig.bus, &ReceiverBus::recorderSampled);
+        for (const QString &reply : replies) {
+            rig.sim->faults().scriptReplacement(5, reply.toLatin1() + '\r');
+            QVERIFY(rig.bus.recorderStep());
+        }
+        QCOMPARE(rig.bus.drops().textA() + ' ' + rig.bus.drops().textB(), drops);
+        QCOMPARE(dropped.size(), drops.split(' ')[0].toInt() + drops.split(' ')[1].toInt());
+        QCOMPARE(sampled.size(), replies.size());
+
+        QSignalSpy points(&rig.bus, &ReceiverBus::scanPointRead);
+        rig.bed.line.clearWritten();
+        const auto point = rig.bus.scanStep(4, 800.1);
+        QVERIFY(point && point->code == "72BE");
+        QCOMPARE(rig.frames(), QStringList{"#05E72BE\r"});
+        QVERIFY(rig.bus.record(0).manualFreq && rig.bus.record(0).manualFreqCode == "72BE");
+        QVERIFY(points.size() == 1 && points.at(0).at(1).toInt() == 4);
+
+        rig.sim->receiver(5)->powered = false;
+        rig.bus.setWorkMode(WorkMode::Scan);
+        QVERIFY(!rig.bus.scanStep(5, 800.125));
+        QCOMPARE(rig.bus.workMode(), WorkMode::Polling);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestReceiverBus)
+#include "tst_receiverbus.moc"
