@@ -114,14 +114,10 @@ private slots:
     {
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("script");
-        QTest::newRow("battery") << "Battery"
-                                 << "0 bat0";
-        QTest::newRow("RF") << "RFLow"
-                            << "0 rfA0; 3000 rfA0";
-        QTest::newRow("offline") << "Offline"
-                                 << "0 off";
-        QTest::newRow("clipping") << "Clipping"
-                                  << "0 clip; 900 clip";
+        QTest::newRow("battery") << QStringLiteral("Battery") << "0 bat0";
+        QTest::newRow("RF") << QStringLiteral("RFLow") << "0 rfA0; 3000 rfA0";
+        QTest::newRow("offline") << QStringLiteral("Offline") << "0 off";
+        QTest::newRow("clipping") << QStringLiteral("Clipping") << "0 clip; 900 clip";
     }
     void switchedOff()
     {
@@ -162,8 +158,7 @@ private slots:
         engine.onWentOffline(receiver(9));
         clock.advanceMillis(300);
         engine.acknowledge(3);
-        QVERIFY(!engine.hasUnacknowledged(3));
-        QVERIFY(engine.hasUnacknowledged(9));
+        QVERIFY(!engine.hasUnacknowledged(3) && engine.hasUnacknowledged(9));
         engine.onCameBack(receiver(3));
         engine.onWentOffline(receiver(3));
         QVERIFY(engine.hasUnacknowledged(3));

@@ -2,11 +2,9 @@
 #include "support/fakereceiverbus.h"
 #include "support/netsupport.h"
 
-#include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QTcpSocket>
 #include <QTest>
 
 using namespace zun;
@@ -61,23 +59,14 @@ void TestMqttFeed::publishesToARealBroker()
     FakeReceiverBus bus;
     auto hub = std::unique_ptr<FeedHub>(attachFeeds(options, &bus, &bus));
 
-    // The broker is not there yet: the polling side must not notice.
+    // The broker is not there yet: the feed says so and keeps trying.
     const ReceiverStatus quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü\\"));
-    QElapsedTimer t;
-    t.start();
-    for (int i = 0; i < 1000; ++i)
-        emit bus.levelsRead(quoted);
-    qInfo("levelsRead with the broker down: %.2f us per signal", t.nsecsElapsed() / 1e6);
+    emit bus.levelsRead(quoted);
     QTRY_VERIFY(hub->statusText().startsWith(QStringLiteral("MQTT: disconnected · MQTT: 127.0.0.1:")));
 
     QProcess broker;
     broker.start(QStringLiteral("mosquitto"), {"-p", QString::number(port)});
-    const auto brokerUp = [port] {
-        QTcpSocket probe;
-        probe.connectToHost(QHostAddress::LocalHost, port);
-        return probe.waitForConnected(100);
-    };
-    QTRY_VERIFY(brokerUp());
+    QTRY_VERIFY(acceptsConnections(port));
     Subscriber sub(port);
     bus.replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), quoted});
     // The feed finds the broker on its own, with back-off.

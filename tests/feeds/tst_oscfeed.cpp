@@ -56,7 +56,6 @@ class TestOscFeed : public QObject
     Q_OBJECT
 private slots:
     void liveStateReachesAReceiver();
-    void bundlesAreRateLimited();
 };
 
 void TestOscFeed::liveStateReachesAReceiver()
@@ -91,20 +90,9 @@ void TestOscFeed::liveStateReachesAReceiver()
     QVERIFY(!rx.messages.contains(QStringLiteral("/zunoria/rx/03/name s Vox \"1\" ü")));
     QTRY_VERIFY_WITH_TIMEOUT(
         hub->statusText().contains(QStringLiteral("cannot find host no-such-host.invalid")), 30000);
-}
 
-void TestOscFeed::bundlesAreRateLimited()
-{
-    OscReceiver rx;
-    FeedOptions options;
-    options.oscTargets = {{QStringLiteral("127.0.0.1"), rx.port()}};
-    FakeReceiverBus bus;
-    attachFeeds(options, &bus);
-    bus.replayDetection({FakeReceiverBus::receiver(5, QStringLiteral("A"))});
-    rx.pump(100);
+    // A pass every millisecond for half a second: far more bundles than the limit lets through.
     rx.messages.clear();
-
-    // A pass every millisecond for half a second: far more than 20 a second.
     QElapsedTimer t;
     t.start();
     while (t.elapsed() < 500) {
@@ -112,7 +100,7 @@ void TestOscFeed::bundlesAreRateLimited()
         rx.pump(1);
     }
     rx.pump(OscFeed::kMinBundleIntervalMs * 2);
-    const qint64 bundles = rx.messages.count(QStringLiteral("/zunoria/rx/05/online T"));
+    const qint64 bundles = rx.messages.count(QStringLiteral("/zunoria/rx/01/online T"));
     QVERIFY2(bundles >= 2 && bundles <= t.elapsed() / OscFeed::kMinBundleIntervalMs + 1,
              qPrintable(QStringLiteral("%1 bundles in %2 ms").arg(bundles).arg(t.elapsed())));
 }

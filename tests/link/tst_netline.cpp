@@ -11,7 +11,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -35,13 +34,6 @@ struct Child
     }
     QProcess process;
 };
-
-bool acceptsConnections(quint16 port)
-{
-    QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, port);
-    return socket.waitForConnected(200);
-}
 
 // The speed the far side set on the pseudo-terminal, as stty would show it.
 speed_t ptySpeed(const QString &device)
@@ -95,13 +87,10 @@ private slots:
         QTest::addColumn<QString>("scheme");
         QTest::addColumn<QString>("accepter");
         QTest::addColumn<bool>("portControl");
-        QTest::newRow("raw") << "tcp"
-                             << "tcp" << false;
-        QTest::newRow("rfc2217") << "rfc2217"
-                                 << "telnet(rfc2217),tcp" << true;
+        QTest::newRow("raw") << QString("tcp") << "tcp" << false;
+        QTest::newRow("rfc2217") << QString("rfc2217") << "telnet(rfc2217),tcp" << true;
         // A Telnet server without the option: raw data, one warning.
-        QTest::newRow("rfc2217 refused") << "rfc2217"
-                                         << "telnet,tcp" << false;
+        QTest::newRow("rfc2217 refused") << QString("rfc2217") << "telnet,tcp" << false;
     }
     void throughSer2net()
     {

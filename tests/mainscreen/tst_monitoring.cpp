@@ -4,6 +4,7 @@
 #include "mainscreen/frmmain.h"
 #include "mainscreen/monitoring.h"
 #include "mainscreen/rcvpanel.h"
+#include "support/fakereceiverbus.h"
 #include "support/testbed.h"
 
 #include <QAction>
@@ -12,23 +13,6 @@
 #include <QtTest>
 
 using namespace zun;
-
-namespace {
-// A stand-in for the receiver layer with the signals listeners subscribe to.
-class FakeReceiverSource : public QObject
-{
-    Q_OBJECT
-signals:
-    void receiverFound(const zun::ReceiverStatus &status);
-    void receiverChanged(const zun::ReceiverStatus &status);
-    void levelsRead(const zun::ReceiverStatus &status);
-    void wentOffline(const zun::ReceiverStatus &status);
-    void cameBack(const zun::ReceiverStatus &status);
-    void scanPointRead(int address, int index, double frequencyMHz, int rfA, int rfB);
-    void recorderSampled(int address, int rfA, int rfB);
-    void signalDropped(int address, QChar antenna, int count);
-};
-} // namespace
 
 class TstMonitoring : public QObject
 {
@@ -46,7 +30,7 @@ private slots:
         FrmMain main(bed.ctx);
         main.load();
         Monitoring &monitoring = *main.monitoring();
-        FakeReceiverSource source;
+        FakeReceiverBus source;
         connectMonitoring(&source, monitoring);
 
         QTemporaryDir dir;

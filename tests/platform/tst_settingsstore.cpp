@@ -34,32 +34,16 @@ private slots:
 
     void roundTrip_data()
     {
-        QTest::addColumn<QString>("section");
-        QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("value");
-        QTest::newRow("line settings") << "MSComm"
-                                       << "Settings"
-                                       << "115200,N,8,1";
-        QTest::newRow("empty") << "Function"
-                               << "MainKOB"
-                               << "";
-        QTest::newRow("blanks kept") << "Function"
-                                     << "Name"
-                                     << "  padded  ";
-        QTest::newRow("at sign") << "Function"
-                                 << "Odd"
-                                 << "@Variant(junk)";
-        QTest::newRow("quotes, semicolon") << "Function"
-                                           << "Quote"
-                                           << "a \"b\"; c = d";
-        QTest::newRow("non-ascii") << "Function"
-                                   << "Text" << QStringLiteral("Bühne 2 – ä");
+        QTest::newRow("line settings, commas") << "115200,N,8,1";
+        QTest::newRow("empty") << "";
+        QTest::newRow("at sign") << "@Variant(junk)";
+        QTest::newRow("blanks, quotes, non-ascii") << QStringLiteral("  a \"b\"; c = d Bühne – ä  ");
     }
     void roundTrip()
     {
-        QFETCH(QString, section);
-        QFETCH(QString, key);
         QFETCH(QString, value);
+        const QString section = "MSComm", key = "Settings";
 
         FileSettingsStore store;
         store.save(kApp, section, key, "old");
@@ -86,24 +70,19 @@ private slots:
                  QStringList{app + ".ini"});
     }
 
-    void damagedFileReadsEmpty_data()
+    // Garbage reads as empty (values of every kind are covered at start-up); a file damaged only in
+    // part may yield whatever text survives. Either way a save over the damage lands.
+    void damagedFile_data()
     {
         QTest::addColumn<QByteArray>("contents");
-        // Garbage must read as empty; a file damaged only in part may yield
-        // whatever text survives, as long as reading and saving still work.
         QTest::addColumn<bool>("garbage");
-
         QByteArray binary(4096, '\0');
         for (int i = 0; i < binary.size(); ++i)
             binary[i] = char((i * 131 + 7) & 0xff);
         QTest::newRow("binary") << binary << true;
-        QTest::newRow("no section") << QByteArray("Baudrate=115200\n") << true;
-        QTest::newRow("bad variant") << QByteArray("[MSComm]\nBaudrate=@Variant(\\0\\0\\0\\x7f\\xff)\n")
-                                     << true;
-        QTest::newRow("list") << QByteArray("[MSComm]\nBaudrate=115200, 9600\n") << true;
         QTest::newRow("cut section") << QByteArray("[MSComm\nBaudrate=115") << false;
     }
-    void damagedFileReadsEmpty()
+    void damagedFile()
     {
         QFETCH(QByteArray, contents);
         QFETCH(bool, garbage);
@@ -114,14 +93,11 @@ private slots:
         QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
         f.write(contents);
         f.close();
-
-        if (QByteArray(QTest::currentDataTag()) == "bad variant")
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("QVariant::load")));
         FileSettingsStore store;
         if (garbage)
             QCOMPARE(store.get(app, "MSComm", "Baudrate"), QString());
         QCOMPARE(store.get(app, "Function", "TVtype"), QString());
-        store.save(app, "Function", "TVtype", "2"); // a save over the damage still lands
+        store.save(app, "Function", "TVtype", "2");
         QCOMPARE(store.get(app, "Function", "TVtype"), "2");
     }
 

@@ -52,14 +52,10 @@ private slots:
         QTest::addColumn<int>("variant");
         QTest::addColumn<QString>("locale");
         QTest::addColumn<QString>("secondLine");
-        QTest::newRow("plain, German locale keeps dots") << 0 << "de_DE"
-                                                         << "812.525,-63.4";
-        QTest::newRow("plain, C locale") << 0 << "C"
-                                         << "812.525,-63.4";
-        QTest::newRow("spreadsheet, German decimal comma") << 1 << "de_DE"
-                                                           << "800,000;-107,0";
-        QTest::newRow("spreadsheet, English decimal dot") << 1 << "en_US"
-                                                          << "800.000;-107.0";
+        QTest::newRow("plain, German locale keeps dots") << 0 << QString("de_DE") << "812.525,-63.4";
+        QTest::newRow("plain, C locale") << 0 << QString("C") << "812.525,-63.4";
+        QTest::newRow("spreadsheet, German decimal comma") << 1 << QString("de_DE") << "800,000;-107,0";
+        QTest::newRow("spreadsheet, English decimal dot") << 1 << QString("en_US") << "800.000;-107.0";
     }
     void csvRoundTrip()
     {

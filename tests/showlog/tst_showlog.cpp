@@ -33,6 +33,14 @@ ReceiverStatus status()
     return s;
 }
 
+// A log on a virtual clock that reads 0 at the anchor.
+struct Bench
+{
+    VirtualClock clock;
+    WallTime wall{clock, anchor()};
+    ShowLog log{wall};
+};
+
 QStringList linesOf(const QString &path)
 {
     QFile f(path);
@@ -65,14 +73,13 @@ private slots:
         QFETCH(QString, event);
         QLocale::setDefault(QLocale(QStringLiteral("de_DE")));
         QTemporaryDir dir;
-        VirtualClock clock;
-        WallTime wall(clock, anchor());
-        ShowLog log(wall);
+        Bench b;
+        ShowLog &log = b.log;
         const QString path = dir.filePath(QStringLiteral("show.csv"));
         QString error;
         QVERIFY2(log.start(path, &error), qPrintable(error));
         log.onReceiverFound(status());
-        clock.advanceMillis(1234);
+        b.clock.advanceMillis(1234);
         if (event == QLatin1String("level"))
             log.onLevelsRead(status());
         else if (event == QLatin1String("scan"))
@@ -91,9 +98,8 @@ private slots:
     void flushedWithinASecond()
     {
         QTemporaryDir dir;
-        VirtualClock clock;
-        WallTime wall(clock, anchor());
-        ShowLog log(wall);
+        Bench b;
+        ShowLog &log = b.log;
         const QString path = dir.filePath(QStringLiteral("show.csv"));
         QVERIFY(log.start(path, nullptr));
         log.onLevelsRead(status());
@@ -107,13 +113,16 @@ private slots:
         QCOMPARE(linesOf(path).size(), 3);
     }
 
-    // /dev/full takes the open and fails every write, as a full disk does.
-    void fullDiskStopsOnceWithOneMessage()
+    // A missing folder is refused at once; /dev/full takes the open and fails every write, as a full disk
+    // does.
+    void unwritableOrFullDisk()
     {
-        VirtualClock clock;
-        WallTime wall(clock, anchor());
-        ShowLog log(wall);
+        Bench b;
+        ShowLog &log = b.log;
         QSignalSpy failed(&log, &ShowLog::failed);
+        QString error;
+        QVERIFY(!log.start(QStringLiteral("/nonexistent-folder/show.csv"), &error));
+        QVERIFY(!error.isEmpty() && !log.isLogging());
         QVERIFY(log.start(QStringLiteral("/dev/full"), nullptr));
         log.onLevelsRead(status());
         QVERIFY(!log.writer().flush());
@@ -126,17 +135,6 @@ private slots:
         const QString message = failed.at(0).at(0).toString();
         QVERIFY2(message.contains(QStringLiteral("/dev/full")) && message.contains(QStringLiteral("stopped")),
                  qPrintable(message));
-    }
-
-    void unwritablePathIsRefused()
-    {
-        VirtualClock clock;
-        WallTime wall(clock, anchor());
-        ShowLog log(wall);
-        QString error;
-        QVERIFY(!log.start(QStringLiteral("/nonexistent-folder/show.csv"), &error));
-        QVERIFY(!error.isEmpty());
-        QVERIFY(!log.isLogging());
     }
 };
 
