@@ -1,3 +1,5 @@
+#include "bushealth/bushealthmodel.h"
+#include "bushealth/bushealthwindow.h"
 #include "core/context.h"
 #include "core/startup.h"
 #include "core/workloop.h"
@@ -16,6 +18,9 @@
 #include <QCommandLineParser>
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QMenu>
+#include <QPointer>
+#include <QStatusBar>
 
 #include <cstdio>
 #include <cstdlib>
@@ -31,9 +36,8 @@ struct Options
     QString settingsFile;
 };
 
-Options parseArguments(const QCoreApplication &app)
+void parseArguments(const QCoreApplication &app, QCommandLineParser &parser, Options &options)
 {
-    QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Watches and adjusts wireless audio receivers on one serial line.\n\n"
         "Serial ports COM1..COM8 map to devices by --port, else by the key Ports/COMn in\n"
@@ -46,12 +50,14 @@ Options parseArguments(const QCoreApplication &app)
                                   QStringLiteral("Run on 64 built-in simulated receivers on COM1."));
     parser.addOption(demo);
     parser.addOption(zun::PortMap::commandLineOption());
+    parser.addOptions(zun::feedCommandLineOptions());
     parser.addPositionalArgument(QStringLiteral("file"),
                                  QStringLiteral("A receiver settings file (.zun), offered for loading once "
                                                 "the receivers are found."),
                                  QStringLiteral("[file]"));
     parser.process(app);
-    return {parser.isSet(demo), parser.values(QStringLiteral("port")), parser.positionalArguments().value(0)};
+    options = {parser.isSet(demo), parser.values(QStringLiteral("port")),
+               parser.positionalArguments().value(0)};
 }
 
 // Help and version must print on a console without a display.
@@ -77,14 +83,18 @@ int main(int argc, char *argv[])
     if (onlyPrints(argc, argv)) {
         QCoreApplication console(argc, argv);
         nameApplication();
-        parseArguments(console); // prints and ends the process
+        QCommandLineParser parser;
+        Options unused;
+        parseArguments(console, parser, unused); // prints and ends the process
         return 0;
     }
     QElapsedTimer sinceStart;
     sinceStart.start();
     QApplication app(argc, argv);
     nameApplication();
-    const Options options = parseArguments(app);
+    QCommandLineParser parser;
+    Options options;
+    parseArguments(app, parser, options);
 
     zun::SystemClock clock;
     zun::FileSettingsStore fileSettings;
@@ -122,8 +132,18 @@ int main(int argc, char *argv[])
         return new zun::RfTools(c, host, parent);
     };
     zun::WorkLoop loop(ctx.bus);
-    // The stored feeds listen to the receiver layer from the first detection on.
-    zun::attachFeeds(zun::loadFeedOptions(settings, QStringLiteral("KESTA_ZUN")), &ctx.bus, &app);
+    // The feeds listen to the receiver layer from the first detection on;
+    // the command line switches them on for this run only.
+    QString feedError;
+    const auto feedOptions = zun::applyFeedArguments(
+        parser, zun::loadFeedOptions(settings, QStringLiteral("KESTA_ZUN")), &feedError);
+    if (!feedOptions) {
+        std::fprintf(stderr, "zunoria: %s\n", qPrintable(feedError));
+        return 2;
+    }
+    zun::FeedHub *feeds = zun::attachFeeds(*feedOptions, &ctx.bus, &app);
+    zun::BusHealthModel busHealth;
+    zun::connectBusHealth(&ctx.bus, &busHealth);
     // Every setting is on disk the moment it is saved, so the process can end at once.
     ctx.endProgram = [] { std::_Exit(0); };
 
@@ -137,7 +157,23 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "zunoria: main window shown after %lld ms, load %lld ms\n",
                      static_cast<long long>(sinceStart.elapsed()),
                      static_cast<long long>(windows.loadMillis()));
-    windows.mainWindow()->installSteps(loop);
+    zun::FrmMain *mainWindow = windows.mainWindow();
+    if (!feeds->statusText().isEmpty())
+        mainWindow->statusBar()->showMessage(feeds->statusText());
+    QObject::connect(feeds, &zun::FeedHub::statusTextChanged, mainWindow,
+                     [mainWindow](const QString &text) { mainWindow->statusBar()->showMessage(text); });
+    if (auto *receiverMenu = mainWindow->findChild<QMenu *>(QStringLiteral("mnuReceiver"))) {
+        QAction *health = receiverMenu->addAction(QStringLiteral("&Bus Health..."));
+        health->setObjectName(QStringLiteral("mnuBusHealth"));
+        QPointer<QWidget> window;
+        QObject::connect(health, &QAction::triggered, mainWindow, [&busHealth, mainWindow, window]() mutable {
+            if (!window)
+                window = zun::createBusHealthWindow(&busHealth, mainWindow);
+            window->show();
+            window->raise();
+        });
+    }
+    mainWindow->installSteps(loop);
     loop.run();
     return 0;
 }
