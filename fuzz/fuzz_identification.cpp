@@ -1,6 +1,5 @@
-// The identification reply to "M" into a receiver record.
-#include "core/receiverrecord.h"
-#include "link/detection.h"
+// The identification reply to "M" as a value.
+#include "receivers/replies.h"
 
 #include <QString>
 
@@ -14,13 +13,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const int address = data[0] % 66; // 0 and 65 are out of range on purpose
     const QString reply =
         QString::fromLatin1(reinterpret_cast<const char *>(data + 1), static_cast<qsizetype>(size - 1));
-    zun::ReceiverRecord record;
-    record.textA = QStringLiteral("kept");
-    const bool applied = zun::applyIdentification(record, reply, address);
-    if (applied != zun::parseIdentification(reply, address).has_value())
+    const auto id = zun::parseIdentification(reply, address);
+    if (id.has_value() != zun::isReplyFrom(reply, address))
         __builtin_trap();
-    if (applied && (record.textA != QLatin1String("kept") || record.name.size() != 6 || record.channel < 1 ||
-                    record.channel > 16 || record.channelFreqCode.size() != 4))
+    if (!id)
+        return 0;
+    // Fields are cut by position, never padded or overrun, and the numbers
+    // stay inside what their digits can hold.
+    if (id->name.size() > 6 || id->frequencyCode.size() > 4 || id->groupTable.size() > 12 ||
+        id->bandStartCode.size() > 4)
+        __builtin_trap();
+    if (id->group < 0 || id->group > 15 || id->channel < 1 || id->channel > 16 || id->squelch < 0 ||
+        id->squelch > 255 || id->secondLevel < 0 || id->secondLevel > 255 || id->bandWidth < 0 ||
+        id->bandWidth > 0xFFFF)
+        __builtin_trap();
+    if (reply.size() >= 9 && id->name != reply.mid(3, 6))
         __builtin_trap();
     return 0;
 }

@@ -1,7 +1,8 @@
 // A ".zun" settings file as the loader reads it. What it accepts must survive
 // a save and a second load unchanged, and give a well-formed settings write.
-#include "core/receiverrecord.h"
-#include "mainscreen/settingsfile.h"
+#include "receivers/frames.h"
+#include "receivers/receiverrecord.h"
+#include "receivers/settingsfile.h"
 
 #include <QByteArray>
 #include <QList>
@@ -44,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     QList<zun::ReceiverRecord> records;
     for (const zun::SettingsLine &line : parsed.lines) {
         records.append(recordOf(line));
-        const QString frame = zun::settingsWriteFrame(records.last());
+        const QString frame = zun::frames::settingsWrite(records.last());
         // "#" + 2 + "M" + 6 + 1 + 1 + 4 + 2 + 2 + 1 + CR, whatever the name held.
         if (frame.size() != 22 || !frame.endsWith(QLatin1Char('\r')))
             __builtin_trap();
