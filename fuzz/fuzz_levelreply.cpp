@@ -11,6 +11,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const zun::LevelTable table = zun::buildLevelTable();
+    // A clipping signal reads past the meter's 129 on purpose, so the bar fills.
+    static const int kFullClip = zun::audioTaper(255);
     if (size < 2)
         return 0;
     const int squelch = data[0] % 100;
@@ -29,7 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     // The mean carries over from reading to reading and settles after 20.
     for (int pass = 0; pass < 22; ++pass) {
         const zun::LevelReading r = zun::readLevels(*raw, squelch, table, battery);
-        if (r.rfA < 0 || r.rfA > 99 || r.rfB < 0 || r.rfB > 99 || r.audioMeter < 0 || r.audioMeter > 129)
+        if (r.rfA < 0 || r.rfA > 99 || r.rfB < 0 || r.rfB > 99 || r.audioMeter < 0 ||
+            r.audioMeter > kFullClip || r.audioClip != (r.audioMeter > zun::kAudioClipLevel))
             __builtin_trap();
         if (r.batteryPercent != -1 && r.batteryPercent != 0 && r.batteryPercent != 10 &&
             r.batteryPercent != 40 && r.batteryPercent != 80 && r.batteryPercent != 100)
