@@ -5,6 +5,9 @@
 #include <QElapsedTimer>
 #include <QTest>
 
+#include <cstdint>
+#include <cstring>
+
 #include <lo/lo.h>
 
 using namespace zun;
@@ -34,12 +37,20 @@ struct OscReceiver
     {
         QString line = QString::fromUtf8(path) + QLatin1Char(' ') + QString::fromLatin1(types);
         for (int i = 0; i < argc; ++i) {
-            if (types[i] == 's')
-                line += QLatin1Char(' ') + QString::fromUtf8(&argv[i]->s);
-            else if (types[i] == 'i')
-                line += QStringLiteral(" %1").arg(argv[i]->i);
-            else if (types[i] == 'f')
-                line += QStringLiteral(" %1").arg(double(argv[i]->f), 0, 'f', 3);
+            // liblo aligns arguments to 4 bytes only, less than lo_arg asks for:
+            // copy the bytes out rather than reading through the union.
+            const char *bytes = reinterpret_cast<const char *>(argv[i]);
+            if (types[i] == 's') {
+                line += QLatin1Char(' ') + QString::fromUtf8(bytes);
+            } else if (types[i] == 'i') {
+                std::int32_t value = 0;
+                std::memcpy(&value, bytes, sizeof value);
+                line += QStringLiteral(" %1").arg(value);
+            } else if (types[i] == 'f') {
+                float value = 0;
+                std::memcpy(&value, bytes, sizeof value);
+                line += QStringLiteral(" %1").arg(double(value), 0, 'f', 3);
+            }
         }
         static_cast<OscReceiver *>(self)->messages << line;
         return 0;
