@@ -305,7 +305,7 @@ const std::map<QString, Run> &runs()
               s.passes(1);
               s.exitProgram();
           }}},
-        {"spectrum",
+        {"scan-sweep",
          {{},
           [](Session &s) {
               s.forgetStartup();
