@@ -57,6 +57,7 @@ bool Link::exchange(const QByteArray &bytes, const QString &address, int replyLe
         m_line.discardOutput();
         if (!m_line.write(bytes))
             return false;
+        m_line.expectInput(replyLength);
 
         std::uint32_t start = m_clock.tickCount();
         for (;;) {

@@ -5,16 +5,20 @@
 #include <QFile>
 #include <QMetaObject>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <linux/serial.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace zun {
@@ -120,6 +124,7 @@ bool QtSerialLine::open()
         return false;
     m_port.setPortName(path);
     configurePort();
+    m_input.clear();
     if (!m_port.open(QIODevice::ReadWrite)) {
         qWarning("Zunoria: cannot open %s: %s", qPrintable(describe(m_portNumber, path)),
                  qPrintable(m_port.errorString()));
@@ -139,6 +144,7 @@ bool QtSerialLine::open()
 void QtSerialLine::close()
 {
     m_lost = false;
+    m_input.clear();
     if (m_port.isOpen())
         m_port.close();
     m_port.clearError();
@@ -165,6 +171,7 @@ bool QtSerialLine::configurePort()
                     m_port.setDataBits(m_settings.dataBits) && m_port.setStopBits(m_settings.stopBits) &&
                     m_port.setFlowControl(QSerialPort::NoFlowControl);
     m_port.clearError();
+    m_threshold = 0; // opening starts the device over with its own
     return ok;
 }
 
@@ -188,7 +195,21 @@ bool QtSerialLine::write(const QByteArray &text)
     closeIfLost();
     if (!m_port.isOpen())
         return false;
-    if (m_port.write(text) != text.size())
+    // Straight to the device while Qt has nothing queued: one system call
+    // instead of Qt's queue, a poll and the write. A command is far smaller
+    // than the driver's buffer, so the fallback below is for a full buffer.
+    qsizetype done = 0;
+    if (m_port.bytesToWrite() == 0) {
+        const ssize_t n =
+            ::write(static_cast<int>(m_port.handle()), text.constData(), static_cast<size_t>(text.size()));
+        if (n < 0 && errno != EAGAIN && errno != EINTR)
+            return false;
+        done = std::max<qsizetype>(n, 0);
+    }
+    if (done == text.size())
+        return true;
+    const qsizetype rest = text.size() - done;
+    if (m_port.write(text.constData() + done, rest) != rest)
         return false;
     // QSerialPort only queues; the bytes must be on their way before the
     // caller starts timing the reply.
@@ -207,7 +228,7 @@ int QtSerialLine::bytesWaiting()
     if (!m_port.isOpen())
         return 0;
     pullInput();
-    return static_cast<int>(m_port.bytesAvailable());
+    return static_cast<int>(m_input.size());
 }
 
 QByteArray QtSerialLine::readAll()
@@ -216,12 +237,13 @@ QByteArray QtSerialLine::readAll()
     if (!m_port.isOpen())
         return {};
     pullInput();
-    return m_port.readAll();
+    return std::exchange(m_input, {});
 }
 
 void QtSerialLine::discardInput()
 {
     closeIfLost();
+    m_input.clear();
     if (m_port.isOpen())
         m_port.clear(QSerialPort::Input);
 }
@@ -243,23 +265,63 @@ void QtSerialLine::waitForInput(int millis)
         std::this_thread::sleep_for(std::chrono::milliseconds(millis));
         return;
     }
-    m_port.waitForReadyRead(millis);
+    setWakeThreshold(m_expected - static_cast<int>(m_input.size() + m_port.bytesAvailable()));
+    pollfd device{static_cast<int>(m_port.handle()), POLLIN, 0};
+    if (::poll(&device, 1, millis) > 0 && (device.revents & (POLLHUP | POLLERR | POLLNVAL))) {
+        // A hung-up device also reports itself readable, and reading it gives
+        // 0 bytes for ever: mark it lost, or the caller waits in a spin.
+        markLost(QStringLiteral("the device hung up"));
+    }
     closeIfLost();
 }
 
-// Moves what the kernel holds into QSerialPort's buffer. Without this, input
-// that arrived while nobody waited on the port (a sleep, a UI handler) would
-// stay invisible to bytesWaiting() and readAll().
+// With VMIN at what is still missing and VTIME at 0, the kernel calls the
+// device readable only once that much has arrived, so a reply costs one
+// wake-up instead of one for each byte; a short reply still ends the wait at
+// its time limit. Changed only when it differs: on some USB adapters every
+// change of the line settings is a control transfer.
+void QtSerialLine::setWakeThreshold(int bytes)
+{
+    const auto wanted = static_cast<cc_t>(std::clamp(bytes, 1, 255));
+    if (wanted == m_threshold)
+        return;
+    const int fd = static_cast<int>(m_port.handle());
+    termios t{};
+    if (::tcgetattr(fd, &t) != 0 || t.c_cc[VTIME] != 0)
+        return;
+    t.c_cc[VMIN] = wanted;
+    if (::tcsetattr(fd, TCSANOW, &t) == 0)
+        m_threshold = wanted;
+}
+
+// Moves what Qt's notifier buffered, then what the kernel holds, into our
+// own buffer. Reading the device directly (it is non-blocking) sees every
+// byte whatever the wake threshold, and input that arrived while nobody
+// waited on the port (a sleep, a UI handler) is not left invisible.
 void QtSerialLine::pullInput()
 {
+    if (!m_port.isOpen() || m_lost)
+        return;
+    if (m_port.bytesAvailable() > 0)
+        m_input += m_port.readAll();
+    const int fd = static_cast<int>(m_port.handle());
+    char chunk[256];
     // Bounded, so that a line that never falls silent cannot hold us here.
-    qint64 before = -1;
-    for (int round = 0; round < 64 && m_port.isOpen() && !m_lost && m_port.bytesAvailable() != before;
-         ++round) {
-        before = m_port.bytesAvailable();
-        m_port.waitForReadyRead(0);
+    for (int round = 0; round < 64; ++round) {
+        const ssize_t n = ::read(fd, chunk, sizeof chunk);
+        if (n > 0) {
+            m_input.append(chunk, n);
+            if (static_cast<size_t>(n) < sizeof chunk)
+                break;
+            continue;
+        }
+        // 0 is "nothing yet" while the wake threshold is 0 (as Qt opens the
+        // device); the loss of the device shows as an error or as a hang-up
+        // in the next wait.
+        if (n < 0 && errno != EAGAIN && errno != EINTR)
+            markLost(QString::fromLocal8Bit(std::strerror(errno)));
+        break;
     }
-    m_port.clearError();
     closeIfLost();
 }
 
@@ -271,12 +333,17 @@ void QtSerialLine::onError(QSerialPort::SerialPortError error)
     // have its read notifier fire without end, but closing from inside
     // QSerialPort's own call chain is not safe: mark it and close at the next
     // safe point, which is the event loop or the next call on this line.
-    if (!m_lost)
-        qWarning("Zunoria: lost the serial device %s: %s", qPrintable(describe(m_portNumber, m_openPath)),
-                 qPrintable(m_port.errorString()));
-    m_lost = true;
+    markLost(m_port.errorString());
     QMetaObject::invokeMethod(
         &m_port, [this] { closeIfLost(); }, Qt::QueuedConnection);
+}
+
+void QtSerialLine::markLost(const QString &reason)
+{
+    if (!m_lost)
+        qWarning("Zunoria: lost the serial device %s: %s", qPrintable(describe(m_portNumber, m_openPath)),
+                 qPrintable(reason));
+    m_lost = true;
 }
 
 void QtSerialLine::closeIfLost()

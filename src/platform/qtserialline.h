@@ -36,11 +36,14 @@ public:
     void discardInput() override;
     void discardOutput() override;
     void waitForInput(int millis) override;
+    void expectInput(int bytes) override { m_expected = bytes; }
 
 private:
     void onError(QSerialPort::SerialPortError error);
+    void markLost(const QString &reason);
     void closeIfLost();
     void pullInput();
+    void setWakeThreshold(int bytes);
     bool configurePort();
 
     const PortMap &m_ports;
@@ -50,6 +53,11 @@ private:
     int m_portNumber = 1;
     bool m_requestToSend = false;
     bool m_lost = false; // the device went away; close at the next safe point
+    // Input read straight from the device, after whatever Qt's own notifier
+    // had already buffered.
+    QByteArray m_input;
+    int m_expected = 0;
+    unsigned char m_threshold = 0; // the device's wake threshold as we last set it
 };
 
 } // namespace zun

@@ -39,6 +39,11 @@ public:
     // their own deadline.
     virtual void waitForInput(int millis) = 0;
 
+    // How many bytes the caller now waits for in all. A line may use it to
+    // sleep until they are all there instead of waking for each one; waits
+    // still end at their time limit with whatever came.
+    virtual void expectInput(int bytes) { (void)bytes; }
+
     // A warning the user should see once, such as a serial server that
     // cannot set the far port's speed; empty when there is none. Taking it
     // clears it.

@@ -203,6 +203,7 @@ private slots:
         QTest::addColumn<int>("maxMillis");
         QTest::newRow("two chunks") << QList<QByteArray>{"$01N8", "0A0B0C9"} << 12 << 70 << 240;
         QTest::newRow("quiet reply after the full wait") << QList<QByteArray>{"$01"} << 0 << 90 << 240;
+        QTest::newRow("short reply read at the time limit") << QList<QByteArray>{"$01N8"} << 12 << 245 << 400;
     }
     void replyIsRead()
     {
