@@ -108,9 +108,16 @@ void BusHealthModel::resetCounters()
     refresh();
 }
 
+void BusHealthModel::addViewer(QObject *viewer)
+{
+    ++m_viewers;
+    connect(viewer, &QObject::destroyed, this, [this] { --m_viewers; });
+    markDirty();
+}
+
 void BusHealthModel::markDirty()
 {
-    if (!m_refreshTimer.isActive())
+    if (m_viewers > 0 && !m_refreshTimer.isActive())
         m_refreshTimer.start(kRefreshMs);
 }
 

@@ -41,6 +41,11 @@ public:
     // "Line utilisation 42.0 % · 3.2 passes/s · 115200 baud"
     QString lineSummary() const;
 
+    // The table follows the counters only while some window shows it:
+    // percentiles over 64 addresses twice a second would cost more than the
+    // rest of polling. The count drops when the viewer is destroyed.
+    void addViewer(QObject *viewer);
+
 public slots:
     void onExchanged(const zun::ExchangeRecord &record);
     void onPassEnded(int receiversAsked);
@@ -65,6 +70,7 @@ private:
     BusHealthStats m_stats;
     QList<Row> m_rows;
     QTimer m_refreshTimer;
+    int m_viewers = 0;
 };
 
 // Connects the model to an object with the receiver layer's signals.

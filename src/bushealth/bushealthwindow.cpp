@@ -45,6 +45,7 @@ QWidget *createBusHealthWindow(BusHealthModel *model, QWidget *parent)
     layout->addWidget(summary);
     layout->addWidget(reset, 0, Qt::AlignRight);
     window->resize(760, 420);
+    model->addViewer(window);
     return window;
 }
 
