@@ -5,6 +5,7 @@
 #include "detail/battery.h"
 #include "detail/detailmeters.h"
 #include "detail/settingstab.h"
+#include "platform/framepacer.h"
 #include "receivers/frequency.h"
 #include "receivers/levelreading.h"
 
@@ -40,6 +41,7 @@ FrmMore::FrmMore(Context &ctx, DetailHost &host, QWidget *parent)
     setObjectName(QStringLiteral("frmMore"));
     setWindowTitle(QStringLiteral("Detail Functions"));
     setAttribute(Qt::WA_DeleteOnClose);
+    new FramePacer(this); // a sweep draws some 280 points a second
     buildWindow();
     connectControls();
 }

@@ -10,6 +10,7 @@
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/portmapping.h"
 #include "mainscreen/rcvpanel.h"
+#include "platform/framepacer.h"
 #include "platform/portmap.h"
 
 #include <QCloseEvent>
@@ -39,6 +40,7 @@ FrmMain::FrmMain(Context &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QStringLiteral("Zunoria"));
+    new FramePacer(this); // the line passes faster than the screen refreshes
     buildMenus();
     setCentralWidget(buildCentral());
     buildPopupMenu();

@@ -1,0 +1,55 @@
+#include "platform/framepacer.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QScreen>
+#include <QWidget>
+
+#include <algorithm>
+#include <cmath>
+
+namespace zun {
+
+FramePacer::FramePacer(QWidget *window) : QObject(window), m_window(window)
+{
+    m_late.setSingleShot(true);
+    m_late.setTimerType(Qt::PreciseTimer);
+    connect(&m_late, &QTimer::timeout, this, &FramePacer::paintNow);
+    window->installEventFilter(this);
+}
+
+int FramePacer::frameMillis() const
+{
+    const QScreen *screen = m_window->screen();
+    const qreal hz = screen ? screen->refreshRate() : 60.0;
+    return static_cast<int>(std::lround(1000.0 / std::clamp<qreal>(hz, 24.0, 240.0)));
+}
+
+bool FramePacer::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched != m_window || event->type() != QEvent::UpdateRequest || m_painting)
+        return false;
+    const int frame = frameMillis();
+    if (!m_sinceFrame.isValid() || m_sinceFrame.elapsed() >= frame) {
+        m_sinceFrame.restart();
+        ++m_frames;
+        return false;
+    }
+    // Too soon after the last picture: Qt keeps the dirty region and sends no
+    // second request until this one is served, so serve it when the frame is due.
+    if (!m_late.isActive())
+        m_late.start(static_cast<int>(frame - m_sinceFrame.elapsed()));
+    return true;
+}
+
+void FramePacer::paintNow()
+{
+    m_sinceFrame.restart();
+    ++m_frames;
+    m_painting = true;
+    QEvent request(QEvent::UpdateRequest);
+    QCoreApplication::sendEvent(m_window, &request);
+    m_painting = false;
+}
+
+} // namespace zun
