@@ -61,5 +61,29 @@ int main(int argc, char *argv[])
                 wireMicros, 100.0 * hostMicros[hostMicros.size() / 2] / wireMicros);
     std::printf("simulated line time per pass, turnarounds included: %.0f us\n",
                 static_cast<double>(lineMicros) / kPasses);
+
+    // A detection that finds nobody costs every address its retries plus the
+    // three broadcasts, to the microsecond on the virtual clock.
+    zun::VirtualClock silentClock;
+    zun::SimSerialLine silentLine(silentClock);
+    silentLine.attachBus(1, nullptr);
+    zun::Context silent(zun::Platform{silentClock, silentLine, settings, dialogs, desktop});
+    silent.bus.options().Retry = 2;
+    silent.bus.resizeTable(64);
+    silentLine.selectPort(1);
+    silentLine.applySettings(QStringLiteral("115200,N,8,1"));
+    silentLine.open();
+    const std::uint64_t scanStart = silentClock.nowMicros();
+    silent.bus.CheckReceivers();
+    const std::uint64_t scanMicros = silentClock.nowMicros() - scanStart;
+    // An attempt times out once the elapsed ticks are greater than the
+    // time-out, so on a 1 ms tick each silent attempt lasts 101 ms.
+    const std::uint64_t bare = 64ull * (2 + 1) * 100000 + 3 * 50000;
+    const std::uint64_t expected = 64ull * (2 + 1) * 101000 + 3 * 50000;
+    std::printf(
+        "silent detection, Retry 2, virtual clock: %llu us; 64 x 3 x (100 ms + the 1 ms tick past it) "
+        "+ 3 x 50 ms = %llu us (%s); without the tick %llu us\n",
+        static_cast<unsigned long long>(scanMicros), static_cast<unsigned long long>(expected),
+        scanMicros == expected ? "equal" : "DIFFERENT", static_cast<unsigned long long>(bare));
     return 0;
 }

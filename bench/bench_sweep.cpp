@@ -1,0 +1,160 @@
+// The whole program's windows during a continuous spectrum sweep at 115200
+// baud: zunoria-sim on a pseudo-terminal, the real line, work loop, main and
+// detail windows (offscreen). Prints the process's CPU use, the points read
+// and the pictures put on screen per second, and how far the picture on
+// screen ever fell behind the line.
+#include "benchprocess.h"
+
+#include "core/context.h"
+#include "core/startup.h"
+#include "core/workloop.h"
+#include "detail/frmmore.h"
+#include "mainscreen/frmmain.h"
+#include "mainscreen/rcvpanel.h"
+#include "mainscreen/startupwindows.h"
+#include "platform/mappedserialline.h"
+#include "platform/portmap.h"
+#include "rftools/rftools.h"
+#include "rftools/scanplot.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QToolButton>
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+double cpuSeconds()
+{
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
+           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+// Counts the plot's paint events and the worst wait of a read point for one.
+class PaintWatch : public QObject
+{
+public:
+    int paints = 0;
+    std::vector<qint64> lagsMicros;
+    QElapsedTimer clock;
+    qint64 oldestUnshown = -1;
+
+    void pointRead()
+    {
+        if (oldestUnshown < 0)
+            oldestUnshown = clock.nsecsElapsed() / 1000;
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            ++paints;
+            if (oldestUnshown >= 0)
+                lagsMicros.push_back(clock.nsecsElapsed() / 1000 - oldestUnshown);
+            oldestUnshown = -1;
+        }
+        return false;
+    }
+};
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    const int seconds = app.arguments().contains(QStringLiteral("--quick")) ? 3 : 10;
+    QTemporaryDir scratch;
+    zunbench::SimOptions simOptions;
+    simOptions.count = 1;
+    zunbench::SimProcess sim(QCoreApplication::applicationDirPath() + QStringLiteral("/../src"), simOptions,
+                             scratch.path());
+    if (!sim.start()) {
+        std::fprintf(stderr, "bench_sweep: %s\n", qPrintable(sim.lastError()));
+        return 1;
+    }
+
+    zun::MemorySettingsStore settings;
+    const QString app_ = QStringLiteral("KESTA_ZUN"), line_ = QStringLiteral("MSComm");
+    settings.save(app_, line_, QStringLiteral("CommPort"), QStringLiteral("1"));
+    settings.save(app_, line_, QStringLiteral("Baudrate"), QStringLiteral("115200"));
+    settings.save(app_, line_, QStringLiteral("Retry"), QStringLiteral("0")); // a short detection
+    zun::PortMap ports(
+        settings, [] { return QStringList(); }, QString());
+    ports.addOverride(QStringLiteral("COM1=") + sim.ptyPath());
+    for (int n = 2; n <= 8; ++n)
+        ports.addOverride(QStringLiteral("COM%1=/nonexistent/zunoria-bench-%1").arg(n));
+    zun::MappedSerialLine line(ports);
+    zun::SystemClock clock;
+    zun::ScriptedDialogs dialogs;
+    zun::QtDesktop desktop;
+    zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
+    ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) { return new zun::FrmMore(c, host); };
+    ctx.makeRfTools = [](zun::Context &c, zun::RfToolsHost &host, QWidget *parent) {
+        return new zun::RfTools(c, host, parent);
+    };
+    zun::WorkLoop loop(ctx.bus);
+    ctx.endProgram = [&loop] { loop.stop(); };
+    zun::StartupWindows windows(ctx, &ports);
+    if (!zun::startProgram(ctx, windows.views()) || ctx.bus.foundCount() != 1) {
+        std::fprintf(stderr, "bench_sweep: the simulated receiver was not found\n");
+        return 1;
+    }
+    zun::FrmMain *main = windows.mainWindow();
+    main->installSteps(loop);
+
+    PaintWatch watch;
+    int points = 0;
+    QObject::connect(&ctx.bus, &zun::ReceiverBus::scanPointRead, [&] {
+        ++points;
+        watch.pointRead();
+    });
+    double cpuStart = 0;
+    int pointsStart = 0, paintsStart = 0;
+    QElapsedTimer wall;
+    QTimer::singleShot(0, [&] {
+        main->panel(0)->moreButton()->click();
+        auto *detail = static_cast<zun::FrmMore *>(main->detailWindow());
+        detail->tabs()->setCurrentIndex(1);
+        detail->findChild<QAbstractButton *>(QStringLiteral("optCont"))->click();
+        detail->findChild<QAbstractButton *>(QStringLiteral("SP_Run"))->click();
+        auto *plot = detail->findChild<zun::SpectrumPlot *>();
+        watch.clock.start();
+        plot->installEventFilter(&watch);
+    });
+    QTimer::singleShot(2000, [&] { // past the first picture and the scan's start
+        cpuStart = cpuSeconds();
+        pointsStart = points;
+        paintsStart = watch.paints;
+        watch.lagsMicros.clear();
+        wall.start();
+    });
+    QTimer::singleShot(2000 + seconds * 1000, [&] {
+        const double elapsed = wall.nsecsElapsed() / 1e9;
+        const double cpu = 100.0 * (cpuSeconds() - cpuStart) / elapsed;
+        std::vector<qint64> &lags = watch.lagsMicros;
+        std::sort(lags.begin(), lags.end());
+        auto lagMs = [&lags](double q) {
+            return lags.empty() ? -1.0 : lags[static_cast<size_t>(q * double(lags.size() - 1))] / 1000.0;
+        };
+        std::printf("sweep_cpu_percent %.2f\nsweep_points_per_s %.1f\nsweep_pictures_per_s %.1f\n"
+                    "sweep_lag_ms_median %.2f\nsweep_lag_ms_p99 %.2f\nsweep_lag_ms_max %.2f\n",
+                    cpu, (points - pointsStart) / elapsed, (watch.paints - paintsStart) / elapsed, lagMs(0.5),
+                    lagMs(0.99), lagMs(1.0));
+        loop.stop();
+    });
+    loop.run();
+    return points > pointsStart ? 0 : 1;
+}
