@@ -18,7 +18,6 @@
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <termios.h>
 #include <unistd.h>
 
 namespace zun {
@@ -171,7 +170,6 @@ bool QtSerialLine::configurePort()
                     m_port.setDataBits(m_settings.dataBits) && m_port.setStopBits(m_settings.stopBits) &&
                     m_port.setFlowControl(QSerialPort::NoFlowControl);
     m_port.clearError();
-    m_threshold = 0; // opening starts the device over with its own
     return ok;
 }
 
@@ -265,7 +263,22 @@ void QtSerialLine::waitForInput(int millis)
         std::this_thread::sleep_for(std::chrono::milliseconds(millis));
         return;
     }
-    setWakeThreshold(m_expected - static_cast<int>(m_input.size() + m_port.bytesAvailable()));
+    // Once a reply has begun, the rest cannot come faster than the wire
+    // carries it. Waiting on the device would wake us for every few bytes
+    // the driver passes on; sleeping once through all but the last byte's
+    // time, less a margin for timer slack, costs one wake-up and lets the
+    // last byte end the wait as it arrives.
+    const qint64 have = m_input.size() + m_port.bytesAvailable();
+    const qint64 missing = m_expected - have;
+    if (!m_sleptThisReply && have > 0 && missing > 1 && m_settings.baudRate > 0) {
+        m_sleptThisReply = true;
+        const qint64 restMicros = (missing - 1) * 10 * 1000000 / m_settings.baudRate - kWakeMarginMicros;
+        if (restMicros > 0) {
+            std::this_thread::sleep_for(
+                std::chrono::microseconds(std::min<qint64>(restMicros, millis * 1000LL)));
+            return;
+        }
+    }
     pollfd device{static_cast<int>(m_port.handle()), POLLIN, 0};
     if (::poll(&device, 1, millis) > 0 && (device.revents & (POLLHUP | POLLERR | POLLNVAL))) {
         // A hung-up device also reports itself readable, and reading it gives
@@ -275,29 +288,10 @@ void QtSerialLine::waitForInput(int millis)
     closeIfLost();
 }
 
-// With VMIN at what is still missing and VTIME at 0, the kernel calls the
-// device readable only once that much has arrived, so a reply costs one
-// wake-up instead of one for each byte; a short reply still ends the wait at
-// its time limit. Changed only when it differs: on some USB adapters every
-// change of the line settings is a control transfer.
-void QtSerialLine::setWakeThreshold(int bytes)
-{
-    const auto wanted = static_cast<cc_t>(std::clamp(bytes, 1, 255));
-    if (wanted == m_threshold)
-        return;
-    const int fd = static_cast<int>(m_port.handle());
-    termios t{};
-    if (::tcgetattr(fd, &t) != 0 || t.c_cc[VTIME] != 0)
-        return;
-    t.c_cc[VMIN] = wanted;
-    if (::tcsetattr(fd, TCSANOW, &t) == 0)
-        m_threshold = wanted;
-}
-
 // Moves what Qt's notifier buffered, then what the kernel holds, into our
-// own buffer. Reading the device directly (it is non-blocking) sees every
-// byte whatever the wake threshold, and input that arrived while nobody
-// waited on the port (a sleep, a UI handler) is not left invisible.
+// own buffer, straight from the non-blocking device: input that arrived
+// while nobody waited on the port (a sleep, a UI handler) is not left
+// invisible, and no poll is needed to find it.
 void QtSerialLine::pullInput()
 {
     if (!m_port.isOpen() || m_lost)
@@ -315,9 +309,9 @@ void QtSerialLine::pullInput()
                 break;
             continue;
         }
-        // 0 is "nothing yet" while the wake threshold is 0 (as Qt opens the
-        // device); the loss of the device shows as an error or as a hang-up
-        // in the next wait.
+        // With VMIN and VTIME at 0, as Qt sets them, 0 means "nothing yet";
+        // the loss of the device shows as an error or as a hang-up in the
+        // next wait.
         if (n < 0 && errno != EAGAIN && errno != EINTR)
             markLost(QString::fromLocal8Bit(std::strerror(errno)));
         break;

@@ -36,14 +36,17 @@ public:
     void discardInput() override;
     void discardOutput() override;
     void waitForInput(int millis) override;
-    void expectInput(int bytes) override { m_expected = bytes; }
+    void expectInput(int bytes) override
+    {
+        m_expected = bytes;
+        m_sleptThisReply = false;
+    }
 
 private:
     void onError(QSerialPort::SerialPortError error);
     void markLost(const QString &reason);
     void closeIfLost();
     void pullInput();
-    void setWakeThreshold(int bytes);
     bool configurePort();
 
     const PortMap &m_ports;
@@ -57,7 +60,9 @@ private:
     // had already buffered.
     QByteArray m_input;
     int m_expected = 0;
-    unsigned char m_threshold = 0; // the device's wake threshold as we last set it
+    // Early enough that a sleep's timer slack never makes the reply wait.
+    static constexpr qint64 kWakeMarginMicros = 150;
+    bool m_sleptThisReply = false;
 };
 
 } // namespace zun
