@@ -6,34 +6,20 @@
 #include "platform/portmap.h"
 #include "support/netsupport.h"
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <termios.h>
 #include <unistd.h>
 
 using namespace zun;
 
 namespace {
-
-// Killed however the test ends.
-struct Child
-{
-    ~Child() { stop(); }
-    void stop()
-    {
-        process.kill();
-        process.waitForFinished(3000);
-    }
-    QProcess process;
-};
 
 // The speed the far side set on the pseudo-terminal, as stty would show it.
 speed_t ptySpeed(const QString &device)
@@ -45,41 +31,11 @@ speed_t ptySpeed(const QString &device)
     return ok ? cfgetospeed(&t) : B0;
 }
 
-double cpuSeconds()
-{
-    rusage u{};
-    ::getrusage(RUSAGE_SELF, &u);
-    return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
-}
-
-// What a polling pass hands the panels.
-struct Panels
-{
-    explicit Panels(ReceiverBus &bus)
-    {
-        QObject::connect(&bus, &ReceiverBus::panelLevels, [this](int index) { levels << index; });
-        QObject::connect(&bus, &ReceiverBus::panelOffline, [this](int index) { offline << index; });
-    }
-    QList<int> levels;
-    QList<int> offline;
-};
-
 } // namespace
 
 class TestNetLine : public QObject
 {
     Q_OBJECT
-
-    void startServer(Child &server, const QString &config)
-    {
-        const QString ser2net = QStandardPaths::findExecutable("ser2net", {"/usr/sbin", "/usr/bin"});
-        QVERIFY2(!ser2net.isEmpty(), "ser2net is not installed (scripts/setup.sh installs it)");
-        server.process.start(ser2net, {"-n", "-d", "-c", config, "-P", config + ".pid"});
-        QVERIFY2(server.process.waitForStarted(5000), qPrintable(server.process.errorString()));
-        QTRY_VERIFY_WITH_TIMEOUT(acceptsConnections(m_port), 5000);
-    }
-
-    quint16 m_port = 0;
 
 private slots:
     void throughSer2net_data()
@@ -97,36 +53,32 @@ private slots:
         QFETCH(QString, scheme);
         QFETCH(QString, accepter);
         QFETCH(bool, portControl);
-        const QString program = QCoreApplication::applicationDirPath() + "/../src/zunoria-sim";
-
         Child sim;
-        sim.process.start(program, {"--receivers", "3,7"});
-        QVERIFY2(sim.process.waitForStarted(5000), qPrintable(program + ": " + sim.process.errorString()));
-        QTRY_VERIFY_WITH_TIMEOUT(sim.process.canReadLine(), 5000);
-        const QString device = QString::fromLocal8Bit(sim.process.readLine()).trimmed();
-        QVERIFY2(device.startsWith("/dev/"), qPrintable(device));
+        const QString device = startSimulator(sim, {"--receivers", "3,7"});
+        QVERIFY2(!device.isEmpty(), qPrintable(sim.process.errorString()));
 
         QTemporaryDir dir;
-        m_port = freeLoopbackPort();
-        QVERIFY(m_port != 0);
+        const quint16 port = freeLoopbackPort();
         const QString config = dir.filePath("ser2net.yaml");
         QFile file(config);
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QStringLiteral("connection: &sim\n"
-                                  "  accepter: %1,127.0.0.1,%2\n"
+        file.write(QStringLiteral("connection: &sim\n  accepter: %1,127.0.0.1,%2\n"
                                   "  connector: serialdev,%3,115200n81,local\n")
                        .arg(accepter)
-                       .arg(m_port)
+                       .arg(port)
                        .arg(device)
                        .toUtf8());
         file.close();
+        const QString ser2net = QStandardPaths::findExecutable("ser2net", {"/usr/sbin", "/usr/bin"});
+        const QStringList serverArguments{"-n", "-d", "-c", config, "-P", config + ".pid"};
         Child server;
-        startServer(server, config);
+        QVERIFY2(startServer(server, ser2net, serverArguments, port),
+                 "ser2net (scripts/setup.sh installs it)");
 
         MemorySettingsStore settings;
         PortMap ports(
             settings, [] { return QStringList(); }, QString());
-        QVERIFY(ports.addOverride(QStringLiteral("COM2=%1://127.0.0.1:%2").arg(scheme).arg(m_port)));
+        QVERIFY(ports.addOverride(QStringLiteral("COM2=%1://127.0.0.1:%2").arg(scheme).arg(port)));
         MappedSerialLine line(ports);
         SystemClock clock;
         ScriptedDialogs dialogs;
@@ -141,19 +93,19 @@ private slots:
 
         if (scheme == "rfc2217" && !portControl)
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("does not set the serial port's speed"));
-        Panels panels(ctx.bus);
+        QSignalSpy levels(&ctx.bus, &ReceiverBus::panelLevels), offline(&ctx.bus, &ReceiverBus::panelOffline);
         const auto detectAndPoll = [&] {
             ctx.bus.openLine();
             QVERIFY(line.isOpen());
             QVERIFY(ctx.bus.CheckReceivers());
             QCOMPARE(ctx.bus.foundCount(), 2);
             QCOMPARE(ctx.bus.record(1).address, 7);
-            panels.levels.clear();
-            panels.offline.clear();
+            levels.clear();
+            offline.clear();
             for (int pass = 0; pass < 5; ++pass)
                 QVERIFY(ctx.bus.ReadAllAD());
-            QCOMPARE(panels.levels.size(), 10);
-            QVERIFY(panels.offline.isEmpty());
+            QCOMPARE(levels.size(), 10);
+            QVERIFY(offline.isEmpty());
         };
         detectAndPoll();
         if (QTest::currentTestFailed())
@@ -168,7 +120,7 @@ private slots:
         QString reply;
         QVERIFY(!ctx.bus.link().SendCommand("%03N\r", 12, reply, 100));
         QVERIFY(!line.isOpen());
-        QVERIFY(!ctx.bus.ReadAllAD() || !panels.offline.isEmpty());
+        QVERIFY(!ctx.bus.ReadAllAD() || !offline.isEmpty());
         const double cpuBefore = cpuSeconds();
         QElapsedTimer wall;
         wall.start();
@@ -178,7 +130,7 @@ private slots:
                  "busy while the line is lost");
 
         // Back on: "Reconnect" opens the same port again.
-        startServer(server, config);
+        QVERIFY(startServer(server, ser2net, serverArguments, port));
         detectAndPoll();
         if (QTest::currentTestFailed())
             return;

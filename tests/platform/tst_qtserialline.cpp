@@ -4,19 +4,18 @@
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
 #include "platform/settingsstore.h"
+#include "support/netsupport.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <cerrno>
 #include <chrono>
 #include <thread>
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
@@ -80,20 +79,6 @@ std::thread answerOnce(int master, QList<QByteArray> chunks, int gapMillis = 0)
     });
 }
 
-double cpuSeconds()
-{
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
-           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-// No real port is ever enumerated: the machine's ttyS0 is its console.
-PortMap::Enumerator noPorts()
-{
-    return [] { return QStringList(); };
-}
-
 } // namespace
 
 class TestQtSerialLine : public QObject
@@ -105,7 +90,9 @@ private slots:
     {
         m_pty = std::make_unique<Pty>();
         QVERIFY2(!m_pty->slave.isEmpty(), "no pseudo-terminal");
-        m_map = std::make_unique<PortMap>(m_store, noPorts(), QString());
+        // No real port is ever enumerated: the machine's ttyS0 is its console.
+        m_map = std::make_unique<PortMap>(
+            m_store, [] { return QStringList(); }, QString());
         QVERIFY(m_map->addOverride(QStringLiteral("COM3=") + m_pty->slave));
         m_line = std::make_unique<QtSerialLine>(*m_map);
         m_line->selectPort(3);
@@ -117,8 +104,6 @@ private slots:
     {
         m_link.reset();
         m_line.reset();
-        m_map.reset();
-        m_pty.reset();
     }
 
     void settingsText_data()

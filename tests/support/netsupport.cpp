@@ -1,7 +1,12 @@
 #include "support/netsupport.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTest>
+
+#include <sys/resource.h>
 
 namespace zun {
 
@@ -17,6 +22,30 @@ bool acceptsConnections(quint16 port)
     QTcpSocket socket;
     socket.connectToHost(QHostAddress::LocalHost, port);
     return socket.waitForConnected(200);
+}
+
+bool startServer(Child &child, const QString &program, const QStringList &arguments, quint16 port)
+{
+    child.process.start(program, arguments);
+    return child.process.waitForStarted(5000) &&
+           QTest::qWaitFor([port] { return acceptsConnections(port); }, 5000);
+}
+
+QString startSimulator(Child &child, const QStringList &arguments)
+{
+    // Tests are built in <build>/tests, the simulator in <build>/src.
+    child.process.start(QCoreApplication::applicationDirPath() + "/../src/zunoria-sim", arguments);
+    for (QDeadlineTimer deadline(5000); !child.process.canReadLine() && !deadline.hasExpired();)
+        child.process.waitForReadyRead(100);
+    const QString device = QString::fromLocal8Bit(child.process.readLine()).trimmed();
+    return device.startsWith('/') ? device : QString();
+}
+
+double cpuSeconds()
+{
+    rusage u{};
+    ::getrusage(RUSAGE_SELF, &u);
+    return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
 }
 
 } // namespace zun

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QProcess>
 #include <QtGlobal>
 
 namespace zun {
@@ -9,5 +10,26 @@ quint16 freeLoopbackPort();
 
 // Whether a server listens on this loopback port now.
 bool acceptsConnections(quint16 port);
+
+// A helper program the test starts; killed however the test ends.
+struct Child
+{
+    ~Child() { stop(); }
+    void stop()
+    {
+        process.kill();
+        process.waitForFinished(3000);
+    }
+    QProcess process;
+};
+
+// Starts a server and waits until it takes connections on the loopback port.
+bool startServer(Child &child, const QString &program, const QStringList &arguments, quint16 port);
+
+// Starts the simulator built beside the tests; the pseudo-terminal it serves, or empty.
+QString startSimulator(Child &child, const QStringList &arguments);
+
+// User and system CPU time this process used so far.
+double cpuSeconds();
 
 } // namespace zun
