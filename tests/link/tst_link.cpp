@@ -1,0 +1,219 @@
+#include "link/hex.h"
+#include "link/transaction.h"
+#include "platform/clock.h"
+#include "sim/simbus.h"
+#include "sim/simserialline.h"
+
+#include <QtTest>
+
+using namespace zun;
+
+namespace {
+// One receiver at address 5 on COM1, the host at 115200 on a virtual clock.
+struct Rig
+{
+    explicit Rig(std::uint32_t tickOrigin = 0, bool connected = true) : clock(tickOrigin)
+    {
+        bus.addReceiver(5);
+        line.attachBus(1, connected ? &bus : nullptr);
+        line.applySettings("115200,N,8,1");
+        line.open();
+    }
+    double elapsedMs() const { return clock.nowMicros() / 1000.0; }
+    int framesWritten() const { return static_cast<int>(line.written().size()); }
+
+    VirtualClock clock;
+    SimBus bus{7};
+    SimSerialLine line{clock};
+    int retry = 2;
+    Link link{line, clock, retry};
+};
+} // namespace
+
+class TestLink : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void hexToNum_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint32>("value");
+        QTest::newRow("empty") << "" << 0;
+        QTest::newRow("lower case") << "1f" << 31;
+        QTest::newRow("foreign digit counts as 0") << "G5" << 5;
+        QTest::newRow("blanks count as 0") << " 1" << 1;
+        QTest::newRow("all 32 bits") << "FFFFFFFF" << -1;
+        QTest::newRow("ninth digit drops the top one") << "123456789" << 0x23456789;
+    }
+    void hexToNum()
+    {
+        QFETCH(QString, text);
+        QTEST(HexToNum(text), "value");
+    }
+
+    // The width is passed by reference and corrected in place, as the callers rely on.
+    void numToHex_data()
+    {
+        QTest::addColumn<qint32>("value");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("widthAfter");
+        QTest::newRow("zero padded") << 5 << 2 << "05" << 2;
+        QTest::newRow("high digits dropped") << 300 << 2 << "2C" << 2;
+        QTest::newRow("width 0 corrected") << 7 << 0 << "7" << 1;
+        QTest::newRow("negative width corrected") << 10 << -3 << "A" << 1;
+        QTest::newRow("negative as two's complement") << -1 << 4 << "FFFF" << 4;
+    }
+    void numToHex()
+    {
+        QFETCH(qint32, value);
+        QFETCH(int, width);
+        QTEST(NumToHex(value, width), "text");
+        QTEST(width, "widthAfter");
+    }
+
+    // One SendCommand with a 250 ms time-out against receiver 5, faults scripted twice.
+    void exchange_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("replyLength");
+        QTest::addColumn<int>("retry");
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<QByteArray>("replacement");
+        QTest::addColumn<int>("received"); // -1: refused, whatever came is returned
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<double>("minMs");
+        const int none = int(SimFault::None), lost = int(SimFault::NoReply), replace = int(SimFault::Replace);
+        const QByteArray no;
+        // Reaching the reply length ends the wait at once; short of it, the whole time-out.
+        QTest::newRow("levels") << "%05N\r" << 12 << 2 << none << no << 12 << 1 << 0.0;
+        QTest::newRow("short of the length") << "%05L\r" << 12 << 2 << none << no << 4 << 1 << 250.0;
+        QTest::newRow("zero length waits") << "%05L\r" << 0 << 2 << none << no << 4 << 1 << 250.0;
+        QTest::newRow("nobody, no retry") << "%09N\r" << 12 << 0 << none << no << 0 << 1 << 250.0;
+        QTest::newRow("nobody, four retries") << "%09N\r" << 12 << 4 << none << no << 0 << 5 << 1250.0;
+        QTest::newRow("two lost, two retries") << "%05N\r" << 12 << 2 << lost << no << 12 << 3 << 500.0;
+        QTest::newRow("two lost, one retry") << "%05N\r" << 12 << 1 << lost << no << 0 << 2 << 500.0;
+        // A wrong answer is an answer: never retried.
+        QTest::newRow("wrong address")
+            << "%05L\r" << 4 << 4 << int(SimFault::WrongAddress) << no << -1 << 1 << 0.0;
+        QTest::newRow("hash instead of dollar")
+            << "%05L\r" << 4 << 4 << replace << QByteArray("#05\r") << -1 << 1 << 0.0;
+        QTest::newRow("cut after two characters")
+            << "%05L\r" << 4 << 4 << replace << QByteArray("$0") << -1 << 1 << 250.0;
+        QTest::newRow("noise before") << "%05L\r" << 4 << 4 << int(SimFault::Noise) << no << -1 << 1 << 0.0;
+        QTest::newRow("garbled") << "%05L\r" << 4 << 4 << int(SimFault::Garbled) << no << -1 << 1 << 0.0;
+    }
+    void exchange()
+    {
+        QFETCH(QString, command);
+        QFETCH(int, replyLength);
+        QFETCH(int, fault);
+        QFETCH(QByteArray, replacement);
+        QFETCH(int, received);
+        QFETCH(int, frames);
+        QFETCH(double, minMs);
+        Rig rig;
+        QFETCH(int, retry);
+        rig.retry = retry;
+        if (fault == int(SimFault::Replace))
+            rig.bus.faults().scriptReplacement(5, replacement);
+        else if (fault != int(SimFault::None))
+            rig.bus.scriptFaults(5, SimFault(fault), 2);
+        QString reply = "stale";
+        QCOMPARE(rig.link.SendCommand(command, replyLength, reply, 250), received > 0);
+        if (received >= 0)
+            QCOMPARE(reply.size(), received);
+        else
+            QVERIFY(!reply.isEmpty());
+        if (received > 0)
+            QVERIFY(reply.startsWith("$05") && reply.endsWith('\r'));
+        QCOMPARE(rig.framesWritten(), frames);
+        // Never early; each attempt may overrun by the tick resolution only.
+        QVERIFY2(rig.elapsedMs() >= minMs && rig.elapsedMs() <= minMs + 2 * frames + 3,
+                 qPrintable(QString::number(rig.elapsedMs())));
+    }
+
+    void waitingInputBeforeCommand_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<bool>("ok");
+        QTest::addColumn<int>("leftWaiting");
+        QTest::newRow("broadcast leaves it") << "#00A1\r" << true << 3;
+        QTest::newRow("addressed discards it") << "%05N\r" << false << 0;
+    }
+    void waitingInputBeforeCommand()
+    {
+        QFETCH(QString, command);
+        Rig rig(0, false); // nothing connected
+        rig.retry = 0;
+        rig.line.injectInput("XYZ");
+        QString reply = "stale";
+        QTEST(rig.link.SendCommand(command, 12, reply, 50), "ok");
+        QVERIFY(reply.isEmpty());
+        QTEST(rig.line.bytesWaiting(), "leftWaiting");
+        QVERIFY(rig.elapsedMs() >= 50.0 && rig.elapsedMs() <= 52.0);
+    }
+
+    // The millisecond tick count wraps after 49.7 days: a full time-out after the wrap, never more.
+    void tickWrapDuringWait_data()
+    {
+        QTest::addColumn<quint32>("ticksBeforeWrap");
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("timeout");
+        QTest::newRow("addressed, wrap mid-wait") << 100u << "%09N\r" << 250;
+        QTest::newRow("addressed, wrap at the end") << 249u << "%09N\r" << 250;
+        QTest::newRow("broadcast delay") << 10u << "#00A1\r" << 50;
+    }
+    void tickWrapDuringWait()
+    {
+        QFETCH(quint32, ticksBeforeWrap);
+        QFETCH(QString, command);
+        QFETCH(int, timeout);
+        Rig rig(0u - ticksBeforeWrap);
+        rig.retry = 0;
+        QString reply;
+        rig.link.SendCommand(command, 12, reply, timeout);
+        const double elapsed = rig.elapsedMs();
+        QVERIFY2(elapsed >= ticksBeforeWrap + timeout && elapsed <= ticksBeforeWrap + timeout + 1.0,
+                 qPrintable(QString::number(elapsed)));
+    }
+
+    void closedPortFails()
+    {
+        Rig rig;
+        rig.line.close();
+        QString reply;
+        QVERIFY(!rig.link.SendCommand("%05N\r", 12, reply, 250));
+        QVERIFY(!rig.link.SendCommand("#00A0\r", 12, reply, 250));
+        QCOMPARE(rig.framesWritten(), 0);
+    }
+
+    void lateReplyIsDiscardedByTheNextExchange_data()
+    {
+        QTest::addColumn<int>("gapMs");
+        QTest::newRow("landed before the next command") << 100;
+        QTest::newRow("lands after the next reply") << 0;
+    }
+    void lateReplyIsDiscardedByTheNextExchange()
+    {
+        QFETCH(int, gapMs);
+        Rig rig;
+        rig.retry = 0;
+        rig.bus.faults().setLateDelayMicros(300000);
+        rig.bus.scriptFaults(5, SimFault::Late);
+        QString reply;
+        QVERIFY(!rig.link.SendCommand("%05N\r", 12, reply, 250));
+        QVERIFY(reply.isEmpty());
+        rig.clock.advanceMillis(gapMs);
+        QVERIFY(rig.link.SendCommand("%05N\r", 12, reply, 250));
+        QCOMPARE(reply.size(), 12);
+        rig.clock.advanceMillis(100);
+        QCOMPARE(rig.line.bytesWaiting(), gapMs > 0 ? 0 : 12);
+        QVERIFY(rig.link.SendCommand("%05L\r", 4, reply, 250));
+        QCOMPARE(reply, QString("$05\r"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLink)
+#include "tst_link.moc"
