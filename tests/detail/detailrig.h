@@ -16,8 +16,6 @@
 #include <QPointer>
 
 #include <functional>
-#include <utility>
-#include <vector>
 
 namespace zun::test {
 
@@ -41,14 +39,11 @@ public:
 class FakeHost final : public DetailHost
 {
 public:
-    void setPanelMute(int index, bool muted) override { mutes.emplace_back(index, muted); }
+    void setPanelMute(int, bool) override {}
     void setPanelNameCaption(int, const QString &caption) override { captions << caption; }
-    void mnu_PM_Refresh() override { ++refreshes; }
-    QString panelBatteryText(int) const override { return battery; }
-    std::vector<std::pair<int, bool>> mutes;
+    void mnu_PM_Refresh() override {}
+    QString panelBatteryText(int) const override { return QStringLiteral("OFF"); }
     QStringList captions;
-    int refreshes = 0;
-    QString battery = QStringLiteral("OFF");
 };
 
 struct DetailRig
@@ -62,43 +57,30 @@ struct DetailRig
     }
     ~DetailRig() { delete form.data(); }
 
-    // A receiver on the bus; add them in address order, so that detection
-    // puts each at its index.
-    SimReceiver &addReceiver(int address, const std::function<void(SimReceiver &)> &setup = {})
-    {
-        SimReceiver &r = bus.addReceiver(address);
-        if (setup)
-            setup(r);
-        return r;
-    }
-
-    // Detects, then opens the window as the main screen does; the line log starts empty.
-    FrmMore *open(int index)
+    // Detects the receivers added to the bus, then opens the first one's
+    // window as the main screen does; the line log starts empty.
+    void open()
     {
         ctx.bus.resizeTable(4);
         ctx.bus.CheckReceivers();
-        ctx.bus.openDetail(index);
+        ctx.bus.openDetail(0);
         form = new FrmMore(ctx, host);
         form->load();
         form->show();
         ctx.bus.setWorkMode(WorkMode::DetailRead);
         line.clearWritten();
-        return form;
     }
 
-    const ReceiverRecord &record(int index = 0) { return ctx.bus.record(index); }
     SettingsTab &tab() { return form->settings(); }
 
     // Frames written since the window opened, carriage returns dropped.
-    QStringList frames() const
+    QString frames() const
     {
-        QStringList out;
+        QString out;
         for (const auto &w : line.written())
-            out << QString::fromLatin1(w.bytes).remove(QLatin1Char('\r'));
+            out += QString::fromLatin1(w.bytes).remove(QLatin1Char('\r'));
         return out;
     }
-    double elapsedMs(std::uint64_t since) const { return (clock.nowMicros() - since) / 1000.0; }
-    static void flushDeletes() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 
     VirtualClock clock;
     SimBus bus{11};

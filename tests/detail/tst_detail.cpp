@@ -1,0 +1,201 @@
+// The detail window's name box and TV region menu, and the rules it shows
+// with: frequency codes, the "000.000" form and the TV channel plans.
+#include "detail/detailrig.h"
+
+#include "mainscreen/tvregion.h"
+#include "receivers/frequency.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+#include <QTest>
+
+#include <limits>
+
+using namespace zun;
+using namespace zun::test;
+
+class TstDetail : public QObject
+{
+    Q_OBJECT
+private slots:
+    void nameEntry_data()
+    {
+        QTest::addColumn<QString>("way");
+        QTest::addColumn<QString>("input"); // keys: "\r" Enter, "\b" Backspace; other ways then Enter
+        QTest::addColumn<int>("refusals");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("sent");
+        const auto row = [](const char *name, const char *way, const char *input, int refusals,
+                            const char *shown, const char *sent) {
+            QTest::newRow(name) << QString(way) << QString(input) << refusals << QString(shown)
+                                << QString(sent);
+        };
+        row("lower case cannot be typed", "keys", "ab", 2, "", "");
+        row("AB padded to six", "keys", "AB\r", 0, "AB    ", "#05CAB    ");
+        row("signs, digits, blank", "keys", "+-*/ 9\r", 0, "+-*/ 9", "#05C+-*/ 9");
+        row("refused among good ones", "keys", "HI!?\b\r", 2, "H     ", "#05CH     ");
+        row("no Enter, nothing sent", "keys", "ABC", 0, "ABC", "");
+        // Text that arrives whole passes the same filter, refused once.
+        for (const char *way : {"paste", "drop", "input method"})
+            row(way, way, "ab!Q9é", 1, "Q9    ", "#05CQ9    ");
+    }
+    void nameEntry()
+    {
+        QFETCH(QString, way);
+        QFETCH(QString, input);
+        QFETCH(int, refusals);
+        QFETCH(QString, shown);
+        QFETCH(QString, sent);
+        DetailRig rig;
+        rig.bus.addReceiver(5);
+        rig.open();
+        QLineEdit *box = rig.tab().txtRName;
+        box->clear();
+        QMimeData mime;
+        mime.setText(input);
+        if (way == "keys") {
+            for (QChar c : input) {
+                if (c == '\r' || c == '\b')
+                    QTest::keyClick(box, c == '\r' ? Qt::Key_Return : Qt::Key_Backspace);
+                else
+                    QTest::keyClicks(box, QString(c));
+            }
+        } else {
+            if (way == "paste") {
+                QGuiApplication::clipboard()->setText(input);
+                QTest::keySequence(box, QKeySequence::Paste);
+            } else if (way == "drop") {
+                QDragEnterEvent enter(QPoint(2, 2), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+                QCoreApplication::sendEvent(box, &enter);
+                QDropEvent drop(QPointF(2, 2), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+                QCoreApplication::sendEvent(box, &drop);
+            } else {
+                QInputMethodEvent compose;
+                compose.setCommitString(input);
+                QCoreApplication::sendEvent(box, &compose);
+            }
+            QTest::keyClick(box, Qt::Key_Return);
+        }
+        QCOMPARE(rig.dialogs.messages(), QStringList(refusals, "Please enter 0-9 or A-Z or +-*/"));
+        QCOMPARE(box->text(), shown);
+        QCOMPARE(rig.frames(), sent);
+        if (!sent.isEmpty()) {
+            QCOMPARE(rig.ctx.bus.record(0).name, shown);
+            QCOMPARE(rig.host.captions, QStringList{"05 " + shown});
+        }
+    }
+
+    void tvRegion_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<int>("checked");
+        QTest::newRow("Europe") << "2" << 2;
+        QTest::newRow("7 repaired") << "7" << 4;
+        QTest::newRow("text repaired") << "Japan" << 4;
+    }
+    void tvRegion()
+    {
+        QFETCH(QString, stored);
+        QFETCH(int, checked);
+        DetailRig rig;
+        const auto saved = [&] { return rig.settings.get("KESTA_ZUN", "Function", "TVtype"); };
+        rig.settings.save("KESTA_ZUN", "Function", "TVtype", stored);
+        QMenu option;
+        const TvRegionItems items = addTvRegionMenu(&option, rig.ctx);
+        loadTvRegion(items, rig.ctx);
+        for (int region = 0; region < 6; ++region)
+            QCOMPARE(items[region]->isChecked(), region == checked);
+        QCOMPARE(saved(), QString::number(checked));
+
+        // A choice from the menu is saved at once and followed by the TV box.
+        SimReceiver &receiver = rig.bus.addReceiver(5);
+        receiver.bandStartCode = 0x3C0A; // 450..650 MHz
+        receiver.bandWidth = 8000;
+        rig.open();
+        option.findChild<QAction *>("mnuTV_China")->trigger();
+        QCOMPARE(saved(), "1");
+        for (int region = 0; region < 6; ++region)
+            QCOMPARE(items[region]->isChecked(), region == 1);
+        for (const auto &[typed, channel] : {std::pair{"580", ""}, std::pair{"606", "25"}}) {
+            rig.tab().txtFreq->setText(typed);
+            QTest::keyClick(rig.tab().txtFreq, Qt::Key_Return);
+            QCOMPARE(rig.tab().TV->text(), channel);
+        }
+    }
+
+    void conversions_data()
+    {
+        // Either direction: code -> MHz (and its "000.000" text) or MHz -> code.
+        QTest::addColumn<QString>("code");
+        QTest::addColumn<double>("mhz");
+        QTest::addColumn<QString>("shown"); // empty: MHz -> code
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        QTest::newRow("worked example") << "1234" << 182.25 << "182.250";
+        QTest::newRow("leading zeros kept") << "0000" << 65.75 << "065.750";
+        QTest::newRow("empty code") << "" << 0.0 << "000.000";
+        QTest::newRow("32-bit overflow") << "7FFFFFFF" << 0.0 << "000.000";
+        QTest::newRow("back to code") << "1234" << 182.25 << "";
+        QTest::newRow("half step to even, down") << "1234" << 182.2625 << ""; // 4660.5
+        QTest::newRow("half step to even, up") << "1236" << 182.2875 << "";   // 4661.5
+        QTest::newRow("over half") << "1235" << 182.263 << "";
+        QTest::newRow("below the raster origin") << "FFFF" << 65.725 << "";
+        QTest::newRow("not a number") << "0000" << nan << "";
+        QTest::newRow("beyond any code") << "0000" << 1e12 << "";
+    }
+    void conversions()
+    {
+        QFETCH(QString, code);
+        QFETCH(double, mhz);
+        QFETCH(QString, shown);
+        if (shown.isEmpty()) {
+            QCOMPARE(ComputeNA(mhz), code);
+        } else {
+            QCOMPARE(ComputeFreq(code), mhz);
+            QCOMPARE(formatFreq(ComputeFreq(code)), shown);
+        }
+    }
+
+    void roundTripOverTheBand()
+    {
+        for (int code = 0x3FBC; code <= 0x5A00; ++code) {
+            const QString text = QString::number(code, 16).toUpper();
+            if (ComputeNA(ComputeFreq(text)) != text)
+                QFAIL(qPrintable(text));
+        }
+        // The form rounds what it shows half away from zero, as a user reads it.
+        QCOMPARE(formatFreq(182.2755), "182.276");
+        QCOMPARE(formatFreq(double(565.975f)), "565.975");
+    }
+
+    void tvChannel_data()
+    {
+        QTest::addColumn<int>("region");
+        QTest::addColumn<double>("mhz");
+        QTest::addColumn<QString>("channel");
+        QTest::newRow("Europe low edge") << 2 << 470.000 << "21";
+        QTest::newRow("Europe just under the next") << 2 << 477.999 << "21";
+        QTest::newRow("Europe next channel") << 2 << 478.000 << "22";
+        QTest::newRow("Europe top is outside") << 2 << 862.000 << "";
+        QTest::newRow("China gap") << 1 << 580.0 << "";
+        QTest::newRow("China lower band top") << 1 << 565.9 << "24";
+        QTest::newRow("Australia below its band") << 0 << 525.9 << "";
+        QTest::newRow("Australia 7 MHz channels") << 0 << 533.0 << "29";
+        QTest::newRow("Japan") << 3 << 769.9 << "62";
+        QTest::newRow("USA") << 5 << 476.0 << "15";
+        QTest::newRow("unknown region uses Taiwan") << 9 << 889.99 << "83";
+        QTest::newRow("no frequency") << 4 << 0.0 << "";
+    }
+    void tvChannel()
+    {
+        QFETCH(int, region);
+        QFETCH(double, mhz);
+        QTEST(TvChannel(region, mhz), "channel");
+    }
+};
+
+QTEST_MAIN(TstDetail)
+#include "tst_detail.moc"
