@@ -251,26 +251,19 @@ private slots:
             online += ctx.bus.record(i).online ? 1 : 0;
 
         const SimFaultInjector &f = bus.faults();
-        qInfo(
-            "%llu poll transactions (%llu in all) in %.0f virtual s; faults: %llu no reply, %llu garbled, "
-            "%llu corrupt data, %llu wrong address, %llu partial, %llu late, %llu noise; %llu taken offline, "
-            "%llu clicks, %llu recoveries; earlier replies taken: %llu sound heads, %llu forged heads, "
-            "%llu within the data; %llu read unheeded by a click; heap %+lld bytes over the second half",
-            static_cast<unsigned long long>(line.pollTransactions - pollsBefore),
-            static_cast<unsigned long long>(line.transactions), clock.nowMicros() / 1e6,
-            static_cast<unsigned long long>(f.inflicted(SimFault::NoReply)),
-            static_cast<unsigned long long>(f.inflicted(SimFault::Garbled)),
-            static_cast<unsigned long long>(f.inflicted(SimFault::CorruptData)),
-            static_cast<unsigned long long>(f.inflicted(SimFault::WrongAddress)),
-            static_cast<unsigned long long>(f.inflicted(SimFault::Partial)),
-            static_cast<unsigned long long>(f.inflicted(SimFault::Late)),
-            static_cast<unsigned long long>(f.inflicted(SimFault::Noise)),
-            static_cast<unsigned long long>(offline), static_cast<unsigned long long>(clicks),
-            static_cast<unsigned long long>(recoveries), static_cast<unsigned long long>(line.staleHeads),
-            static_cast<unsigned long long>(line.forgedHeads),
-            static_cast<unsigned long long>(line.staleData),
-            static_cast<unsigned long long>(line.unheededHeads),
-            static_cast<long long>(heapAtEnd) - static_cast<long long>(heapAtHalf));
+        qInfo().nospace() << line.pollTransactions - pollsBefore << " poll transactions ("
+                          << line.transactions << " in all) in " << clock.nowMicros() / 1e6
+                          << " virtual s; faults: " << f.inflicted(SimFault::NoReply) << " no reply, "
+                          << f.inflicted(SimFault::Garbled) << " garbled, "
+                          << f.inflicted(SimFault::CorruptData) << " corrupt data, "
+                          << f.inflicted(SimFault::WrongAddress) << " wrong address, "
+                          << f.inflicted(SimFault::Partial) << " partial, " << f.inflicted(SimFault::Late)
+                          << " late, " << f.inflicted(SimFault::Noise) << " noise; " << offline
+                          << " taken offline, " << clicks << " clicks, " << recoveries
+                          << " recoveries; earlier replies taken: " << line.staleHeads << " sound heads, "
+                          << line.forgedHeads << " forged heads, " << line.staleData << " within the data; "
+                          << line.unheededHeads << " read unheeded by a click; heap "
+                          << qint64(heapAtEnd) - qint64(heapAtHalf) << " bytes over the second half";
 
         QCOMPARE(line.untracedBytes, std::uint64_t(0)); // the tagging saw every byte
         QCOMPARE(line.staleHeads, std::uint64_t(0));

@@ -1,13 +1,21 @@
+// The main screen's menus, pages and alarms as the user sees them. The
+// frames they send are pinned by the wire transcripts.
+#include "alarms/alarmlistwindow.h"
+#include "alarms/receiverlisteners.h"
 #include "link/ports.h"
 #include "mainscreen/frmmain.h"
+#include "mainscreen/monitoring.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
+#include "receivers/settingsfile.h"
 #include "sim/demobus.h"
+#include "support/fakereceiverbus.h"
 #include "support/testbed.h"
 
 #include <QAction>
 #include <QMenu>
 #include <QPushButton>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
@@ -38,10 +46,7 @@ struct Rig
 
     void trigger(const QString &name)
     {
-        QAction *action = nullptr;
-        for (QAction *a : main->popupMenu()->actions())
-            if (a->objectName() == name)
-                action = a;
+        QAction *action = main->popupMenu()->findChild<QAction *>(name);
         if (!action)
             action = main->action(name);
         QVERIFY2(action, qPrintable(name));
@@ -56,38 +61,25 @@ struct Rig
         return texts;
     }
 
-    QStringList records() const
+    // The records as a settings file holds them, and what the panels show of them.
+    QString state() const
     {
-        QStringList out;
-        const auto n = [](int v) { return QString::number(v); };
-        for (int i = 0; i < bed.ctx.bus.receiverCount(); ++i)
-            if (const ReceiverRecord &r = bed.ctx.bus.record(i); true)
-                out << QStringList{r.name,          r.channelFreqCode, r.manualFreqCode, n(r.address),
-                                   n(r.group),      n(r.channel),      n(r.squelch),     n(r.secondLevel),
-                                   n(r.manualFreq), n(r.mute)}
-                           .join('|');
-        return out;
+        QList<ReceiverRecord> records;
+        QStringList shown;
+        for (int i = 0; i < bed.ctx.bus.receiverCount(); ++i) {
+            records << bed.ctx.bus.record(i);
+            shown << main->panel(i)->nameText()
+                  << main->panel(i)->muteButton()->property("imageName").toString();
+        }
+        return QString::fromLatin1(formatSettings(records)) + shown.join('|');
     }
 
-    QStringList mutePictures(int count) const
-    {
-        QStringList names;
-        for (int i = 0; i < count; ++i)
-            names << main->panel(i)->muteButton()->property("imageName").toString();
-        return names;
-    }
+    bool shown(int panel) const { return main->panelGrid()->isPanelShown(panel); }
 
     TestBed bed;
     SimBus *bus = nullptr;
     std::unique_ptr<FrmMain> main;
 };
-
-void tune(SimReceiver *r, int code, bool muted)
-{
-    r->manual = true;
-    r->manualCode = code;
-    r->muted = muted;
-}
 
 bool writeFile(const QString &path, const QByteArray &bytes)
 {
@@ -103,59 +95,38 @@ class TestMainViews : public QObject
 {
     Q_OBJECT
 private slots:
-    void popupItemsBroadcastAndRelabel_data()
+    void popupItemsRelabelThePanels_data()
     {
         QTest::addColumn<QString>("item");
         QTest::addColumn<QString>("caption"); // as shown: an ampersand is no mnemonic
-        QTest::addColumn<QString>("frame");
         QTest::addColumn<QStringList>("labels");
         // The fourth panel has no receiver: no mode may write to it.
-        using L = QStringList;
-        QTest::newRow("GCH") << "mnu_PM_GCH"
-                             << "Show Group and Channel"
-                             << "#00O0\r" << L{"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"};
-        QTest::newRow("Frq") << "mnu_PM_Frq"
-                             << "Show Frequency"
-                             << "#00O1\r" << L{"801.000MHz", "066.150MHz", "809.800MHz", "-"};
-        QTest::newRow("squelch") << "mnu_PM_SQ"
-                                 << "Show Squelch"
-                                 << "#00O2\r" << L{"SQ  20", "SQ  5", "SQ  25", "-"};
-        QTest::newRow("name") << "mnu_PM_Rname"
-                              << "Show Receiver's Address & Name"
-                              << "#00O4\r" << L{"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"};
-        QTest::newRow("address") << "mnu_PM_Addr"
-                                 << "Show Receiver's Address"
-                                 << "#00O5\r" << L{"03", "07", "12", "-"};
-        QTest::newRow("volume") << "mnu_PM_VOL"
-                                << "Show Volume"
-                                << "" << L{"-", "-", "-", "-"};
+        const auto row = [](const char *item, const char *caption, const QStringList &labels) {
+            QTest::newRow(item) << QString(item) << QString(caption) << labels;
+        };
+        row("mnu_PM_GCH", "Show Group and Channel", {"GCH  1 - 1", "GCH  ****", "GCH  2 - 3", "-"});
+        row("mnu_PM_Frq", "Show Frequency", {"801.000MHz", "066.150MHz", "809.800MHz", "-"});
+        row("mnu_PM_SQ", "Show Squelch", {"SQ  20", "SQ  5", "SQ  25", "-"});
+        row("mnu_PM_Rname", "Show Receiver's Address & Name", {"03 VOCAL1", "07 VOCAL2", "12 GUITAR", "-"});
+        row("mnu_PM_Addr", "Show Receiver's Address", {"03", "07", "12", "-"});
+        row("mnu_PM_VOL", "Show Volume", {"-", "-", "-", "-"});
     }
-
-    void popupItemsBroadcastAndRelabel()
+    void popupItemsRelabelThePanels()
     {
         QFETCH(QString, item);
-        QFETCH(QString, frame);
-        QFETCH(QStringList, labels);
         // 3: group 1 channel 1; 7: tuned far below the band, so the frequency
         // keeps its leading zero; 12: group 2 channel 3.
         Rig rig({3, 7, 12}, [](SimBus &bus) {
-            tune(bus.receiver(7), 0x0010, false);
-            bus.receiver(7)->squelch = 5;
+            SimReceiver *r = bus.receiver(7);
+            r->manual = true;
+            r->manualCode = 0x0010;
+            r->squelch = 5;
         });
-        const int modeBefore = rig.main->displayMode();
         for (int i = 0; i < 4; ++i)
             rig.main->panel(i)->setNameText("-");
-
         rig.trigger(item);
         QTEST(rig.main->popupMenu()->findChild<QAction *>(item)->iconText(), "caption");
-        QCOMPARE(rig.bed.framesSent(), frame.isEmpty() ? QStringList() : QStringList{frame});
-        QCOMPARE(rig.labels(4), labels);
-        if (frame.isEmpty()) {
-            QCOMPARE(rig.main->displayMode(), modeBefore);
-        } else {
-            for (int address : {3, 7, 12})
-                QCOMPARE(rig.bus->receiver(address)->displayMode, frame.mid(4, 1).toInt());
-        }
+        QTEST(rig.labels(4), "labels");
     }
 
     // Volume leaves the mode before it in force; the refresh repeats that mode
@@ -182,25 +153,21 @@ private slots:
             const bool second = click == page2;
             QVERIFY(page1->font().bold() != second && page2->font().bold() == second);
             for (int i = 0; i < PanelGrid::kPanelCount; ++i)
-                QCOMPARE(rig.main->panelGrid()->isPanelShown(i), (i >= 32) == second);
+                QCOMPARE(rig.shown(i), (i >= 32) == second);
         }
     }
 
-    void hidingUnusedPanelsAndShowingThemAgain()
+    // A new detection clears the check mark: a receiver found since must not
+    // stay behind a hidden panel.
+    void hidingUnusedPanelsEndsWithADetection()
     {
         Rig rig({3, 7, 12});
         rig.trigger("mnuHide");
         QVERIFY(rig.main->action("mnuHide")->isChecked());
         for (int i = 0; i < 32; ++i)
             QCOMPARE(rig.main->panel(i)->isHidden(), i >= 3);
-
         rig.trigger("mnuHide");
-        QVERIFY(!rig.main->action("mnuHide")->isChecked());
-        for (int i = 0; i < 32; ++i)
-            QVERIFY(!rig.main->panel(i)->isHidden());
-
-        // A new detection clears the check mark; a receiver found since must not
-        // stay behind a hidden panel.
+        QVERIFY(!rig.main->action("mnuHide")->isChecked() && !rig.main->panel(5)->isHidden());
         rig.trigger("mnuHide");
         rig.bus->addReceiver(makeSampleReceiver(20, 4));
         rig.trigger("mnuAuto");
@@ -212,15 +179,13 @@ private slots:
     void fullViewNeedsAWideScreen_data()
     {
         QTest::addColumn<int>("width");
-        QTest::addColumn<bool>("accepted");
-        QTest::newRow("1023") << 1023 << false;
-        QTest::newRow("1024") << 1024 << true;
+        QTest::newRow("1023") << 1023;
+        QTest::newRow("1024") << 1024;
     }
-
     void fullViewNeedsAWideScreen()
     {
         QFETCH(int, width);
-        QFETCH(bool, accepted);
+        const bool accepted = width >= 1024;
         Rig rig({3});
         rig.bed.desktop.setScreenWidth(width);
         QAction *full = rig.main->action("mnuFullView");
@@ -229,19 +194,15 @@ private slots:
         QCOMPARE(rig.bed.dialogs.messages(), accepted ? QStringList() : QStringList{refusal});
         QCOMPARE(full->isChecked(), accepted);
         for (int i = 0; i < PanelGrid::kPanelCount; ++i)
-            QCOMPARE(rig.main->panelGrid()->isPanelShown(i), accepted || i < 32);
-        if (!accepted)
-            return;
+            QCOMPARE(rig.shown(i), accepted || i < 32);
         rig.trigger("mnuFullView");
         QVERIFY(!full->isChecked());
-        for (int i = 0; i < PanelGrid::kPanelCount; ++i)
-            QCOMPARE(rig.main->panelGrid()->isPanelShown(i), i < 32);
+        QVERIFY(!rig.shown(32));
     }
 
     void anEmptyTableSavesAnEmptyFile()
     {
         Rig rig(std::vector<int>{});
-        QCOMPARE(rig.bed.ctx.bus.foundCount(), 0);
         QTemporaryDir dir;
         const QString path = dir.filePath("none.zun");
         QVERIFY(writeFile(path, kGoodLine));
@@ -258,52 +219,78 @@ private slots:
     {
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QString>("mentions");
-        QTest::newRow("too few fields") << kGoodLine + "7,\"X\",1,2\r\n"
-                                        << "Line 2";
-        QTest::newRow("text for a number") << kGoodLine + "7,\"X\",one,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
-                                           << "Line 2";
+        const auto second = [](const char *name, const QByteArray &line) {
+            QTest::newRow(name) << kGoodLine + line << QString("Line 2");
+        };
+        second("too few fields", "7,\"X\",1,2\r\n");
+        second("text for a number", "7,\"X\",one,2,\"72F2\",\"72F2\",30,0,0,0\r\n");
+        second("squelch beyond a byte", "7,\"X\",1,2,\"72F2\",\"72F2\",256,0,0,0\r\n");
+        second("flag neither 0 nor -1", "7,\"X\",1,2,\"72F2\",\"72F2\",30,0,2,0\r\n");
+        second("frequency not in quotes", "7,\"X\",1,2,72F2,\"72F2\",30,0,0,0\r\n");
+        second("binary garbage with zero bytes", QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16));
         QTest::newRow("address out of range")
-            << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << "Line 1";
-        QTest::newRow("squelch beyond a byte") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",256,0,0,0\r\n"
-                                               << "Line 2";
-        QTest::newRow("flag neither 0 nor -1") << kGoodLine + "7,\"X\",1,2,\"72F2\",\"72F2\",30,0,2,0\r\n"
-                                               << "Line 2";
-        QTest::newRow("frequency not in quotes") << kGoodLine + "7,\"X\",1,2,72F2,\"72F2\",30,0,0,0\r\n"
-                                                 << "Line 2";
+            << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << QString("Line 1");
         QTest::newRow("unterminated quote")
             << kGoodLine + kGoodLine + "7,\"X,1,2,\"72F2\",\"72F2\",30,0,0,0\r\n"
-            << "Line 3";
-        QTest::newRow("binary garbage with zero bytes")
-            << kGoodLine + QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16) << "Line 2";
-        QTest::newRow("too many lines") << kGoodLine.repeated(2000) << "more lines";
-        QTest::newRow("huge file") << kGoodLine.repeated(8000) << "too large";
+            << QString("Line 3");
+        QTest::newRow("too many lines") << kGoodLine.repeated(2000) << QString("more lines");
         QTest::newRow("cancelled dialog") << QByteArray() << QString();
     }
-
     void malformedFilesChangeNothing()
     {
         QFETCH(QByteArray, text);
         QFETCH(QString, mentions);
         Rig rig({3, 7});
-        const QStringList before = rig.records();
-        const QStringList labels = rig.labels(2);
-        const QStringList pictures = rig.mutePictures(2);
+        const QString before = rig.state();
         QTemporaryDir dir;
-        const QString path = dir.filePath("bad.zun");
         if (!text.isNull()) {
-            QVERIFY(writeFile(path, text));
-            rig.bed.dialogs.queueFileName(path);
+            QVERIFY(writeFile(dir.filePath("bad.zun"), text));
+            rig.bed.dialogs.queueFileName(dir.filePath("bad.zun"));
         }
         rig.trigger("mnuLoad");
-        QCOMPARE(rig.bed.dialogs.shown().first().text, QString("Receiver Setting(*.zun)|*.zun"));
+        QCOMPARE(rig.bed.dialogs.shown().first().text, "Receiver Setting(*.zun)|*.zun");
         const QStringList messages = rig.bed.dialogs.messages();
         QCOMPARE(messages.size(), mentions.isNull() ? 0 : 1);
         if (!mentions.isNull())
             QVERIFY2(messages.first().contains(mentions), qPrintable(messages.first()));
         QVERIFY(rig.bed.line.written().empty());
-        QCOMPARE(rig.records(), before);
-        QCOMPARE(rig.labels(2), labels);
-        QCOMPARE(rig.mutePictures(2), pictures);
+        QCOMPARE(rig.state(), before);
+    }
+
+    // The name flashes, the list shows the alarm, a click on the name stops
+    // the flash, and the show log was written.
+    void offlineReceiverFlashesUntilClicked()
+    {
+        Rig rig({4, 9});
+        Monitoring &monitoring = *rig.main->monitoring();
+        FakeReceiverBus source;
+        connectMonitoring(&source, monitoring);
+        QTemporaryDir dir;
+        rig.bed.dialogs.queueFileName(dir.filePath("show.csv"));
+        rig.trigger("mnuShowLog");
+        QVERIFY(monitoring.showLog().isLogging());
+
+        ReceiverStatus status;
+        status.address = 9;
+        status.name = "B-MIC";
+        emit source.wentOffline(status);
+        RcvPanel *panel = rig.main->panel(1);
+        QTRY_VERIFY(panel->alarmLit());
+        QTRY_VERIFY(!panel->alarmLit()); // it flashes, not just lights
+        QVERIFY(!rig.main->panel(0)->alarmLit());
+        QTableWidget *table = monitoring.alarmList()->table();
+        QCOMPARE(table->rowCount(), 1);
+        QCOMPARE(table->item(0, 2)->text(), "Offline");
+        emit panel->nameClicked(1);
+        QTest::qWait(900);
+        QVERIFY(!panel->alarmLit());
+        emit source.cameBack(status);
+        QTRY_VERIFY(!table->item(0, 3)->text().isEmpty());
+
+        rig.bed.ctx.endProgram(); // the exit path flushes the log
+        QFile log(dir.filePath("show.csv"));
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QCOMPARE(log.readAll().count('\n'), 3); // header, offline, back
     }
 };
 
