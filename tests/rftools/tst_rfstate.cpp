@@ -1,5 +1,10 @@
+// The RF tools' rules without the windows: formulas, the scan and
+// recorder states, the drop counter.
 #include "receivers/dropcounter.h"
+#include "rftools/elapsed.h"
 #include "rftools/recorderstate.h"
+#include "rftools/rfscale.h"
+#include "rftools/rftools.h"
 #include "rftools/scanstate.h"
 
 #include <QtTest>
@@ -36,6 +41,63 @@ class TstRfState : public QObject
 {
     Q_OBJECT
 private slots:
+    void formatElapsed_data()
+    {
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("zero") << 0.0 << "00:00:00:0";
+        QTest::newRow("quarter: 2.5 tenths to even") << 0.25 << "00:00:00:2";
+        QTest::newRow("h m s t") << 3723.4 << "01:02:03:4";
+        QTest::newRow("tenths round on their own") << 59.96 << "00:00:59:0";
+        QTest::newRow("hours wrap at 60") << 216000.0 << "00:00:00:0";
+        QTest::newRow("a day is 24 h") << 86400.0 << "24:00:00:0";
+    }
+    void formatElapsed()
+    {
+        QFETCH(double, seconds);
+        QTEST(FormatElapsed(seconds), "text");
+    }
+
+    void microvolts_data()
+    {
+        QTest::addColumn<int>("level");
+        QTest::addColumn<int>("rfA");
+        QTest::addColumn<QString>("cursor");
+        QTest::addColumn<QString>("recorder");
+        QTest::addColumn<QString>("dbm");
+        // Top of the scale: the two read-outs differ by design.
+        QTest::newRow("99") << 99 << 99 << "964uV" << QString("1000uV") << "-47.0dBm";
+        QTest::newRow("0") << 0 << 0 << "1uV" << QString("1uV") << "-107.0dBm";
+        QTest::newRow("decade 10") << 33 << 33 << "10uV" << QString("10uV") << "-87.0dBm";
+        QTest::newRow("mid decade") << 50 << 50 << "53uV" << QString("50uV") << "-76.7dBm";
+        // The cursor's mantissa is antenna A's, whatever level the cursor shows.
+        QTest::newRow("cursor high, A low") << 99 << 40 << "100uV" << QString("1000uV") << "-47.0dBm";
+        QTest::newRow("cursor low, A high") << 10 << 99 << "27uV" << QString("3uV") << "-100.9dBm";
+    }
+    void microvolts()
+    {
+        QFETCH(int, level);
+        QFETCH(int, rfA);
+        QTEST(formatMicrovolts(cursorMicrovolts(level, rfA)), "cursor");
+        QTEST(formatMicrovolts(recorderMicrovolts(level)), "recorder");
+        QTEST(formatDbm(levelDbm(level)), "dbm");
+    }
+
+    void levelRows_data()
+    {
+        QTest::addColumn<int>("level");
+        QTest::addColumn<int>("row");
+        QTest::newRow("level 0 on the base line") << 0 << 240;
+        QTest::newRow("level 99 six rows from the top") << 99 << 6;
+        QTest::newRow("decade exact") << 33 << 162;
+        QTest::newRow("fractions round toward the base") << 1 << 238;
+    }
+    void levelRows()
+    {
+        QFETCH(int, level);
+        QTEST(PlotGeometry::forScale(600, 241).levelY(level), "row");
+    }
+
     void advance_data()
     {
         QTest::addColumn<int>("n");
@@ -163,20 +225,16 @@ private slots:
         // "A/B" readings against squelch level 10; r DropRun, p DropPause, c DropClear.
         QTest::addColumn<QString>("script");
         QTest::addColumn<QString>("drops"); // A/B
-        QTest::newRow("off counts nothing") << "5/5 20/20 5/5"
-                                            << "0/0";
-        QTest::newRow("one drop per passage") << "r 20/20 5/20 4/20 20/20 9/20"
-                                              << "2/0";
-        QTest::newRow("equality is above") << "r 10/10 9/10 10/10 9/10 10/9"
-                                           << "2/1";
-        QTest::newRow("starting below counts") << "r 3/30"
-                                               << "1/0";
-        QTest::newRow("pause keeps the below flag") << "r 5/20 p 30/30 r 5/20"
-                                                    << "1/0";
-        QTest::newRow("clear keeps the below flag") << "r 5/5 c r 5/5 20/20 5/5"
-                                                    << "1/1";
-        QTest::newRow("clear stops counting") << "r 5/5 c 20/20 5/5"
-                                              << "0/0";
+        const auto row = [](const char *name, const char *script, const char *drops) {
+            QTest::newRow(name) << QString(script) << QString(drops);
+        };
+        row("off counts nothing", "5/5 20/20 5/5", "0/0");
+        row("one drop per passage", "r 20/20 5/20 4/20 20/20 9/20", "2/0");
+        row("equality is above", "r 10/10 9/10 10/10 9/10 10/9", "2/1");
+        row("starting below counts", "r 3/30", "1/0");
+        row("pause keeps the below flag", "r 5/20 p 30/30 r 5/20", "1/0");
+        row("clear keeps the below flag", "r 5/5 c r 5/5 20/20 5/5", "1/1");
+        row("clear stops counting", "r 5/5 c 20/20 5/5", "0/0");
     }
     void dropCounter()
     {
