@@ -12,7 +12,7 @@ ReceiverStatus receiver(int address = 3)
 {
     ReceiverStatus s;
     s.address = address;
-    s.name = QStringLiteral("LEAD");
+    s.name = "LEAD";
     s.squelch = 20;
     s.rfA = s.rfB = 80;
     s.batteryPercent = 100;
@@ -20,51 +20,48 @@ ReceiverStatus receiver(int address = 3)
     return s;
 }
 
-QString describe(const Alarm &a)
-{
-    QString text = conditionText(a.condition) + QStringLiteral(" @%1").arg(a.raisedMicros / 1000);
-    if (a.acknowledgedMicros)
-        text += QStringLiteral(" ack@%1").arg(*a.acknowledgedMicros / 1000);
-    if (a.clearedMicros)
-        text += QStringLiteral(" cleared@%1").arg(*a.clearedMicros / 1000);
-    return text;
-}
-
 // Runs "ms event" steps on the virtual clock. Events: "ok" (a good reading),
-// "rfA10" / "rfB10" style antenna levels, "clip", "bat10", "bat0",
-// "off", "back", "ack".
+// "rfA10" / "rfB10" (that antenna alone), "clip", "bat10", "off", "back", "ack".
+// Each alarm reads "condition @raised ack@ms cleared@ms".
 QStringList run(const QString &script, const AlarmSettings &settings = {})
 {
     VirtualClock clock;
     AlarmEngine engine(clock);
     engine.setSettings(settings);
-    ReceiverStatus s = receiver();
-    for (const QString &step : script.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
-        const QStringList parts = step.trimmed().split(QLatin1Char(' '));
-        const auto at = static_cast<std::uint64_t>(parts.at(0).toInt()) * 1000;
-        clock.advanceMicros(at - clock.nowMicros());
+    for (const QString &step : script.split(';', Qt::SkipEmptyParts)) {
+        const QStringList parts = step.trimmed().split(' ');
+        clock.advanceMicros(parts.at(0).toULongLong() * 1000 - clock.nowMicros());
         const QString event = parts.value(1);
-        ReceiverStatus reading = s;
-        if (event == QLatin1String("off")) {
+        ReceiverStatus reading = receiver();
+        if (event == "off") {
             engine.onWentOffline(reading);
-        } else if (event == QLatin1String("back")) {
+        } else if (event == "back") {
             engine.onCameBack(reading);
-        } else if (event == QLatin1String("ack")) {
+        } else if (event == "ack") {
             engine.acknowledge(reading.address);
         } else {
-            if (event.startsWith(QLatin1String("rfA")))
-                reading.rfA = reading.rfB = 0, reading.rfA = event.mid(3).toInt();
-            if (event.startsWith(QLatin1String("rfB")))
-                reading.rfA = reading.rfB = 0, reading.rfB = event.mid(3).toInt();
-            if (event.startsWith(QLatin1String("bat")))
-                reading.batteryPercent = event.mid(3).toInt();
-            reading.audioClip = event == QLatin1String("clip");
+            const int value = event.mid(3).toInt();
+            if (event.startsWith("rf"))
+                reading.rfA = reading.rfB = 0;
+            if (event.startsWith("rfA"))
+                reading.rfA = value;
+            if (event.startsWith("rfB"))
+                reading.rfB = value;
+            if (event.startsWith("bat"))
+                reading.batteryPercent = value;
+            reading.audioClip = event == "clip";
             engine.onLevelsRead(reading);
         }
     }
     QStringList out;
-    for (const Alarm &a : engine.alarms())
-        out << describe(a);
+    for (const Alarm &a : engine.alarms()) {
+        QString text = conditionText(a.condition) + QStringLiteral(" @%1").arg(a.raisedMicros / 1000);
+        if (a.acknowledgedMicros)
+            text += QStringLiteral(" ack@%1").arg(*a.acknowledgedMicros / 1000);
+        if (a.clearedMicros)
+            text += QStringLiteral(" cleared@%1").arg(*a.clearedMicros / 1000);
+        out << text;
+    }
     return out;
 }
 } // namespace
@@ -78,31 +75,30 @@ private slots:
         QTest::addColumn<QString>("script");
         QTest::addColumn<QStringList>("alarms");
         // Squelch setting 20 is level 29 on the meters' scale.
-        QTest::newRow("RF low: 2 s is not longer than 2 s")
-            << "0 rfA0; 1000 rfA0; 2000 rfA0; 2050 ok" << QStringList{};
-        QTest::newRow("RF low raised after 2 s, cleared by a good reading")
-            << "0 rfA0; 2000 rfA0; 2100 rfB10; 2600 ack; 3000 ok"
-            << QStringList{"RF below squelch @2100 ack@2600 cleared@3000"};
-        QTest::newRow("RF at the squelch level is not below it")
-            << "0 rfA29; 3000 rfB29; 6000 rfA29" << QStringList{};
-        QTest::newRow("one antenna above keeps RF fine") << "0 rfA99; 3000 rfA99" << QStringList{};
-        QTest::newRow("a good reading restarts the RF timer")
-            << "0 rfA0; 1500 ok; 1600 rfA0; 3500 rfA0; 3700 rfA0" << QStringList{"RF below squelch @3700"};
-        QTest::newRow("battery at 10 %, then fresh")
-            << "100 bat10; 200 bat10; 900 bat100" << QStringList{"Battery low @100 cleared@900"};
-        QTest::newRow("battery OFF") << "100 bat0" << QStringList{"Battery low @100"};
-        QTest::newRow("battery 40 % is fine") << "100 bat40" << QStringList{};
-        QTest::newRow("offline until back") << "0 ok; 500 off; 700 off; 1200 ack; 4000 back"
-                                            << QStringList{"Offline @500 ack@1200 cleared@4000"};
-        QTest::newRow("offline ends RF low; a reading ends offline")
-            << "0 rfA0; 2500 rfA0; 3000 off; 5000 ok"
-            << QStringList{"RF below squelch @2500 cleared@3000", "Offline @3000 cleared@5000"};
-        QTest::newRow("clipping longer than 0.5 s")
-            << "0 clip; 500 clip; 600 clip; 800 ok" << QStringList{"Audio clipping @600 cleared@800"};
-        QTest::newRow("short clipping is no alarm") << "0 clip; 400 clip; 450 ok; 900 clip" << QStringList{};
-        QTest::newRow("raised again after clearing")
-            << "0 bat10; 100 bat100; 200 bat0"
-            << QStringList{"Battery low @0 cleared@100", "Battery low @200"};
+        const auto row = [](const char *name, const char *script, const QStringList &alarms) {
+            QTest::newRow(name) << QString(script) << alarms;
+        };
+        row("RF low: 2 s is not longer than 2 s", "0 rfA0; 1000 rfA0; 2000 rfA0; 2050 ok", {});
+        row("RF low raised after 2 s, cleared by a good reading",
+            "0 rfA0; 2000 rfA0; 2100 rfB10; 2600 ack; 3000 ok",
+            {"RF below squelch @2100 ack@2600 cleared@3000"});
+        row("RF at the squelch level is not below it", "0 rfA29; 3000 rfB29; 6000 rfA29", {});
+        row("one antenna above keeps RF fine", "0 rfA99; 3000 rfA99", {});
+        row("a good reading restarts the RF timer", "0 rfA0; 1500 ok; 1600 rfA0; 3500 rfA0; 3700 rfA0",
+            {"RF below squelch @3700"});
+        row("battery at 10 %, then fresh", "100 bat10; 200 bat10; 900 bat100",
+            {"Battery low @100 cleared@900"});
+        row("battery OFF", "100 bat0", {"Battery low @100"});
+        row("battery 40 % is fine", "100 bat40", {});
+        row("offline until back", "0 ok; 500 off; 700 off; 1200 ack; 4000 back",
+            {"Offline @500 ack@1200 cleared@4000"});
+        row("offline ends RF low; a reading ends offline", "0 rfA0; 2500 rfA0; 3000 off; 5000 ok",
+            {"RF below squelch @2500 cleared@3000", "Offline @3000 cleared@5000"});
+        row("clipping longer than 0.5 s", "0 clip; 500 clip; 600 clip; 800 ok",
+            {"Audio clipping @600 cleared@800"});
+        row("short clipping is no alarm", "0 clip; 400 clip; 450 ok; 900 clip", {});
+        row("raised again after clearing", "0 bat10; 100 bat100; 200 bat0",
+            {"Battery low @0 cleared@100", "Battery low @200"});
     }
     void conditions()
     {

@@ -226,6 +226,8 @@ private slots:
         second("text for a number", "7,\"X\",one,2,\"72F2\",\"72F2\",30,0,0,0\r\n");
         second("squelch beyond a byte", "7,\"X\",1,2,\"72F2\",\"72F2\",256,0,0,0\r\n");
         second("flag neither 0 nor -1", "7,\"X\",1,2,\"72F2\",\"72F2\",30,0,2,0\r\n");
+        // The format has no escape for a quote inside a string.
+        second("quote inside a name", "9,\"A\"B\",2,3,\"72F2\",\"72F2\",20,32,0,0\r\n");
         second("frequency not in quotes", "7,\"X\",1,2,72F2,\"72F2\",30,0,0,0\r\n");
         second("binary garbage with zero bytes", QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16));
         QTest::newRow("address out of range")
