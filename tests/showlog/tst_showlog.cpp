@@ -74,21 +74,20 @@ private slots:
         QLocale::setDefault(QLocale(QStringLiteral("de_DE")));
         QTemporaryDir dir;
         Bench b;
-        ShowLog &log = b.log;
         const QString path = dir.filePath(QStringLiteral("show.csv"));
         QString error;
-        QVERIFY2(log.start(path, &error), qPrintable(error));
-        log.onReceiverFound(status());
+        QVERIFY2(b.log.start(path, &error), qPrintable(error));
+        b.log.onReceiverFound(status());
         b.clock.advanceMillis(1234);
         if (event == QLatin1String("level"))
-            log.onLevelsRead(status());
+            b.log.onLevelsRead(status());
         else if (event == QLatin1String("scan"))
-            log.onScanPointRead(7, 500, 812.5, 0, 99);
+            b.log.onScanPointRead(7, 500, 812.5, 0, 99);
         else if (event == QLatin1String("recorder"))
-            log.onRecorderSampled(7, 48, 0);
+            b.log.onRecorderSampled(7, 48, 0);
         else
-            log.onSignalDropped(7, QLatin1Char('B'), 3);
-        log.stop();
+            b.log.onSignalDropped(7, 'B', 3);
+        b.log.stop();
         const QStringList lines = linesOf(path);
         QCOMPARE(lines.size(), 2);
         QVERIFY(lines[0].startsWith(QStringLiteral("time,event,address,name,")));
@@ -99,17 +98,16 @@ private slots:
     {
         QTemporaryDir dir;
         Bench b;
-        ShowLog &log = b.log;
         const QString path = dir.filePath(QStringLiteral("show.csv"));
-        QVERIFY(log.start(path, nullptr));
-        log.onLevelsRead(status());
+        QVERIFY(b.log.start(path, nullptr));
+        b.log.onLevelsRead(status());
         QCOMPARE(linesOf(path).size(), 0); // buffered, not written per reading
         QTRY_COMPARE_WITH_TIMEOUT(linesOf(path).size(), 2, 1500);
         // A second start appends below, without a second header.
-        log.stop();
-        QVERIFY(log.start(path, nullptr));
-        log.onLevelsRead(status());
-        log.stop();
+        b.log.stop();
+        QVERIFY(b.log.start(path, nullptr));
+        b.log.onLevelsRead(status());
+        b.log.stop();
         QCOMPARE(linesOf(path).size(), 3);
     }
 
@@ -118,19 +116,18 @@ private slots:
     void unwritableOrFullDisk()
     {
         Bench b;
-        ShowLog &log = b.log;
-        QSignalSpy failed(&log, &ShowLog::failed);
+        QSignalSpy failed(&b.log, &ShowLog::failed);
         QString error;
-        QVERIFY(!log.start(QStringLiteral("/nonexistent-folder/show.csv"), &error));
-        QVERIFY(!error.isEmpty() && !log.isLogging());
-        QVERIFY(log.start(QStringLiteral("/dev/full"), nullptr));
-        log.onLevelsRead(status());
-        QVERIFY(!log.writer().flush());
-        QVERIFY(!log.isLogging());
-        log.onLevelsRead(status());
-        log.onSignalDropped(7, QLatin1Char('A'), 1);
-        log.writer().flush();
-        log.stop();
+        QVERIFY(!b.log.start(QStringLiteral("/nonexistent-folder/show.csv"), &error));
+        QVERIFY(!error.isEmpty() && !b.log.isLogging());
+        QVERIFY(b.log.start(QStringLiteral("/dev/full"), nullptr));
+        b.log.onLevelsRead(status());
+        QVERIFY(!b.log.writer().flush());
+        QVERIFY(!b.log.isLogging());
+        b.log.onLevelsRead(status());
+        b.log.onSignalDropped(7, 'A', 1);
+        b.log.writer().flush();
+        b.log.stop();
         QCOMPARE(failed.size(), 1);
         const QString message = failed.at(0).at(0).toString();
         QVERIFY2(message.contains(QStringLiteral("/dev/full")) && message.contains(QStringLiteral("stopped")),
