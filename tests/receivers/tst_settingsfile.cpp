@@ -15,9 +15,9 @@ class TestSettingsFile : public QObject
 private slots:
     void everySavedRecordLoadsBackAsItsSettingsWrite()
     {
-        // What detection can store: any Latin-1 byte in the texts, texts cut
-        // short by a short reply, group 0..15, channel 1..16, squelch and the
-        // second level 0..255, both flags.
+        // What detection or a hand-edited file can store: any Latin-1 byte in
+        // the texts, texts cut short or a name too long, group 0..15, channel
+        // 1..16, squelch and the second level 0..255, both flags.
         QRandomGenerator random(9);
         const auto text = [&](int longest) {
             QString t(random.bounded(longest + 1), QChar());
@@ -48,7 +48,7 @@ private slots:
             for (int address = 1; address <= 64; ++address) {
                 ReceiverRecord r;
                 r.address = address;
-                r.name = text(6);
+                r.name = text(8);
                 r.group = int(random.bounded(16));
                 r.channel = 1 + int(random.bounded(16));
                 r.channelFreqCode = text(4);
