@@ -1,0 +1,464 @@
+// The feeds' options, then each feed against a real counterpart: a liblo OSC
+// server, a mosquitto broker, raw HTTP clients and headless Chromium.
+#include "core/options.h"
+#include "feeds/feedhub.h"
+#include "feeds/feedstatus.h"
+#include "platform/settingsstore.h"
+#include "support/fakereceiverbus.h"
+#include "support/netsupport.h"
+
+#include <QCommandLineParser>
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QWebSocket>
+
+#include <cstdint>
+#include <cstring>
+
+#include <lo/lo.h>
+
+using namespace zun;
+
+namespace {
+
+QString describe(const FeedOptions &o)
+{
+    QStringList osc;
+    for (const OscTarget &t : o.oscTargets)
+        osc << QStringLiteral("%1:%2").arg(t.host).arg(t.port);
+    return QStringLiteral("osc=%1 mqtt=%2:%3 web=%4 token=%5 net=%6")
+        .arg(osc.join(QLatin1Char(',')), o.mqttHost)
+        .arg(o.mqttPort)
+        .arg(o.webPort)
+        .arg(o.webToken)
+        .arg(o.webAllowNetwork);
+}
+
+// A real OSC receiver; every message as "path types args…".
+struct OscReceiver
+{
+    OscReceiver() { lo_server_add_method(server, nullptr, nullptr, &OscReceiver::onMessage, this); }
+    ~OscReceiver() { lo_server_free(server); }
+    quint16 port() const { return static_cast<quint16>(lo_server_get_port(server)); }
+
+    // Lets the program run while draining the socket, for ms.
+    void pump(int ms)
+    {
+        QElapsedTimer t;
+        t.start();
+        while (t.elapsed() < ms) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+            while (lo_server_recv_noblock(server, 5) > 0) {
+            }
+        }
+    }
+
+    static int onMessage(const char *path, const char *types, lo_arg **argv, int argc, lo_message, void *self)
+    {
+        QString line = QString::fromUtf8(path) + QLatin1Char(' ') + QString::fromLatin1(types);
+        for (int i = 0; i < argc; ++i) {
+            // liblo aligns arguments to 4 bytes only, less than lo_arg asks for:
+            // copy the bytes out rather than reading through the union.
+            const char *bytes = reinterpret_cast<const char *>(argv[i]);
+            std::int32_t integer = 0;
+            float real = 0;
+            if (types[i] == 's') {
+                line += QLatin1Char(' ') + QString::fromUtf8(bytes);
+            } else if (types[i] == 'i') {
+                std::memcpy(&integer, bytes, sizeof integer);
+                line += QStringLiteral(" %1").arg(integer);
+            } else if (types[i] == 'f') {
+                std::memcpy(&real, bytes, sizeof real);
+                line += QStringLiteral(" %1").arg(double(real), 0, 'f', 3);
+            }
+        }
+        static_cast<OscReceiver *>(self)->messages << line;
+        return 0;
+    }
+
+    lo_server server = lo_server_new_with_proto(nullptr, LO_UDP, nullptr);
+    QStringList messages;
+};
+
+// mosquitto_sub -v on zunoria/#: the latest payload and a count per topic.
+struct Subscriber
+{
+    explicit Subscriber(quint16 port)
+    {
+        QObject::connect(&child.process, &QProcess::readyReadStandardOutput, [this] {
+            while (child.process.canReadLine()) {
+                const QByteArray line = child.process.readLine().chopped(1);
+                const QString topic = QString::fromUtf8(line.left(line.indexOf(' ')));
+                latest[topic] = line.mid(line.indexOf(' ') + 1);
+                ++counts[topic];
+            }
+        });
+        child.process.start("mosquitto_sub",
+                            {"-h", "127.0.0.1", "-p", QString::number(port), "-v", "-t", "zunoria/#"});
+    }
+    QString field(const QString &topic, const QString &key) const
+    {
+        return QJsonDocument::fromJson(latest.value(topic)).object().value(key).toVariant().toString();
+    }
+    Child child;
+    QHash<QString, QByteArray> latest;
+    QHash<QString, int> counts;
+};
+
+const QString kToken = QStringLiteral("tok-42");
+
+// Sends raw bytes and returns everything the server answers until it closes
+// or goes quiet for a second.
+QByteArray exchange(quint16 port, const QByteArray &request)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    socket.write(request);
+    QByteArray answer;
+    QElapsedTimer quiet;
+    quiet.start();
+    while (quiet.elapsed() < 1000 && socket.state() != QAbstractSocket::UnconnectedState) {
+        QTest::qWait(10);
+        if (socket.bytesAvailable() > 0) {
+            answer += socket.readAll();
+            quiet.restart();
+        }
+    }
+    return answer + socket.readAll();
+}
+
+QByteArray upgradeRequest(const QByteArray &target)
+{
+    return "GET " + target +
+           " HTTP/1.1\r\nHost: 127.0.0.1\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+           "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n";
+}
+
+// Headless Chromium driven over its DevTools WebSocket.
+class Browser
+{
+public:
+    bool open(const QString &url)
+    {
+        const QString devtoolsPort = QString::number(freeLoopbackPort());
+        m_chromium.process.start(
+            "/usr/bin/chromium",
+            {"--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+             "--disable-background-networking", "--disable-component-update", "--disable-sync",
+             "--user-data-dir=" + m_profile.path(), "--remote-debugging-port=" + devtoolsPort, url});
+        QNetworkAccessManager net;
+        QString target;
+        QObject::connect(&net, &QNetworkAccessManager::finished, [&](QNetworkReply *reply) {
+            for (const QJsonValue &v : QJsonDocument::fromJson(reply->readAll()).array())
+                if (v["type"] == QStringLiteral("page"))
+                    target = v["webSocketDebuggerUrl"].toString();
+            reply->deleteLater();
+        });
+        for (int i = 0; i < 100 && target.isEmpty(); ++i) {
+            QTest::qWait(200);
+            net.get(QNetworkRequest(QUrl("http://127.0.0.1:" + devtoolsPort + "/json/list")));
+        }
+        QObject::connect(&m_devtools, &QWebSocket::textMessageReceived, [this](const QString &text) {
+            const QJsonObject reply = QJsonDocument::fromJson(text.toUtf8()).object();
+            if (reply["id"].toInt() == m_id)
+                m_result = reply["result"]["result"]["value"].toString();
+        });
+        m_devtools.open(QUrl(target));
+        return QTest::qWaitFor([this] { return m_devtools.state() == QAbstractSocket::ConnectedState; },
+                               5000);
+    }
+
+    // The value of a JavaScript expression, as text.
+    QString evaluate(const QString &expression)
+    {
+        m_result.reset();
+        const QJsonObject call{{"id", ++m_id},
+                               {"method", "Runtime.evaluate"},
+                               {"params", QJsonObject{{"expression", expression}, {"returnByValue", true}}}};
+        m_devtools.sendTextMessage(QString::fromUtf8(QJsonDocument(call).toJson(QJsonDocument::Compact)));
+        return QTest::qWaitFor([this] { return m_result.has_value(); }, 5000) ? *m_result : QString();
+    }
+
+private:
+    QTemporaryDir m_profile;
+    Child m_chromium;
+    QWebSocket m_devtools;
+    int m_id = 0;
+    std::optional<QString> m_result;
+};
+
+} // namespace
+
+class TestFeeds : public QObject
+{
+    Q_OBJECT
+
+    // A dashboard with its token, two receivers detected.
+    void startDashboard()
+    {
+        m_bus = std::make_unique<FakeReceiverBus>();
+        FeedOptions options;
+        options.webPort = m_port = freeLoopbackPort();
+        options.webToken = kToken;
+        m_hub = attachFeeds(options, m_bus.get());
+        m_bus->replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), m_vox});
+    }
+
+    std::unique_ptr<FakeReceiverBus> m_bus;
+    FeedHub *m_hub = nullptr;
+    quint16 m_port = 0;
+    const ReceiverStatus m_vox = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü <b>"));
+
+private slots:
+    void options_data()
+    {
+        QTest::addColumn<QString>("stored"); // Key=Value;Key=Value in section "Feeds"
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<QString>("expected"); // describe() of the result, or the error text
+
+        const QString off = QStringLiteral("osc= mqtt=:1883 web=0 token= net=0");
+        QTest::newRow("nothing: all off") << "" << QStringList{} << off;
+        QTest::newRow("all stored")
+            << "OscTargets=a:1, b:2;MqttHost=broker;MqttPort=8883;WebPort=8080;WebToken=tok;WebAllowNetwork=1"
+            << QStringList{} << "osc=a:1,b:2 mqtt=broker:8883 web=8080 token=tok net=1";
+        QTest::newRow("invalid stored parts dropped")
+            << "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:1;MqttPort=x;WebPort=-5;WebToken=has space;"
+               "WebAllowNetwork=yes"
+            << QStringList{} << "osc=a:1 mqtt=:1883 web=0 token= net=0";
+        QTest::newRow("command line over stored")
+            << "OscTargets=a:1;MqttPort=8883"
+            << QStringList{"--osc", "desk:9000", "--osc", "[::1]:8000", "--mqtt", "b"}
+            << "osc=desk:9000,::1:8000 mqtt=b:1883 web=0 token= net=0";
+        QTest::newRow("mqtt with port, web with token")
+            << "" << QStringList{"--mqtt", "10.0.0.2:1884", "--web", "8080", "--web-token", "s3cret-_.~"}
+            << "osc= mqtt=10.0.0.2:1884 web=8080 token=s3cret-_.~ net=0";
+        QTest::newRow("osc without port")
+            << "" << QStringList{"--osc", "desk"} << "--osc expects HOST:PORT, not \"desk\"";
+        QTest::newRow("bare v6 osc") << "" << QStringList{"--osc", "::1:9000"}
+                                     << "--osc expects HOST:PORT, not \"::1:9000\"";
+        QTest::newRow("mqtt bad port") << "" << QStringList{"--mqtt", "broker:70000"}
+                                       << "--mqtt expects HOST[:PORT], not \"broker:70000\"";
+        QTest::newRow("web port 0") << "" << QStringList{"--web", "0"}
+                                    << "--web expects a port 1..65535, not \"0\"";
+        QTest::newRow("token with a quote") << "" << QStringList{"--web", "1", "--web-token", "a\"b"}
+                                            << "--web-token takes letters, digits and . _ ~ - only";
+    }
+    void options()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QStringList, args);
+        MemorySettingsStore store;
+        for (const QString &pair : stored.split(QLatin1Char(';'), Qt::SkipEmptyParts))
+            store.save(kAppName, kFeedSection, pair.section('=', 0, 0), pair.section('=', 1));
+        QCommandLineParser parser;
+        parser.addOptions(feedCommandLineOptions());
+        QVERIFY(parser.parse(QStringList{"zunoria"} + args));
+        QString error;
+        const auto options = applyFeedArguments(parser, loadFeedOptions(store, kAppName), &error);
+        QTEST(options ? describe(*options) : error, "expected");
+    }
+
+    void statusText()
+    {
+        using M = FeedStatus::Mqtt;
+        QCOMPARE(feedStatusText({0, M::Off, {}, {}}), QString());
+        QCOMPARE(feedStatusText({1, M::Connecting, {}, {}}), "OSC: 1 target · MQTT: connecting");
+        QCOMPARE(feedStatusText({2, M::Connected, "http://h:1/?token=t", {}}),
+                 "OSC: 2 targets · MQTT: connected · Web: http://h:1/?token=t");
+        QCOMPARE(feedStatusText({0, M::Disconnected, {}, "MQTT: connection lost"}),
+                 "MQTT: disconnected · MQTT: connection lost");
+    }
+
+    void oscReachesAReceiver()
+    {
+        OscReceiver rx;
+        FeedOptions options;
+        // Two targets that never answer sit in front of the real one.
+        options.oscTargets = {
+            {"no-such-host.invalid", 9000}, {"127.0.0.1", freeLoopbackPort()}, {"127.0.0.1", rx.port()}};
+        FakeReceiverBus bus;
+        FeedHub *hub = attachFeeds(options, &bus);
+        QCOMPARE(hub->statusText(), "OSC: 3 targets");
+
+        ReceiverStatus quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü"));
+        quoted.mute = true;
+        bus.replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), quoted});
+        rx.pump(300);
+        for (const char *expected :
+             {"/zunoria/rx/03/name s Vox \"1\" ü", "/zunoria/rx/03/freq f 500.375",
+              "/zunoria/rx/03/rfa if 43 -68.500", "/zunoria/rx/03/rfb if 33 -73.500",
+              "/zunoria/rx/03/af i 20", "/zunoria/rx/03/battery i 80", "/zunoria/rx/03/mute T",
+              "/zunoria/rx/03/online T", "/zunoria/rx/01/name s Gtr"})
+            QVERIFY2(rx.messages.contains(QString::fromUtf8(expected)), expected);
+
+        // Going offline is said at once, and an offline receiver is not sent.
+        rx.messages.clear();
+        quoted.online = false;
+        emit bus.wentOffline(quoted);
+        rx.pump(200);
+        QVERIFY(rx.messages.contains("/zunoria/rx/03/online F"));
+        QVERIFY(!rx.messages.contains("/zunoria/rx/03/name s Vox \"1\" ü"));
+        QTRY_VERIFY_WITH_TIMEOUT(hub->statusText().contains("cannot find host no-such-host.invalid"), 30000);
+
+        // A pass every millisecond for half a second: far more bundles than the limit lets through.
+        rx.messages.clear();
+        QElapsedTimer t;
+        t.start();
+        while (t.elapsed() < 500) {
+            emit bus.passEnded(1);
+            rx.pump(1);
+        }
+        rx.pump(OscFeed::kMinBundleIntervalMs * 2);
+        const qint64 bundles = rx.messages.count("/zunoria/rx/01/online T");
+        QVERIFY2(bundles >= 2 && bundles <= t.elapsed() / OscFeed::kMinBundleIntervalMs + 1,
+                 qPrintable(QStringLiteral("%1 bundles in %2 ms").arg(bundles).arg(t.elapsed())));
+    }
+
+    void mqttPublishesToARealBroker()
+    {
+        const quint16 port = freeLoopbackPort();
+        FeedOptions options;
+        options.mqttHost = QStringLiteral("127.0.0.1");
+        options.mqttPort = port;
+        FakeReceiverBus bus;
+        auto hub = std::unique_ptr<FeedHub>(attachFeeds(options, &bus, &bus));
+
+        // The broker is not there yet: the feed says so and keeps trying.
+        const ReceiverStatus quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü\\"));
+        emit bus.levelsRead(quoted);
+        QTRY_VERIFY(hub->statusText().startsWith("MQTT: disconnected · MQTT: 127.0.0.1:"));
+
+        Child broker;
+        QVERIFY(startServer(broker, "mosquitto", {"-p", QString::number(port)}, port));
+        Subscriber sub(port);
+        bus.replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), quoted});
+        // The feed finds the broker on its own, with back-off.
+        QTRY_COMPARE_WITH_TIMEOUT(hub->statusText(), "MQTT: connected", 15000);
+        QTRY_COMPARE(sub.latest.value("zunoria/COM1/status"), "online");
+        const QString state3 = QStringLiteral("zunoria/COM1/rx/03/state");
+        QTRY_COMPARE(sub.field(state3, "name"), quoted.name);
+        QVERIFY(sub.latest.value(state3).contains(R"(\"1\")"));
+        QCOMPARE(sub.field(state3, "freq"), "500.375");
+        QTRY_COMPARE(sub.field("zunoria/COM1/rx/01/state", "name"), "Gtr");
+
+        // Ten level changes in quick succession: the last one arrives, at most
+        // one publish per 500 ms carries the ones in between.
+        const int before = sub.counts.value(state3);
+        ReceiverStatus moving = quoted;
+        for (moving.rfA = 60; moving.rfA < 70; ++moving.rfA) {
+            emit bus.levelsRead(moving);
+            QTest::qWait(20);
+        }
+        QTRY_COMPARE(sub.field(state3, "rfa"), "69");
+        QVERIFY2(sub.counts.value(state3) - before <= 2,
+                 qPrintable(QString::number(sub.counts[state3] - before)));
+
+        // A new port name moves the topics; the old bus says goodbye.
+        emit bus.portChanged(QStringLiteral("COM2"));
+        QTRY_COMPARE(sub.latest.value("zunoria/COM1/status"), "offline");
+        QTRY_COMPARE_WITH_TIMEOUT(sub.field("zunoria/COM2/rx/03/state", "rfa"), "69", 10000);
+        hub.reset();
+        QTRY_COMPARE(sub.latest.value("zunoria/COM2/status"), "offline");
+    }
+
+    void dashboardHttp_data()
+    {
+        QTest::addColumn<QByteArray>("target"); // of a GET, or "ws:" and the target of an upgrade
+        QTest::addColumn<QByteArray>("status"); // empty: any answer or none
+        QTest::newRow("no token") << QByteArray("/") << QByteArray("403");
+        QTest::newRow("wrong token") << QByteArray("/?token=tok-43") << QByteArray("403");
+        QTest::newRow("token prefix") << QByteArray("/?token=tok") << QByteArray("403");
+        QTest::newRow("page") << QByteArray("/?token=tok-42") << QByteArray("200");
+        QTest::newRow("other path") << QByteArray("/etc/passwd?token=tok-42") << QByteArray("404");
+        QTest::newRow("websocket without token") << QByteArray("ws:/ws") << QByteArray("403");
+        QTest::newRow("websocket, wrong token") << QByteArray("ws:/ws?token=x") << QByteArray("403");
+        QTest::newRow("malformed") << QByteArray("\x01\x02 GARBAGE\r\n\r\n") << QByteArray();
+    }
+    void dashboardHttp()
+    {
+        QFETCH(QByteArray, target);
+        QFETCH(QByteArray, status);
+        startDashboard();
+        QCOMPARE(m_hub->statusText(), QStringLiteral("Web: http://127.0.0.1:%1/?token=tok-42").arg(m_port));
+        const QByteArray answer =
+            exchange(m_port, target.startsWith("ws:") ? upgradeRequest(target.mid(3))
+                                                      : "GET " + target + " HTTP/1.1\r\nHost: x\r\n\r\n");
+        QVERIFY2(answer.startsWith(status.isEmpty() ? QByteArray() : "HTTP/1.1 " + status),
+                 answer.constData());
+        // Refusals carry nothing but their status line and headers.
+        const QByteArray body = answer.mid(answer.indexOf("\r\n\r\n") + 4);
+        if (status == "200")
+            QVERIFY(body.contains("new WebSocket(") && body.contains("<style>*"));
+        else if (!status.isEmpty())
+            QVERIFY2(body.isEmpty(), body.constData());
+        // Whatever came before, the server still serves.
+        QVERIFY(
+            exchange(m_port, "GET /?token=tok-42 HTTP/1.1\r\nHost: x\r\n\r\n").startsWith("HTTP/1.1 200"));
+    }
+
+    void dashboardDropsAClientThatNeverReads()
+    {
+        startDashboard();
+        QTcpSocket stuck;
+        stuck.setReadBufferSize(1);
+        stuck.connectToHost(QHostAddress::LocalHost, m_port);
+        QVERIFY(stuck.waitForConnected(3000));
+        stuck.write(upgradeRequest("/ws?token=" + kToken.toLatin1()));
+        QWebSocket reader;
+        int readerGot = 0;
+        connect(&reader, &QWebSocket::textMessageReceived, this, [&] { ++readerGot; });
+        reader.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=%2").arg(m_port).arg(kToken)));
+        QTRY_COMPARE(m_hub->dashboard()->clientCount(), 2);
+
+        // Long names make every flush large; the stuck client's queue fills.
+        QList<ReceiverStatus> all;
+        for (int a = 1; a <= 64; ++a)
+            all << FakeReceiverBus::receiver(a, QString(200, QChar(0x263A)));
+        QElapsedTimer t;
+        t.start();
+        for (int step = 0; m_hub->dashboard()->droppedClients() == 0 && t.elapsed() < 60000; ++step) {
+            for (ReceiverStatus s : all) {
+                s.rfA = step % 99;
+                emit m_bus->levelsRead(s);
+            }
+            m_hub->dashboard()->flush();
+            QTest::qWait(2);
+        }
+        QCOMPARE(m_hub->dashboard()->droppedClients(), 1);
+        QCOMPARE(m_hub->dashboard()->clientCount(), 1);
+        QCOMPARE(reader.state(), QAbstractSocket::ConnectedState);
+        QVERIFY(readerGot > 1);
+    }
+
+    void dashboardInABrowserShowsLiveState()
+    {
+        startDashboard();
+        // What the page shows: address:name:RF A level:online per panel.
+        const QString panels = QStringLiteral(
+            "Array.from(document.querySelectorAll('.panel')).map(p => p.dataset.address + ':' + "
+            "p.querySelector('.name').textContent + ':' + p.querySelector('.rfa').dataset.level + ':' + "
+            "p.querySelector('.state').textContent).join('|')");
+        Browser browser;
+        QVERIFY(browser.open(QStringLiteral("http://127.0.0.1:%1/?token=%2").arg(m_port).arg(kToken)));
+        const QString vox = QStringLiteral("3:Vox \"1\" ü <b>:");
+        QTRY_COMPARE_WITH_TIMEOUT(browser.evaluate(panels), "1:Gtr:41:|" + vox + "43:", 30000);
+
+        ReceiverStatus louder = m_vox, gone = FakeReceiverBus::receiver(1, QStringLiteral("Gtr"));
+        louder.rfA = 77;
+        gone.online = false;
+        emit m_bus->levelsRead(louder);
+        emit m_bus->wentOffline(gone);
+        emit m_bus->passEnded(1);
+        QTRY_COMPARE_WITH_TIMEOUT(browser.evaluate(panels), "1:Gtr:41:offline|" + vox + "77:", 1000);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFeeds)
+#include "tst_feeds.moc"
