@@ -292,12 +292,7 @@ const std::map<QString, Run> &runs()
           },
           "passes 1"}},
         {"odd-replies",
-         {[](Session &s) {
-              SimReceiver odd;
-              odd.address = 7;
-              odd.name = "M\xC4RZ  ";
-              s.bus.addReceiver(odd);
-          },
+         {[](Session &s) { s.bus.addReceiver(7).name = "M\xC4RZ  "; },
           "forget; passes 1; fault 1 garbled; fault 5 late; passes 2; panel 0 name; passes 1"}},
     };
     return table;
