@@ -11,8 +11,6 @@
 using namespace zun;
 
 namespace {
-constexpr int kFast = 115200;
-
 QByteArray bytesOf(const std::vector<SimTimedByte> &timed)
 {
     QByteArray bytes;
@@ -22,15 +20,9 @@ QByteArray bytesOf(const std::vector<SimTimedByte> &timed)
 }
 
 // Sends one frame at the given time and returns everything that comes back.
-QByteArray ask(SimBus &bus, const QByteArray &frame, std::uint64_t atMicros = 0, int baud = kFast)
+QByteArray ask(SimBus &bus, const QByteArray &frame, std::uint64_t atMicros = 0)
 {
-    return bytesOf(bus.hostTransmit(frame + '\r', atMicros, baud));
-}
-
-bool allHex(QByteArrayView text)
-{
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return std::isxdigit(static_cast<unsigned char>(c)); });
+    return bytesOf(bus.hostTransmit(frame + '\r', atMicros, 115200));
 }
 } // namespace
 
@@ -39,6 +31,7 @@ class TstSimBus : public QObject
     Q_OBJECT
 
 private slots:
+    // Each fault twice on receiver 5's level reply, then a clean reply; receiver 6 is not touched.
     void scriptedFaults_data()
     {
         QTest::addColumn<int>("fault");
@@ -54,33 +47,36 @@ private slots:
         bus.addReceiver(6);
         bus.faults().setLateDelayMicros(300000);
         bus.scriptFaults(5, SimFault(fault), 2);
-        QCOMPARE(ask(bus, "%06N").size(), 12); // another address is not touched
-        for (int i = 0; i < 2; ++i) {
-            const std::vector<SimTimedByte> timed = bus.hostTransmit("%05N\r", 0, kFast);
+        QCOMPARE(ask(bus, "%06N").size(), 12);
+        for (int i = 0; i < 3; ++i) {
+            const std::vector<SimTimedByte> timed = bus.hostTransmit("%05N\r", 0, 115200);
             const QByteArray r = bytesOf(timed);
+            const bool hexData = r.size() >= 11 && std::all_of(r.begin() + 3, r.begin() + 11, [](char c) {
+                                     return std::isxdigit(static_cast<unsigned char>(c));
+                                 });
+            const bool clean = r.startsWith("$05") && r.size() == 12 && hexData && timed.back().micros < 5000;
             const bool asExpected = [&] {
-                switch (SimFault(fault)) {
+                switch (i == 2 ? SimFault::None : SimFault(fault)) {
                 case SimFault::NoReply:
                     return r.isEmpty();
                 case SimFault::Garbled:
                     return !r.startsWith('$');
                 case SimFault::CorruptData:
-                    return r.startsWith("$05") && r.size() == 12 && !allHex(r.mid(3, 8));
+                    return r.startsWith("$05") && r.size() == 12 && !hexData;
                 case SimFault::WrongAddress:
                     return r.startsWith("$06");
                 case SimFault::Partial:
                     return !r.isEmpty() && r.size() < 12;
                 case SimFault::Late:
                     return r.size() == 12 && timed.front().micros > 300000;
-                default:
+                case SimFault::Noise:
                     return r.size() > 12 && !r.startsWith('$') && r.right(12).startsWith("$05");
+                default:
+                    return clean;
                 }
             }();
             QVERIFY2(asExpected, r.constData());
         }
-        const std::vector<SimTimedByte> clean = bus.hostTransmit("%05N\r", 0, kFast);
-        QVERIFY(bytesOf(clean).startsWith("$05") && bytesOf(clean).size() == 12);
-        QVERIFY(clean.back().micros < 5000);
     }
 
     // Random faults and levels repeat exactly for a seed, so a failing run can be replayed.
@@ -106,7 +102,8 @@ private slots:
         QVERIFY2(a.count('x') > 140 && a.count('x') < 215, qPrintable(QString::number(a.count('x'))));
     }
 
-    void lineDeliversBytesAtTheirArrival()
+    // The reply's timing on the line is pinned by the wire transcripts; these are the port's states.
+    void linePortsOpenOnlyWhereABusIs()
     {
         VirtualClock clock;
         SimBus bus;
@@ -115,8 +112,7 @@ private slots:
         line.attachBus(1, &bus);
         line.attachBus(3, nullptr);
         QVERIFY(line.portExists(3) && !line.portExists(2));
-        QVERIFY(!line.applySettings("fast,N,8,1"));
-        QVERIFY(line.applySettings("115200,N,8,1"));
+        QVERIFY(!line.applySettings("fast,N,8,1") && line.applySettings("115200,N,8,1"));
         QVERIFY(!line.write("%05L\r")); // not open yet
         line.selectPort(2);
         QVERIFY(!line.open());
@@ -124,20 +120,9 @@ private slots:
         QVERIFY(line.open());
         QVERIFY(!line.portExists(1)); // held exclusively
         QVERIFY(line.write("%05L\r"));
-        QCOMPARE(line.bytesWaiting(), 0);
-        const std::uint64_t first = simWireMicros(5, kFast) + 1500 + simWireMicros(1, kFast);
         line.waitForInput(250);
-        QCOMPARE(clock.nowMicros(), first);
-        QCOMPARE(line.bytesWaiting(), 1);
-        line.waitForInput(250);
-        QCOMPARE(line.bytesWaiting(), 2);
         clock.advanceMillis(1);
         QCOMPARE(line.readAll(), QByteArray("$05\r"));
-        // Nothing more on the way: the wait runs to its end.
-        const std::uint64_t before = clock.nowMicros();
-        line.waitForInput(100);
-        QCOMPARE(clock.nowMicros(), before + 100000);
-        QCOMPARE(line.written().front().baud, kFast);
         line.close();
         QVERIFY(!line.write("%05L\r"));
     }
