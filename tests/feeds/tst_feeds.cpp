@@ -2,7 +2,6 @@
 // server, a mosquitto broker, raw HTTP clients and headless Chromium.
 #include "core/options.h"
 #include "feeds/feedhub.h"
-#include "feeds/feedstatus.h"
 #include "platform/settingsstore.h"
 #include "support/fakereceiverbus.h"
 #include "support/netsupport.h"
@@ -263,17 +262,6 @@ private slots:
         QString error;
         const auto options = applyFeedArguments(parser, loadFeedOptions(store, kAppName), &error);
         QTEST(options ? describe(*options) : error, "expected");
-    }
-
-    void statusText()
-    {
-        using M = FeedStatus::Mqtt;
-        QCOMPARE(feedStatusText({0, M::Off, {}, {}}), QString());
-        QCOMPARE(feedStatusText({1, M::Connecting, {}, {}}), "OSC: 1 target · MQTT: connecting");
-        QCOMPARE(feedStatusText({2, M::Connected, "http://h:1/?token=t", {}}),
-                 "OSC: 2 targets · MQTT: connected · Web: http://h:1/?token=t");
-        QCOMPARE(feedStatusText({0, M::Disconnected, {}, "MQTT: connection lost"}),
-                 "MQTT: disconnected · MQTT: connection lost");
     }
 
     void oscReachesAReceiver()
