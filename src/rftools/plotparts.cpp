@@ -85,8 +85,10 @@ QLabel *makeReadout(const QString &name, const QString &text, const QString &wid
     palette.setColor(QPalette::Window, plotColors::kBack);
     palette.setColor(QPalette::WindowText, QColor(150, 255, 150));
     label->setPalette(palette);
-    label->setMinimumWidth(QFontMetrics(font).horizontalAdvance(widest) + 12);
     label->setMargin(2);
+    // A fixed size keeps a new reading from asking the window to lay itself
+    // out again, which would repaint the whole window for every scan point.
+    label->setFixedSize(QFontMetrics(font).horizontalAdvance(widest) + 12, label->sizeHint().height());
     return label;
 }
 
