@@ -18,16 +18,12 @@ QString fields(const QString &kind, const QString &reply)
     };
     if (kind == "M")
         return orNone(parseIdentification(reply, 5), [](const Identification &id) {
-            return QStringList{id.name,
-                               QString::number(id.group),
-                               QString::number(id.channel),
-                               id.frequencyCode,
-                               QString::number(id.squelch),
-                               QString::number(id.secondLevel),
-                               id.groupTable,
-                               id.bandStartCode,
-                               QString::number(id.bandWidth),
-                               QString::number(id.mute * 2 + id.manualFreq)}
+            const auto n = [](int value) { return QString::number(value); };
+            return QStringList{id.name,         n(id.group),
+                               n(id.channel),   id.frequencyCode,
+                               n(id.squelch),   n(id.secondLevel),
+                               id.groupTable,   id.bandStartCode,
+                               n(id.bandWidth), n(id.mute * 2 + id.manualFreq)}
                 .join('|');
         });
     if (kind == "N")
@@ -60,95 +56,48 @@ private slots:
         // a group table, band start 72BA, width 0FA0, flags digit 3 (muted, manual).
         const QString full = QStringLiteral("$05VOX 1 30123414306BCDEF12345672BA0FA03\r");
         const QString fullFields = "VOX 1 |3|16|1234|20|48|6BCDEF123456|72BA|4000|3";
-        QTest::newRow("M full") << "M" << full << fullFields;
-        QTest::newRow("M flags 2 mutes only") << "M" << full.left(39) + "2" << fullFields.chopped(1) + "2";
-        QTest::newRow("M flags 1 is manual only")
-            << "M" << full.left(39) + "1" << fullFields.chopped(1) + "1";
-        QTest::newRow("M cut after the band width") << "M" << full.left(39) << fullFields.chopped(1) + "0";
-        QTest::newRow("M cut inside the name") << "M" << full.left(6) << "VOX|0|16||0|0|||0|0";
-        QTest::newRow("M only the head") << "M" << full.left(3) << "|0|16||0|0|||0|0";
-        QTest::newRow("M accented and control bytes in the name")
-            << "M" << QStringLiteral("$05\u00C9\u0001AB  ") + full.mid(9)
-            << QStringLiteral("\u00C9\u0001AB  ") + fullFields.mid(6);
-        QTest::newRow("M blanks in the group table") << "M" << full.left(19) + "6B  EF 23456" + full.mid(31)
-                                                     << "VOX 1 |3|16|1234|20|48|6B  EF 23456|72BA|4000|3";
-        QTest::newRow("M junk where hex belongs reads as 0")
-            << "M" << full.left(35) + "0FZ0" + full.mid(39)
-            << "VOX 1 |3|16|1234|20|48|6BCDEF123456|72BA|3840|3";
-        QTest::newRow("M another address") << "M"
-                                           << "$06" + full.mid(3) << "none";
-        QTest::newRow("M no dollar") << "M"
-                                     << "#05" + full.mid(3) << "none";
-        QTest::newRow("M a single address digit") << "M"
-                                                  << "$5"
-                                                  << "none";
-        QTest::newRow("M empty") << "M"
-                                 << ""
-                                 << "none";
+        const auto row = [](const char *tag, const char *kind, const QString &reply, const QString &fields) {
+            QTest::newRow(tag) << QString::fromLatin1(kind) << reply << fields;
+        };
+        row("M full", "M", full, fullFields);
+        row("M flags 2 mutes only", "M", full.left(39) + "2", fullFields.chopped(1) + "2");
+        row("M flags 1 is manual only", "M", full.left(39) + "1", fullFields.chopped(1) + "1");
+        row("M cut after the band width", "M", full.left(39), fullFields.chopped(1) + "0");
+        row("M cut inside the name", "M", full.left(6), "VOX|0|16||0|0|||0|0");
+        row("M only the head", "M", full.left(3), "|0|16||0|0|||0|0");
+        row("M accented and control bytes in the name", "M",
+            QStringLiteral("$05\u00C9\u0001AB  ") + full.mid(9),
+            QStringLiteral("\u00C9\u0001AB  ") + fullFields.mid(6));
+        row("M blanks in the group table", "M", full.left(19) + "6B  EF 23456" + full.mid(31),
+            "VOX 1 |3|16|1234|20|48|6B  EF 23456|72BA|4000|3");
+        row("M junk where hex belongs reads as 0", "M", full.left(35) + "0FZ0" + full.mid(39),
+            "VOX 1 |3|16|1234|20|48|6BCDEF123456|72BA|3840|3");
+        row("M another address", "M", "$06" + full.mid(3), "none");
+        row("M no dollar", "M", "#05" + full.mid(3), "none");
+        row("M a single address digit", "M", "$5", "none");
+        row("M empty", "M", "", "none");
 
-        QTest::newRow("N levels") << "N"
-                                  << "$05A01E80C1\r"
-                                  << "160|30|128|193";
-        QTest::newRow("N lower case") << "N"
-                                      << "$05a01e80c1"
-                                      << "160|30|128|193";
-        QTest::newRow("N cut after RF A") << "N"
-                                          << "$05A01E"
-                                          << "160|30|0|0";
-        QTest::newRow("N half a byte") << "N"
-                                       << "$05A01"
-                                       << "160|1|0|0";
-        QTest::newRow("N from another") << "N"
-                                        << "$06A01E80C1"
-                                        << "none";
-        QTest::newRow("N noise first") << "N"
-                                       << "x$05A01E80C1"
-                                       << "none";
-        QTest::newRow("E scan point") << "E"
-                                      << "$05000102FF\r"
-                                      << "0|1|2|255";
-        QTest::newRow("E garbled") << "E"
-                                   << "$0?000102FF"
-                                   << "none";
-        QTest::newRow("D preset") << "D"
-                                  << "$05129A\r"
-                                  << "129A";
-        QTest::newRow("D cut") << "D"
-                               << "$0512"
-                               << "12";
-        QTest::newRow("D from another") << "D"
-                                        << "$15129A\r"
-                                        << "none";
-        QTest::newRow("A text") << "A"
-                                << "$05ZR8000V1.2\r"
-                                << "ZR8000";
-        QTest::newRow("A garbled is still read") << "A"
-                                                 << "#15ZR"
-                                                 << "ZR";
-        QTest::newRow("A empty") << "A"
-                                 << ""
-                                 << "none";
-        QTest::newRow("B text") << "B"
-                                << "$05120\r"
-                                << "1.20";
-        QTest::newRow("B cut") << "B"
-                               << "$051"
-                               << "1.";
-        QTest::newRow("B empty") << "B"
-                                 << ""
-                                 << "none";
-        QTest::newRow("L presence") << "L"
-                                    << "$05\r"
-                                    << "5";
-        QTest::newRow("L any first character") << "L"
-                                               << "#05"
-                                               << "5";
-        QTest::newRow("L another") << "L"
-                                   << "$06\r"
-                                   << "none";
-        QTest::newRow("L nothing") << "L"
-                                   << ""
-                                   << "none";
+        row("N levels", "N", "$05A01E80C1\r", "160|30|128|193");
+        row("N lower case", "N", "$05a01e80c1", "160|30|128|193");
+        row("N cut after RF A", "N", "$05A01E", "160|30|0|0");
+        row("N half a byte", "N", "$05A01", "160|1|0|0");
+        row("N from another", "N", "$06A01E80C1", "none");
+        row("N noise first", "N", "x$05A01E80C1", "none");
+        row("E scan point", "E", "$05000102FF\r", "0|1|2|255");
+        row("E garbled", "E", "$0?000102FF", "none");
+        row("D preset", "D", "$05129A\r", "129A");
+        row("D cut", "D", "$0512", "12");
+        row("D from another", "D", "$15129A\r", "none");
+        row("A text", "A", "$05ZR8000V1.2\r", "ZR8000");
+        row("A garbled is still read", "A", "#15ZR", "ZR");
+        row("A empty", "A", "", "none");
+        row("B text", "B", "$05120\r", "1.20");
+        row("B cut", "B", "$051", "1.");
+        row("B empty", "B", "", "none");
+        row("L presence", "L", "$05\r", "5");
+        row("L any first character", "L", "#05", "5");
+        row("L another", "L", "$06\r", "none");
+        row("L nothing", "L", "", "none");
     }
     void everyReplyGivesItsFieldsOrNothing()
     {
