@@ -1,9 +1,10 @@
 // The detail window's name box and TV region menu, and the rules it shows
 // with: frequency codes, the "000.000" form and the TV channel plans.
-#include "detail/detailrig.h"
-
+#include "detail/frmmore.h"
+#include "detail/settingstab.h"
 #include "mainscreen/tvregion.h"
 #include "receivers/frequency.h"
+#include "support/testbed.h"
 
 #include <QAction>
 #include <QClipboard>
@@ -11,12 +12,56 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QPointer>
 #include <QTest>
 
 #include <limits>
 
 using namespace zun;
-using namespace zun::test;
+
+namespace {
+
+class FakeHost final : public DetailHost
+{
+public:
+    void setPanelMute(int, bool) override {}
+    void setPanelNameCaption(int, const QString &caption) override { captions << caption; }
+    void mnu_PM_Refresh() override {}
+    QString panelBatteryText(int) const override { return QStringLiteral("OFF"); }
+    QStringList captions;
+};
+
+// A detail window on the simulated line, with the main screen replaced by a double.
+struct DetailRig : TestBed
+{
+    ~DetailRig() { delete form.data(); }
+
+    // Detects the receivers added to the bus, then opens the first one's
+    // window as the main screen does; the line log starts empty.
+    void open()
+    {
+        line.applySettings(QStringLiteral("115200,N,8,1"));
+        line.open();
+        ctx.bus.resizeTable(4);
+        ctx.bus.CheckReceivers();
+        ctx.bus.openDetail(0);
+        form = new FrmMore(ctx, host);
+        form->load();
+        form->show();
+        ctx.bus.setWorkMode(WorkMode::DetailRead);
+        line.clearWritten();
+    }
+
+    SettingsTab &tab() { return form->settings(); }
+    // Frames written since the window opened, carriage returns dropped.
+    QString frames() const { return framesSent().join(QString()).remove(QLatin1Char('\r')); }
+
+    SimBus &bus = attachReceivers(1, {});
+    FakeHost host;
+    QPointer<FrmMore> form;
+};
+
+} // namespace
 
 class TstDetail : public QObject
 {

@@ -7,12 +7,12 @@
 #include "core/options.h"
 #include "core/startup.h"
 #include "core/workloop.h"
-#include "detail/detailrig.h"
+#include "detail/frmmore.h"
 #include "mainscreen/clicklabel.h"
-#include "mainscreen/frmmain.h"
 #include "mainscreen/imagesign.h"
 #include "mainscreen/rcvpanel.h"
 #include "mainscreen/startupwindows.h"
+#include "support/testbed.h"
 
 #include <QFile>
 #include <QLineEdit>
@@ -75,7 +75,7 @@ void populate(SimBus &bus)
 }
 
 // The program as main() wires it, on doubles: start-up, main screen, work loop.
-struct Session
+struct Session : TestBed
 {
     // setup runs on the surroundings before the program starts.
     bool start(const std::function<void(Session &)> &setup)
@@ -91,8 +91,6 @@ struct Session
             settings.save(kAppName, section, key, value);
         if (setup)
             setup(*this);
-        ctx.endProgram = [this] { ++ended; };
-        wireWindows(ctx);
         windows = std::make_unique<StartupWindows>(ctx);
         if (!startProgram(ctx, windows->views()))
             return false;
@@ -228,17 +226,10 @@ struct Session
     }
 
     std::vector<std::pair<std::uint64_t, QByteArray>> replies;
-    VirtualClock clock;
     SimBus bus{7};
-    SimSerialLine line{clock};
-    MemorySettingsStore settings;
-    ScriptedDialogs dialogs;
-    test::ScriptedDesktop desktop;
-    Context ctx{Platform{clock, line, settings, dialogs, desktop}};
     WorkLoop loop{ctx.bus};
     std::unique_ptr<StartupWindows> windows;
     FrmMain *main = nullptr;
-    int ended = 0;
 
 private:
     QTemporaryDir m_dir;
@@ -318,7 +309,7 @@ private slots:
         session.play(runs().at(run).steps);
         session.dialogs.queueAnswer(MessageAnswer::Yes);
         session.main->findChild<QAction *>(QStringLiteral("mnuExit"))->trigger();
-        QCOMPARE(session.ended, 1);
+        QCOMPARE(session.endProgramCalls, 1);
         const QStringList actual = session.transcript();
 
         QFile file(QStringLiteral(ZUN_GOLDEN_DIR "/%1.txt").arg(run));

@@ -1,8 +1,6 @@
 // A long show on a bad line: 64 receivers polled for 100,000 transactions
 // while the simulator spoils one reply in twenty in every way it knows.
 #include "core/workloop.h"
-#include "link/ports.h"
-#include "mainscreen/frmmain.h"
 #include "support/testbed.h"
 
 #include <QRegularExpression>
@@ -188,13 +186,10 @@ private slots:
         ScriptedDialogs dialogs;
         FakeDesktop desktop;
         Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-        ctx.bus.options().CommPort = 1;
-        FindCommPorts(line, dialogs, ctx.bus.options().PortAvailable, ctx.bus.options().CommPort);
-        FrmMain main(ctx);
-        main.load();
+        const auto main = loadMainScreen(ctx);
         QCOMPARE(ctx.bus.foundCount(), 64);
         WorkLoop loop(ctx.bus);
-        main.installSteps(loop);
+        main->installSteps(loop);
 
         const double rate = 0.05 / 7;
         bus.setFaultRates({rate, rate, rate, rate, rate, rate, rate});
@@ -223,7 +218,7 @@ private slots:
                     continue;
                 // The user clicks the blinking name.
                 ++clicks;
-                main.nameClicked(i);
+                main->nameClicked(i);
                 const auto &answer = line.lastByAddress[r.address];
                 const bool answered =
                     answer.accepted && answer.reply.size() >= 41 && answer.reply.indexOf('\r') == 40;
@@ -245,7 +240,7 @@ private slots:
         clock.advanceMillis(1000); // late replies still on the wire land and go
         for (int i = 0; i < 64; ++i)
             if (!ctx.bus.record(i).online)
-                main.nameClicked(i);
+                main->nameClicked(i);
         int online = 0;
         for (int i = 0; i < 64; ++i)
             online += ctx.bus.record(i).online ? 1 : 0;

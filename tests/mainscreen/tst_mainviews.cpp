@@ -2,8 +2,6 @@
 // frames they send are pinned by the wire transcripts.
 #include "alarms/alarmlistwindow.h"
 #include "alarms/receiverlisteners.h"
-#include "link/ports.h"
-#include "mainscreen/frmmain.h"
 #include "mainscreen/monitoring.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
@@ -20,28 +18,19 @@
 #include <QTest>
 #include <QToolButton>
 
-#include <functional>
-#include <memory>
-
 using namespace zun;
 
 namespace {
 
 // The main screen loaded as at start-up, with receivers on COM1.
-struct Rig
+struct Rig : TestBed
 {
     explicit Rig(const std::vector<int> &addresses, const std::function<void(SimBus &)> &setup = {})
     {
-        bus = &bed.attachReceivers(1, addresses);
+        bus = &attachReceivers(1, addresses);
         if (setup)
             setup(*bus);
-        LineOptions &options = bed.ctx.bus.options();
-        options.CommPort = 1;
-        FindCommPorts(bed.line, bed.dialogs, options.PortAvailable, options.CommPort);
-        main = std::make_unique<FrmMain>(bed.ctx);
-        main->load();
-        bed.line.clearWritten();
-        bed.dialogs.clear();
+        main = loadMainScreen();
     }
 
     void trigger(const QString &name)
@@ -66,8 +55,8 @@ struct Rig
     {
         QList<ReceiverRecord> records;
         QStringList shown;
-        for (int i = 0; i < bed.ctx.bus.receiverCount(); ++i) {
-            records << bed.ctx.bus.record(i);
+        for (int i = 0; i < ctx.bus.receiverCount(); ++i) {
+            records << ctx.bus.record(i);
             shown << main->panel(i)->nameText()
                   << main->panel(i)->muteButton()->property("imageName").toString();
         }
@@ -76,7 +65,6 @@ struct Rig
 
     bool shown(int panel) const { return main->panelGrid()->isPanelShown(panel); }
 
-    TestBed bed;
     SimBus *bus = nullptr;
     std::unique_ptr<FrmMain> main;
 };
@@ -136,9 +124,9 @@ private slots:
         Rig rig({3, 7}, [](SimBus &bus) { bus.receiver(3)->squelch = 42; });
         rig.trigger("mnu_PM_SQ");
         rig.trigger("mnu_PM_VOL");
-        rig.bed.line.clearWritten();
+        rig.line.clearWritten();
         rig.main->mnu_PM_Refresh();
-        QCOMPARE(rig.bed.framesSent(), QStringList{"#00O2\r"});
+        QCOMPARE(rig.framesSent(), QStringList{"#00O2\r"});
         QCOMPARE(rig.main->panel(0)->nameText(), "SQ  42");
     }
 
@@ -171,7 +159,7 @@ private slots:
         rig.trigger("mnuHide");
         rig.bus->addReceiver(makeSampleReceiver(20, 4));
         rig.trigger("mnuAuto");
-        QCOMPARE(rig.bed.ctx.bus.foundCount(), 4);
+        QCOMPARE(rig.ctx.bus.foundCount(), 4);
         QVERIFY(!rig.main->action("mnuHide")->isChecked());
         QVERIFY(!rig.main->panel(3)->isHidden());
     }
@@ -187,11 +175,11 @@ private slots:
         QFETCH(int, width);
         const bool accepted = width >= 1024;
         Rig rig({3});
-        rig.bed.desktop.setScreenWidth(width);
+        rig.desktop.width = width;
         QAction *full = rig.main->action("mnuFullView");
         rig.trigger("mnuFullView");
         const QString refusal = "Your VGA monitor need at least 1024 x 768 resolution with small fonts!";
-        QCOMPARE(rig.bed.dialogs.messages(), accepted ? QStringList() : QStringList{refusal});
+        QCOMPARE(rig.dialogs.messages(), accepted ? QStringList() : QStringList{refusal});
         QCOMPARE(full->isChecked(), accepted);
         for (int i = 0; i < PanelGrid::kPanelCount; ++i)
             QCOMPARE(rig.shown(i), accepted || i < 32);
@@ -209,9 +197,9 @@ private slots:
         QFile file(path);
         rig.trigger("mnuSave"); // cancelled: the old file stays as it was
         QCOMPARE(file.size(), qint64(kGoodLine.size()));
-        rig.bed.dialogs.queueFileName(path);
+        rig.dialogs.queueFileName(path);
         rig.trigger("mnuSave");
-        QCOMPARE(rig.bed.dialogs.shown().size(), 2); // two save dialogs, no message
+        QCOMPARE(rig.dialogs.shown().size(), 2); // two save dialogs, no message
         QCOMPARE(file.size(), qint64(0));
     }
 
@@ -247,15 +235,15 @@ private slots:
         QTemporaryDir dir;
         if (!text.isNull()) {
             QVERIFY(writeFile(dir.filePath("bad.zun"), text));
-            rig.bed.dialogs.queueFileName(dir.filePath("bad.zun"));
+            rig.dialogs.queueFileName(dir.filePath("bad.zun"));
         }
         rig.trigger("mnuLoad");
-        QCOMPARE(rig.bed.dialogs.shown().first().text, "Receiver Setting(*.zun)|*.zun");
-        const QStringList messages = rig.bed.dialogs.messages();
+        QCOMPARE(rig.dialogs.shown().first().text, "Receiver Setting(*.zun)|*.zun");
+        const QStringList messages = rig.dialogs.messages();
         QCOMPARE(messages.size(), mentions.isNull() ? 0 : 1);
         if (!mentions.isNull())
             QVERIFY2(messages.first().contains(mentions), qPrintable(messages.first()));
-        QVERIFY(rig.bed.line.written().empty());
+        QVERIFY(rig.line.written().empty());
         QCOMPARE(rig.state(), before);
     }
 
@@ -268,7 +256,7 @@ private slots:
         FakeReceiverBus source;
         connectMonitoring(&source, monitoring);
         QTemporaryDir dir;
-        rig.bed.dialogs.queueFileName(dir.filePath("show.csv"));
+        rig.dialogs.queueFileName(dir.filePath("show.csv"));
         rig.trigger("mnuShowLog");
         QVERIFY(monitoring.showLog().isLogging());
 
@@ -289,7 +277,7 @@ private slots:
         emit source.cameBack(status);
         QTRY_VERIFY(!table->item(0, 3)->text().isEmpty());
 
-        rig.bed.ctx.endProgram(); // the exit path flushes the log
+        rig.ctx.endProgram(); // the exit path flushes the log
         QFile log(dir.filePath("show.csv"));
         QVERIFY(log.open(QIODevice::ReadOnly));
         QCOMPARE(log.readAll().count('\n'), 3); // header, offline, back

@@ -1,7 +1,5 @@
 // What a settings file can do to the program: a save cut short, a file far
 // too large to be one.
-#include "link/ports.h"
-#include "mainscreen/frmmain.h"
 #include "receivers/settingsfile.h"
 #include "support/testbed.h"
 
@@ -73,13 +71,8 @@ private slots:
     {
         TestBed bed;
         bed.attachReceivers(1, {3});
-        bed.ctx.bus.options().CommPort = 1;
-        FindCommPorts(bed.line, bed.dialogs, bed.ctx.bus.options().PortAvailable,
-                      bed.ctx.bus.options().CommPort);
-        FrmMain main(bed.ctx);
-        main.load();
+        const auto main = bed.loadMainScreen();
         const QString nameBefore = bed.ctx.bus.record(0).name;
-        bed.line.clearWritten();
 
         QTemporaryDir dir;
         const QString path = dir.filePath("huge.zun");
@@ -93,7 +86,7 @@ private slots:
 
         const long peakBefore = peakKilobytes();
         bed.dialogs.queueFileName(path);
-        main.action("mnuLoad")->trigger();
+        main->action("mnuLoad")->trigger();
         QCOMPARE(bed.dialogs.messages().size(), 1);
         QVERIFY2(bed.dialogs.messages().first().contains("too large"),
                  qPrintable(bed.dialogs.messages().first()));

@@ -1,8 +1,11 @@
 #include "support/testbed.h"
 
 #include "detail/frmmore.h"
+#include "link/ports.h"
 #include "rftools/rftools.h"
 #include "sim/demobus.h"
+
+#include <QCoreApplication>
 
 namespace zun {
 
@@ -12,6 +15,23 @@ void wireWindows(Context &ctx)
     ctx.makeRfTools = [](Context &c, RfToolsHost &host, QWidget *parent) {
         return new RfTools(c, host, parent);
     };
+}
+
+std::unique_ptr<FrmMain> loadMainScreen(Context &ctx)
+{
+    LineOptions &options = ctx.bus.options();
+    options.CommPort = 1;
+    FindCommPorts(ctx.platform.line, ctx.platform.dialogs, options.PortAvailable, options.CommPort);
+    auto main = std::make_unique<FrmMain>(ctx);
+    main->load();
+    return main;
+}
+
+void ScriptedDesktop::processEvents()
+{
+    QCoreApplication::processEvents();
+    if (script)
+        script(++calls);
 }
 
 TestBed::TestBed()
@@ -30,6 +50,14 @@ SimBus &TestBed::attachReceivers(int port, const std::vector<int> &addresses, in
 void TestBed::attachSilentPort(int port)
 {
     line.attachBus(port, nullptr);
+}
+
+std::unique_ptr<FrmMain> TestBed::loadMainScreen()
+{
+    auto main = zun::loadMainScreen(ctx);
+    line.clearWritten();
+    dialogs.clear();
+    return main;
 }
 
 QStringList TestBed::framesSent(const QString &prefix) const
