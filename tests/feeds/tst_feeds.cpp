@@ -7,12 +7,11 @@
 #include "support/netsupport.h"
 
 #include <QCommandLineParser>
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
@@ -119,6 +118,8 @@ QByteArray exchange(quint16 port, const QByteArray &request)
 {
     QTcpSocket socket;
     socket.connectToHost(QHostAddress::LocalHost, port);
+    if (!socket.waitForConnected(1000))
+        return {};
     socket.write(request);
     QByteArray answer;
     QElapsedTimer quiet;
@@ -131,6 +132,11 @@ QByteArray exchange(quint16 port, const QByteArray &request)
         }
     }
     return answer + socket.readAll();
+}
+
+QByteArray get(const QByteArray &target)
+{
+    return "GET " + target + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
 }
 
 QByteArray upgradeRequest(const QByteArray &target)
@@ -146,23 +152,23 @@ class Browser
 public:
     bool open(const QString &url)
     {
-        const QString devtoolsPort = QString::number(freeLoopbackPort());
-        m_chromium.process.start(
-            "/usr/bin/chromium",
-            {"--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-             "--disable-background-networking", "--disable-component-update", "--disable-sync",
-             "--user-data-dir=" + m_profile.path(), "--remote-debugging-port=" + devtoolsPort, url});
-        QNetworkAccessManager net;
+        const quint16 devtools = freeLoopbackPort();
+        m_chromium.process.start("/usr/bin/chromium",
+                                 {"--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
+                                  "--no-first-run", "--disable-background-networking",
+                                  "--disable-component-update", "--disable-sync",
+                                  "--user-data-dir=" + m_profile.path(),
+                                  "--remote-debugging-port=" + QString::number(devtools), url});
+        // The page's own DevTools socket, once Chromium lists it.
         QString target;
-        QObject::connect(&net, &QNetworkAccessManager::finished, [&](QNetworkReply *reply) {
-            for (const QJsonValue &v : QJsonDocument::fromJson(reply->readAll()).array())
+        for (QDeadlineTimer deadline(20000); target.isEmpty() && !deadline.hasExpired(); QTest::qWait(200)) {
+            const QByteArray list = exchange(devtools, get("/json/list"));
+            for (const QJsonValue &v :
+                 QJsonDocument::fromJson(list.mid(list.indexOf("\r\n\r\n") + 4)).array())
                 if (v["type"] == QStringLiteral("page"))
-                    target = v["webSocketDebuggerUrl"].toString();
-            reply->deleteLater();
-        });
-        for (int i = 0; i < 100 && target.isEmpty(); ++i) {
-            QTest::qWait(200);
-            net.get(QNetworkRequest(QUrl("http://127.0.0.1:" + devtoolsPort + "/json/list")));
+                    target = QStringLiteral("ws://127.0.0.1:%1/devtools/page/%2")
+                                 .arg(devtools)
+                                 .arg(v["id"].toString());
         }
         QObject::connect(&m_devtools, &QWebSocket::textMessageReceived, [this](const QString &text) {
             const QJsonObject reply = QJsonDocument::fromJson(text.toUtf8()).object();
@@ -376,8 +382,7 @@ private slots:
         startDashboard();
         QCOMPARE(m_hub->statusText(), QStringLiteral("Web: http://127.0.0.1:%1/?token=tok-42").arg(m_port));
         const QByteArray answer =
-            exchange(m_port, target.startsWith("ws:") ? upgradeRequest(target.mid(3))
-                                                      : "GET " + target + " HTTP/1.1\r\nHost: x\r\n\r\n");
+            exchange(m_port, target.startsWith("ws:") ? upgradeRequest(target.mid(3)) : get(target));
         QVERIFY2(answer.startsWith(status.isEmpty() ? QByteArray() : "HTTP/1.1 " + status),
                  answer.constData());
         // Refusals carry nothing but their status line and headers.
@@ -387,8 +392,7 @@ private slots:
         else if (!status.isEmpty())
             QVERIFY2(body.isEmpty(), body.constData());
         // Whatever came before, the server still serves.
-        QVERIFY(
-            exchange(m_port, "GET /?token=tok-42 HTTP/1.1\r\nHost: x\r\n\r\n").startsWith("HTTP/1.1 200"));
+        QVERIFY(exchange(m_port, get("/?token=tok-42")).startsWith("HTTP/1.1 200"));
     }
 
     void dashboardDropsAClientThatNeverReads()
