@@ -10,12 +10,26 @@
 using namespace zun;
 
 namespace {
-LineOptions linkOptions(const MemorySettingsStore &store)
+const QStringList kKeys = {"MSComm/CommPort", "MSComm/Retry",     "MSComm/Baudrate",
+                           "Function/TVtype", "Function/MainKOB", "Function/ChangeBaudrate"};
+
+// Every option as the program reads it, in the order of kKeys; a flag reads 1 or 0.
+QList<int> readOptions(const MemorySettingsStore &store)
 {
     LineOptions options;
     options.CommPort = options.Retry = options.Baudrate = -99;
     loadLinkOptions(store, options);
-    return options;
+    return {options.CommPort,
+            options.Retry,
+            options.Baudrate,
+            readTvType(store),
+            readFunctionFlag(store, "MainKOB"),
+            readFunctionFlag(store, "ChangeBaudrate")};
+}
+
+void store(MemorySettingsStore &settings, const QString &key, const QString &value)
+{
+    settings.save(kAppName, key.section('/', 0, 0), key.section('/', 1), value);
 }
 } // namespace
 
@@ -23,44 +37,49 @@ class TestOptions : public QObject
 {
     Q_OBJECT
 private slots:
-    void storedLinkOptionsAreRepairedSilently_data()
+    void storedOptionsAreRepairedSilently_data()
     {
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("stored");
         QTest::addColumn<int>("expected");
         const auto row = [](const char *key, const char *stored, int expected) {
-            QTest::addRow("%s %s", key, stored) << QString(key) << QString(stored) << expected;
+            QTest::addRow("%s %s", key, stored ? stored : "missing")
+                << QString(key) << QString(stored) << expected;
         };
-        QTest::newRow("missing port") << "CommPort" << QString() << 2;
-        row("CommPort", "1", 1);
-        row("CommPort", "6", 6);
-        row("CommPort", "7", 2); // beyond the stored range
-        row("CommPort", "0", 2);
-        row("CommPort", "COM3", 2);
-        row("Retry", "4", 4); // five attempts
-        row("Retry", "5", 2);
-        row("Retry", "-1", 2);
-        row("Retry", "0", 0);
-        row("Baudrate", "9600", 9600);
-        row("Baudrate", "38400", 38400);
-        row("Baudrate", "57600", 57600);
-        row("Baudrate", "19200", 115200); // numeric but unknown
-        row("Baudrate", "fast", 115200);
+        row("MSComm/CommPort", nullptr, 2);
+        row("MSComm/CommPort", "1", 1);
+        row("MSComm/CommPort", "6", 6);
+        row("MSComm/CommPort", "7", 2); // beyond the stored range
+        row("MSComm/CommPort", "0", 2);
+        row("MSComm/CommPort", "COM3", 2);
+        row("MSComm/Retry", "4", 4); // five attempts
+        row("MSComm/Retry", "5", 2);
+        row("MSComm/Retry", "-1", 2);
+        row("MSComm/Retry", "0", 0);
+        row("MSComm/Baudrate", "9600", 9600);
+        row("MSComm/Baudrate", "38400", 38400);
+        row("MSComm/Baudrate", "57600", 57600);
+        row("MSComm/Baudrate", "19200", 115200); // numeric but unknown
+        row("MSComm/Baudrate", "fast", 115200);
+        row("Function/ChangeBaudrate", "1", 1);
+        row("Function/ChangeBaudrate", " 1", 0); // exactly "1" or off
+        row("Function/ChangeBaudrate", nullptr, 0);
+        row("Function/TVtype", "0", 0);
+        row("Function/TVtype", "5", 5);
+        row("Function/TVtype", "6", 4); // outside the range: Taiwan
+        row("Function/TVtype", "-1", 4);
+        row("Function/TVtype", "USA", 4);
     }
-    void storedLinkOptionsAreRepairedSilently()
+    void storedOptionsAreRepairedSilently()
     {
         QFETCH(QString, key);
         QFETCH(QString, stored);
-        MemorySettingsStore store;
+        MemorySettingsStore settings;
         if (!stored.isNull())
-            store.save(kAppName, "MSComm", key, stored);
-        const int savesBefore = store.saveCount();
-        const LineOptions options = linkOptions(store);
-        QTEST(key == "CommPort" ? options.CommPort
-              : key == "Retry"  ? options.Retry
-                                : options.Baudrate,
-              "expected");
-        QCOMPARE(store.saveCount(), savesBefore); // nothing is written back at start
+            store(settings, key, stored);
+        const int savesBefore = settings.saveCount();
+        QTEST(readOptions(settings).at(kKeys.indexOf(key)), "expected");
+        QCOMPARE(settings.saveCount(), savesBefore); // nothing is written back at start
     }
 
     void garbageGivesTheDefaults_data()
@@ -75,47 +94,10 @@ private slots:
     void garbageGivesTheDefaults()
     {
         QFETCH(QString, value);
-        MemorySettingsStore store;
-        for (const char *key : {"CommPort", "Retry", "Baudrate"})
-            store.save(kAppName, "MSComm", key, value);
-        for (const char *key : {"ChangeBaudrate", "MainKOB", "TVtype"})
-            store.save(kAppName, "Function", key, value);
-        const LineOptions options = linkOptions(store);
-        QCOMPARE(QList<int>({options.CommPort, options.Retry, options.Baudrate}), QList<int>({2, 2, 115200}));
-        QCOMPARE(readTvType(store), 4);
-        QVERIFY(!readFunctionFlag(store, "ChangeBaudrate") && !readFunctionFlag(store, "MainKOB"));
-    }
-
-    void functionFlagsNeedExactlyOne_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<bool>("on");
-        QTest::newRow("1") << "1" << true;
-        QTest::newRow("blank 1") << " 1" << false;
-        QTest::newRow("missing") << QString() << false;
-    }
-    void functionFlagsNeedExactlyOne()
-    {
-        QFETCH(QString, stored);
-        MemorySettingsStore store;
-        if (!stored.isNull())
-            store.save(kAppName, "Function", "ChangeBaudrate", stored);
-        QTEST(readFunctionFlag(store, "ChangeBaudrate"), "on");
-    }
-
-    void tvTypeOutsideItsRangeBecomesTaiwan_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<int>("expected");
-        for (const auto &[stored, expected] : {std::pair{"0", 0}, {"5", 5}, {"6", 4}, {"-1", 4}, {"USA", 4}})
-            QTest::newRow(stored) << QString(stored) << expected;
-    }
-    void tvTypeOutsideItsRangeBecomesTaiwan()
-    {
-        QFETCH(QString, stored);
-        MemorySettingsStore store;
-        store.save(kAppName, "Function", "TVtype", stored);
-        QTEST(readTvType(store), "expected");
+        MemorySettingsStore settings;
+        for (const QString &key : kKeys)
+            store(settings, key, value);
+        QCOMPARE(readOptions(settings), QList<int>({2, 2, 115200, 4, 0, 0}));
     }
 
     void levelTableHoldsTheCalibration()

@@ -58,43 +58,33 @@ private slots:
         QTEST(FormatElapsed(seconds), "text");
     }
 
-    void microvolts_data()
+    // What a level reads as, and the picture row it is drawn on (0 on the
+    // base line, 99 six rows from the top, rounded toward the base).
+    void levelScale_data()
     {
         QTest::addColumn<int>("level");
         QTest::addColumn<int>("rfA");
         QTest::addColumn<QString>("cursor");
         QTest::addColumn<QString>("recorder");
         QTest::addColumn<QString>("dbm");
+        QTest::addColumn<int>("row");
         // Top of the scale: the two read-outs differ by design.
-        QTest::newRow("99") << 99 << 99 << "964uV" << QString("1000uV") << "-47.0dBm";
-        QTest::newRow("0") << 0 << 0 << "1uV" << QString("1uV") << "-107.0dBm";
-        QTest::newRow("decade 10") << 33 << 33 << "10uV" << QString("10uV") << "-87.0dBm";
-        QTest::newRow("mid decade") << 50 << 50 << "53uV" << QString("50uV") << "-76.7dBm";
+        QTest::newRow("99") << 99 << 99 << "964uV" << QString("1000uV") << "-47.0dBm" << 6;
+        QTest::newRow("0") << 0 << 0 << "1uV" << QString("1uV") << "-107.0dBm" << 240;
+        QTest::newRow("1") << 1 << 1 << "1uV" << QString("1uV") << "-106.4dBm" << 238;
+        QTest::newRow("decade 10") << 33 << 33 << "10uV" << QString("10uV") << "-87.0dBm" << 162;
+        QTest::newRow("mid decade") << 50 << 50 << "53uV" << QString("50uV") << "-76.7dBm" << 122;
         // The cursor's mantissa is antenna A's, whatever level the cursor shows.
-        QTest::newRow("cursor high, A low") << 99 << 40 << "100uV" << QString("1000uV") << "-47.0dBm";
-        QTest::newRow("cursor low, A high") << 10 << 99 << "27uV" << QString("3uV") << "-100.9dBm";
+        QTest::newRow("cursor high, A low") << 99 << 40 << "100uV" << QString("1000uV") << "-47.0dBm" << 6;
+        QTest::newRow("cursor low, A high") << 10 << 99 << "27uV" << QString("3uV") << "-100.9dBm" << 217;
     }
-    void microvolts()
+    void levelScale()
     {
         QFETCH(int, level);
         QFETCH(int, rfA);
         QTEST(formatMicrovolts(cursorMicrovolts(level, rfA)), "cursor");
         QTEST(formatMicrovolts(recorderMicrovolts(level)), "recorder");
         QTEST(formatDbm(levelDbm(level)), "dbm");
-    }
-
-    void levelRows_data()
-    {
-        QTest::addColumn<int>("level");
-        QTest::addColumn<int>("row");
-        QTest::newRow("level 0 on the base line") << 0 << 240;
-        QTest::newRow("level 99 six rows from the top") << 99 << 6;
-        QTest::newRow("decade exact") << 33 << 162;
-        QTest::newRow("fractions round toward the base") << 1 << 238;
-    }
-    void levelRows()
-    {
-        QFETCH(int, level);
         QTEST(PlotGeometry::forScale(600, 241).levelY(level), "row");
     }
 
