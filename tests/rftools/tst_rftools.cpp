@@ -138,7 +138,7 @@ private:
     Context &m_ctx;
 };
 
-// Everything wired; call open() after adjusting the record.
+// Everything wired and the receiver's tools open, its band this many 25 kHz steps wide.
 struct RfBench
 {
     VirtualClock clock{0, 12 * 3600.0};
@@ -151,10 +151,12 @@ struct RfBench
     FakeHost host{ctx};
     RfTools tools{ctx, host, &window};
 
-    RfBench() { host.tools = &tools; }
-    // Finds the receiver (the clock keeps its time of day), opens its tools.
-    void open()
+    // The clock keeps its time of day through the detection.
+    explicit RfBench(int bandWidth = 12, int squelch = 20)
     {
+        host.tools = &tools;
+        line.bandWidth = bandWidth;
+        line.squelch = squelch;
         const double timeOfDay = clock.secondsSinceMidnight();
         ctx.bus.resizeTable(1);
         ctx.bus.CheckReceivers();
@@ -211,7 +213,6 @@ private slots:
         QFETCH(int, rawA);
         QFETCH(int, rawB);
         RfBench b;
-        b.open();
         b.line.rawByCode[b.codeOfPoint(0)] = {rawA, rawB};
         b.ctx.bus.setWorkMode(WorkMode(3));
         QVERIFY(b.tools.ScanFreq());
@@ -231,7 +232,6 @@ private slots:
     void scanStepWithoutReply()
     {
         RfBench b;
-        b.open();
         b.line.silent = true;
         b.ctx.bus.setWorkMode(WorkMode(3));
         b.tools.ScanFreq();
@@ -262,10 +262,7 @@ private slots:
         QFETCH(int, squelch);
         QFETCH(int, stepsTaken);
         QFETCH(int, nextIndex);
-        RfBench b;
-        b.line.bandWidth = bandWidth;
-        b.line.squelch = squelch;
-        b.open();
+        RfBench b(bandWidth, squelch);
         b.line.rawByCode[b.codeOfPoint(6)] = {0xC0, 0x20};
         b.window.findChild<QRadioButton *>(option)->click();
         b.tools.spectrumTab()->stepOption(stepOption)->click();
@@ -287,7 +284,6 @@ private slots:
     void elapsedAcrossMidnight()
     {
         RfBench b;
-        b.open();
         b.clock.setSecondsSinceMidnight(86399.5);
         SpectrumTab *tab = b.tools.spectrumTab();
         tab->runButton()->click();
@@ -306,9 +302,7 @@ private slots:
 
     void dragReadsClickTunes()
     {
-        RfBench b;
-        b.line.bandWidth = 100; // 6 pixels per point on the 600-pixel picture
-        b.open();
+        RfBench b(100); // 6 pixels per point on the 600-pixel picture
         b.tools.spectrum().pointerMoved(63.4, Qt::LeftButton);
         QCOMPARE(b.tools.scanState().scanIndex, 10);
         QVERIFY(b.line.written.isEmpty());
@@ -325,9 +319,7 @@ private slots:
 
     void traceIsDrawn()
     {
-        RfBench b;
-        b.line.bandWidth = 100;
-        b.open();
+        RfBench b(100);
         b.line.rawByCode[b.codeOfPoint(40)] = {0xFF, 0xFF};
         b.ctx.bus.setWorkMode(WorkMode(3));
         for (int k = 0; k <= 40; ++k)
@@ -361,7 +353,6 @@ private slots:
     void recorderReadsAndScrolls()
     {
         RfBench b;
-        b.open();
         b.line.rawN = {0xFF, 0x00};
         RecorderTab *tab = b.tools.recorderTab();
         QPushButton *scanRun = b.tools.spectrumTab()->runButton();
@@ -402,8 +393,7 @@ private slots:
 
     void dropsCountedThroughMeters()
     {
-        RfBench b;
-        b.open(); // squelch 20
+        RfBench b; // squelch 20
         QCOMPARE(b.tools.spectrumTab()->plot()->squelchLine()->row(),
                  b.tools.scanState().yOf(b.tools.scanState().squelchLevel));
         DropCounterPanel *panel = b.tools.dropCounterPanel();
@@ -507,9 +497,7 @@ private slots:
     {
         QLocale::setDefault(QLocale(QStringLiteral("de_DE")));
         QTemporaryDir dir;
-        RfBench b;
-        b.line.bandWidth = 4;
-        b.open();
+        RfBench b(4);
         SpectrumTab *tab = b.tools.spectrumTab();
         tab->maxHoldBox()->setChecked(true);
         tab->stepOption(2)->click();
@@ -568,7 +556,6 @@ private slots:
     {
         QTemporaryDir dir;
         RfBench b;
-        b.open();
         SpectrumPlot *plot = b.tools.spectrumTab()->plot();
         b.dialogs.queueFileName(dir.filePath(QStringLiteral("scan")));
         b.tools.spectrumTab()->pngButton()->click();
