@@ -228,32 +228,31 @@ private slots:
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<QString>("expected"); // describe() of the result, or the error text
 
-        const QString off = QStringLiteral("osc= mqtt=:1883 web=0 token= net=0");
-        QTest::newRow("nothing: all off") << "" << QStringList{} << off;
-        QTest::newRow("all stored")
-            << "OscTargets=a:1, b:2;MqttHost=broker;MqttPort=8883;WebPort=8080;WebToken=tok;WebAllowNetwork=1"
-            << QStringList{} << "osc=a:1,b:2 mqtt=broker:8883 web=8080 token=tok net=1";
-        QTest::newRow("invalid stored parts dropped")
-            << "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:1;MqttPort=x;WebPort=-5;WebToken=has space;"
-               "WebAllowNetwork=yes"
-            << QStringList{} << "osc=a:1 mqtt=:1883 web=0 token= net=0";
-        QTest::newRow("command line over stored")
-            << "OscTargets=a:1;MqttPort=8883"
-            << QStringList{"--osc", "desk:9000", "--osc", "[::1]:8000", "--mqtt", "b"}
-            << "osc=desk:9000,::1:8000 mqtt=b:1883 web=0 token= net=0";
-        QTest::newRow("mqtt with port, web with token")
-            << "" << QStringList{"--mqtt", "10.0.0.2:1884", "--web", "8080", "--web-token", "s3cret-_.~"}
-            << "osc= mqtt=10.0.0.2:1884 web=8080 token=s3cret-_.~ net=0";
-        QTest::newRow("osc without port")
-            << "" << QStringList{"--osc", "desk"} << "--osc expects HOST:PORT, not \"desk\"";
-        QTest::newRow("bare v6 osc") << "" << QStringList{"--osc", "::1:9000"}
-                                     << "--osc expects HOST:PORT, not \"::1:9000\"";
-        QTest::newRow("mqtt bad port") << "" << QStringList{"--mqtt", "broker:70000"}
-                                       << "--mqtt expects HOST[:PORT], not \"broker:70000\"";
-        QTest::newRow("web port 0") << "" << QStringList{"--web", "0"}
-                                    << "--web expects a port 1..65535, not \"0\"";
-        QTest::newRow("token with a quote") << "" << QStringList{"--web", "1", "--web-token", "a\"b"}
-                                            << "--web-token takes letters, digits and . _ ~ - only";
+        const auto row = [](const char *tag, const char *stored, const QStringList &args,
+                            const char *expected) {
+            QTest::newRow(tag) << QString(stored) << args << QString(expected);
+        };
+        row("nothing: all off", "", {}, "osc= mqtt=:1883 web=0 token= net=0");
+        row("all stored",
+            "OscTargets=a:1, b:2;MqttHost=broker;MqttPort=8883;WebPort=8080;WebToken=tok;WebAllowNetwork=1",
+            {}, "osc=a:1,b:2 mqtt=broker:8883 web=8080 token=tok net=1");
+        row("invalid stored parts dropped",
+            "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:1;MqttPort=x;WebPort=-5;WebToken=has space;"
+            "WebAllowNetwork=yes",
+            {}, "osc=a:1 mqtt=:1883 web=0 token= net=0");
+        row("command line over stored", "OscTargets=a:1;MqttPort=8883",
+            {"--osc", "desk:9000", "--osc", "[::1]:8000", "--mqtt", "b"},
+            "osc=desk:9000,::1:8000 mqtt=b:1883 web=0 token= net=0");
+        row("mqtt with port, web with token", "",
+            {"--mqtt", "10.0.0.2:1884", "--web", "8080", "--web-token", "s3cret-_.~"},
+            "osc= mqtt=10.0.0.2:1884 web=8080 token=s3cret-_.~ net=0");
+        row("osc without port", "", {"--osc", "desk"}, "--osc expects HOST:PORT, not \"desk\"");
+        row("bare v6 osc", "", {"--osc", "::1:9000"}, "--osc expects HOST:PORT, not \"::1:9000\"");
+        row("mqtt bad port", "", {"--mqtt", "broker:70000"},
+            "--mqtt expects HOST[:PORT], not \"broker:70000\"");
+        row("web port 0", "", {"--web", "0"}, "--web expects a port 1..65535, not \"0\"");
+        row("token with a quote", "", {"--web", "1", "--web-token", "a\"b"},
+            "--web-token takes letters, digits and . _ ~ - only");
     }
     void options()
     {

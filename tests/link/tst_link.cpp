@@ -35,13 +35,12 @@ class TestLink : public QObject
     Q_OBJECT
 
 private slots:
+    // Lower case and foreign digits are read through the reply parsers.
     void hexToNum_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<qint32>("value");
         QTest::newRow("empty") << "" << 0;
-        QTest::newRow("lower case") << "1f" << 31;
-        QTest::newRow("foreign digit counts as 0") << "G5" << 5;
         QTest::newRow("blanks count as 0") << " 1" << 1;
         QTest::newRow("all 32 bits") << "FFFFFFFF" << -1;
         QTest::newRow("ninth digit drops the top one") << "123456789" << 0x23456789;
@@ -86,8 +85,8 @@ private slots:
         QTest::addColumn<double>("minMs");
         const int none = int(SimFault::None), lost = int(SimFault::NoReply), replace = int(SimFault::Replace);
         const QByteArray no;
-        // Reaching the reply length ends the wait at once; short of it, the whole time-out.
-        QTest::newRow("levels") << "%05N\r" << 12 << 2 << none << no << 12 << 1 << 0.0;
+        // A full reply, a garbled one and two retries of a silent receiver are pinned by the wire
+        // transcripts. Short of the reply length the wait runs the whole time-out.
         QTest::newRow("short of the length") << "%05L\r" << 12 << 2 << none << no << 4 << 1 << 250.0;
         QTest::newRow("zero length waits") << "%05L\r" << 0 << 2 << none << no << 4 << 1 << 250.0;
         QTest::newRow("nobody, no retry") << "%09N\r" << 12 << 0 << none << no << 0 << 1 << 250.0;
@@ -102,7 +101,6 @@ private slots:
         QTest::newRow("cut after two characters")
             << "%05L\r" << 4 << 4 << replace << QByteArray("$0") << -1 << 1 << 250.0;
         QTest::newRow("noise before") << "%05L\r" << 4 << 4 << int(SimFault::Noise) << no << -1 << 1 << 0.0;
-        QTest::newRow("garbled") << "%05L\r" << 4 << 4 << int(SimFault::Garbled) << no << -1 << 1 << 0.0;
     }
     void exchange()
     {
