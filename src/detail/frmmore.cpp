@@ -41,7 +41,7 @@ FrmMore::FrmMore(Context &ctx, DetailHost &host, QWidget *parent)
     setObjectName(QStringLiteral("frmMore"));
     setWindowTitle(QStringLiteral("Detail Functions"));
     setAttribute(Qt::WA_DeleteOnClose);
-    new FramePacer(this); // a sweep draws some 280 points a second
+    new FramePacer(this); // a sweep draws some 300 points a second
     buildWindow();
     connectControls();
 }
@@ -223,8 +223,11 @@ void FrmMore::setTxtFreq(const QString &text)
 
 void FrmMore::showOffPreset()
 {
-    m_settings->txtGroup->setText(QStringLiteral("**"));
-    m_settings->txtChannel->setText(QStringLiteral("**"));
+    // Called for every scan point; a line edit lays its text out again even
+    // when it is unchanged.
+    for (QLineEdit *box : {m_settings->txtGroup, m_settings->txtChannel})
+        if (box->text() != QLatin1String("**"))
+            box->setText(QStringLiteral("**"));
 }
 
 void FrmMore::showTvChannel(double mhz)

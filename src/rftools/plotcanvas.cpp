@@ -76,7 +76,9 @@ void PlotCanvas::clearPicture()
 
 QImage PlotCanvas::pictureImage()
 {
-    ensureImages();
+    if (ensureImages())
+        emit pictureRebuilt();
+    composePending();
     return m_shown;
 }
 
@@ -84,6 +86,7 @@ void PlotCanvas::paintEvent(QPaintEvent *event)
 {
     if (ensureImages())
         emit pictureRebuilt();
+    composePending();
     QPainter p(this);
     const QRect r = event->rect();
     p.drawImage(r, m_shown, QRectF(QPointF(r.topLeft()) * m_pixelRatio, QSizeF(r.size()) * m_pixelRatio));

@@ -36,6 +36,9 @@ protected:
 
     // Makes sure the images match the widget; true when they were rebuilt.
     bool ensureImages();
+    // Brings the picture up to date with drawing that was put off until it
+    // is shown or handed out.
+    virtual void composePending() {}
     // Widget pixels to image pixels.
     QPoint toDevice(int x, int y) const;
     int toDevice(int length) const;

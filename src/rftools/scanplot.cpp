@@ -22,9 +22,26 @@ SpectrumPlot::SpectrumPlot(QWidget *parent)
 
 void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xScale)
 {
+    m_levels.assign(levels.begin(), levels.end()); // reuses the capacity: no allocation per point
+    m_pointCount = pointCount;
+    m_xScale = xScale;
+    m_tracePending = true;
+}
+
+void SpectrumPlot::composePending()
+{
+    if (m_tracePending)
+        composeTrace();
+}
+
+void SpectrumPlot::composeTrace()
+{
+    m_tracePending = false;
     ensureImages();
     const PlotGeometry g = plotGeometry();
-    const int last = std::min<int>(pointCount, static_cast<int>(levels.size()) - 1);
+    const LevelArray &levels = m_levels;
+    const double xScale = m_xScale;
+    const int last = std::min<int>(m_pointCount, static_cast<int>(levels.size()) - 1);
 
     std::array<int, 100> rows{};
     for (int v = 0; v < 100; ++v)
@@ -55,6 +72,7 @@ void SpectrumPlot::drawTrace(const LevelArray &levels, int pointCount, double xS
 
 void SpectrumPlot::drawComparisonOnly(double xScale)
 {
+    m_tracePending = false;
     ensureImages();
     startFromBackground();
     drawReference(xScale);

@@ -28,7 +28,9 @@ class SpectrumPlot : public PlotCanvas
 public:
     explicit SpectrumPlot(QWidget *parent = nullptr);
 
-    // Composes the whole trace off-screen; present() shows it.
+    // The whole trace as it now stands; present() shows it. A sweep reads
+    // points faster than the screen refreshes, so the picture is composed
+    // once, when it is painted or handed out, not for every point.
     void drawTrace(const LevelArray &levels, int pointCount, double xScale);
     // Only the reference and hold traces, as after Clear.
     void drawComparisonOnly(double xScale);
@@ -36,6 +38,11 @@ public:
     // owner keeps both alive as long as the plot.
     void setComparisonTraces(const HoldTraces *holds, const ReferenceTrace *reference);
     void present() { update(); }
+    void clearPicture() override
+    {
+        m_tracePending = false;
+        PlotCanvas::clearPicture();
+    }
 
     DiamondMarker *diamond() const { return m_diamond; }
     SquelchLine *squelchLine() const { return m_squelchLine; }
@@ -49,7 +56,11 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
+protected:
+    void composePending() override;
+
 private:
+    void composeTrace();
     void startFromBackground();
     void drawReference(double xScale);
     void drawHolds(int last, double xScale);
@@ -62,6 +73,11 @@ private:
     const HoldTraces *m_holds = nullptr;
     const ReferenceTrace *m_reference = nullptr;
     bool m_leftPressed = false;
+    // The trace waiting to be composed.
+    LevelArray m_levels;
+    int m_pointCount = 0;
+    double m_xScale = 1.0;
+    bool m_tracePending = false;
 };
 
 } // namespace zun
