@@ -9,6 +9,7 @@
 #include <QThread>
 #include <QUuid>
 
+#include <csignal>
 #include <unistd.h>
 
 namespace zunbench {
@@ -276,6 +277,11 @@ QString lowLatencyProbe(const QString &binDir, const QString &scratch)
     stopProcess(p);
     QFile f(trace);
     const QByteArray text = f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    // A killed strace lets the program it traced run on: end it too, or it
+    // lingers through every later measurement. With -f each line starts
+    // with the process (or thread) id.
+    if (const qint64 traced = text.left(text.indexOf(' ')).toLongLong(); traced > 1)
+        ::kill(static_cast<pid_t>(traced), SIGKILL);
     if (text.contains("TIOCSSERIAL"))
         return QStringLiteral("yes: TIOCSSERIAL sent");
     if (text.contains("TIOCGSERIAL"))
