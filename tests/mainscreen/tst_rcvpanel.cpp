@@ -82,26 +82,6 @@ class TestRcvPanel : public QObject
     Q_OBJECT
 
 private slots:
-    void everyPanelPartIsNamedAndIndexed()
-    {
-        PanelGrid grid;
-        for (const char *name : {"RcvPanel", "lbRname", "PB_RFA", "PB_RFB", "PB_AF", "RF_SIGN", "BatV",
-                                 "BAT_SIGN", "PILOT_SIGN", "Mute", "More", "lbKOB"}) {
-            const QList<QWidget *> found = grid.findChildren<QWidget *>(name);
-            QSet<int> seen;
-            for (QWidget *w : found) {
-                const int index = w->property("index").toInt();
-                QVERIFY2(index >= 0 && index < 64, name);
-                seen.insert(index);
-                QCOMPARE(w->accessibleDescription(), QStringLiteral("%1(%2)").arg(name).arg(index));
-            }
-            QCOMPARE(found.size(), 64);
-            QCOMPARE(seen.size(), 64);
-        }
-        for (QWidget *mute : grid.findChildren<QWidget *>("Mute"))
-            QCOMPARE(mute->accessibleName(), "Mute");
-    }
-
     void meterRepaintsOnlyOnChange_data()
     {
         QTest::addColumn<QList<int>>("first"); // audio, rfA, rfB raw bytes
@@ -208,6 +188,10 @@ private slots:
         QVERIFY(panel.muteButton()->isEnabled() && panel.moreButton()->isEnabled());
         QCOMPARE(imageOf(panel.muteButton()), "SpeakerOFF");
         QCOMPARE(imageOf(panel.pilotSign()), "GreenBall");
+        for (const char *name :
+             {"GreenBall", "YellowBall", "OrangeBall", "RedBall", "SpeakerON", "SpeakerOFF", "icon", "logo"})
+            QVERIFY2(namedImage(name).width() >= 32, name);
+        QVERIFY(namedImage("NoSuchPicture").isNull());
         panel.setNameText("03 VOCAL1");
         panel.showReadout(readout(150, 120, 90));
         QCOMPARE(imageOf(panel.rfSign()), "GreenBall");
@@ -288,66 +272,55 @@ private slots:
         clickAll(grid.panel(42));
         QCOMPARE(name.size() + menu.size() + pilot.size() + mute.size() + more.size(), 0);
         QVERIFY(!grid.panel(-1) && !grid.panel(64));
+        // Each part is found by its name and carries its panel's index.
+        for (const char *part : {"RcvPanel", "lbRname", "PB_RFA", "PB_RFB", "PB_AF", "RF_SIGN", "BatV",
+                                 "BAT_SIGN", "PILOT_SIGN", "Mute", "More", "lbKOB"}) {
+            const QList<QWidget *> found = grid.findChildren<QWidget *>(part);
+            QCOMPARE(found.size(), 64);
+            for (int i = 0; i < 64; ++i)
+                QVERIFY2(found[i]->property("index") == i &&
+                             found[i]->accessibleDescription() == QStringLiteral("%1(%2)").arg(part).arg(i),
+                         part);
+        }
+        QCOMPARE(grid.panel(40)->muteButton()->accessibleName(), "Mute");
     }
 
-    void pagesAreTwoRowsOfSixteen_data()
+    // Screen 2 (a page past the end stays there) holds two rows of sixteen;
+    // hiding the unused keeps the places; the full view puts all 64 in four
+    // compact rows and gives the page chosen before back.
+    void gridPlacesThePanels()
     {
-        QTest::addColumn<int>("page");
-        QTest::addColumn<int>("firstShown");
-        QTest::newRow("screen 1") << 0 << 0;
-        QTest::newRow("past the end stays on screen 2") << 5 << 32;
-    }
-    void pagesAreTwoRowsOfSixteen()
-    {
-        QFETCH(int, page);
-        QFETCH(int, firstShown);
         PanelGrid grid;
-        grid.setPage(page);
+        grid.setPage(5);
         showGrid(grid);
-        for (int i = 0; i < grid.panelCount(); ++i)
-            QCOMPARE(grid.panel(i)->isVisible(), i >= firstShown && i < firstShown + 32);
-        const RcvPanel *first = grid.panel(firstShown);
-        const RcvPanel *sixteenth = grid.panel(firstShown + 15);
-        const RcvPanel *secondRow = grid.panel(firstShown + 16);
+        const RcvPanel *first = grid.panel(32), *sixteenth = grid.panel(47), *secondRow = grid.panel(48);
+        QVERIFY(first->isVisible() && grid.panel(63)->isVisible() && !grid.panel(31)->isVisible());
         QVERIFY(sixteenth->y() == first->y() && sixteenth->x() > first->x());
         QVERIFY(secondRow->x() == first->x() && secondRow->y() >= first->geometry().bottom());
         QVERIFY(sixteenth->geometry().right() < grid.width() &&
                 secondRow->geometry().bottom() < grid.height());
-    }
 
-    void hidingUnusedPanelsKeepsThePlaces()
-    {
-        PanelGrid grid;
-        showGrid(grid);
-        const QRect before = grid.panel(4)->geometry();
-        grid.setHideUnused(true, 5);
+        const QRect before = grid.panel(36)->geometry();
+        grid.setHideUnused(true, 37);
         QCoreApplication::processEvents();
-        for (int i = 0; i < 32; ++i)
-            QCOMPARE(grid.panel(i)->isVisible(), i < 5);
-        QCOMPARE(grid.panel(4)->geometry(), before);
-        grid.setPage(1);
-        QVERIFY(!grid.panel(32)->isVisible());
-        grid.setHideUnused(false, 5);
-        QVERIFY(grid.panel(32)->isVisible() && !grid.panel(4)->isVisible());
-    }
+        QVERIFY(grid.panel(36)->isVisible() && !grid.panel(37)->isVisible());
+        QCOMPARE(grid.panel(36)->geometry(), before);
+        grid.setHideUnused(false, 37);
 
-    void fullViewShowsAllInFourRows()
-    {
-        PanelGrid grid;
-        grid.setPage(1);
+        grid.resize(1920, 1000);
         grid.setFullView(true);
-        showGrid(grid, 1920, 1000);
         QCoreApplication::processEvents();
         for (int i = 0; i < 64; ++i)
             QVERIFY2(grid.panel(i)->isVisible() && grid.panel(i)->isCompact(),
                      qPrintable(QString::number(i)));
         QVERIFY(grid.panel(48)->x() == grid.panel(0)->x() && grid.panel(48)->y() > grid.panel(32)->y());
         QVERIFY(grid.panel(63)->geometry().bottom() < grid.height());
-        grid.setFullView(false); // back to the page chosen before
+        grid.setFullView(false);
         QVERIFY(!grid.panel(0)->isVisible() && grid.panel(32)->isVisible() && !grid.panel(32)->isCompact());
     }
 
-    void checkNetProgressAndSkip()
+    // The search window's progress and SKIP, and the About box a click closes.
+    void smallWindowsAnswerClicks()
     {
         frmCheckNet view;
         view.setMessage("Checking Connected Receivers --> COM2");
@@ -373,26 +346,14 @@ private slots:
         view.show();
         QVERIFY(!view.skipRequested());
         QCOMPARE(view.percentLabel()->text(), "0%");
-    }
 
-    void aboutClosesOnClick()
-    {
         for (bool onIcon : {false, true}) {
             frmAbout about;
             about.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&about));
             QTest::mouseClick(onIcon ? static_cast<QWidget *>(about.iconLabel()) : about.textLabel(),
                               Qt::LeftButton);
             QVERIFY(!about.isVisible());
         }
-    }
-
-    void namedImagesLoad()
-    {
-        for (const char *name :
-             {"GreenBall", "YellowBall", "OrangeBall", "RedBall", "SpeakerON", "SpeakerOFF", "icon", "logo"})
-            QVERIFY2(namedImage(name).width() >= 32, name);
-        QVERIFY(namedImage("NoSuchPicture").isNull() && namedImage(QString()).isNull());
     }
 };
 
