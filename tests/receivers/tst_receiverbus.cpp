@@ -80,22 +80,6 @@ private slots:
                  found.isEmpty() ? QString() : QString("1"));
     }
 
-    void detectionFallsBackToThePortWithReceivers()
-    {
-        Rig rig({});
-        rig.bed.attachSilentPort(1);
-        rig.bed.attachReceivers(3, {5, 6});
-        rig.bus.options().PortAvailable = {false, true, false, true};
-        rig.bus.options().Retry = 1;
-        QSignalSpy port(&rig.bus, &ReceiverBus::portChanged);
-
-        QVERIFY(rig.bus.detectReceivers());
-        QCOMPARE(rig.bus.options().CommPort, 3);
-        QVERIFY(port.size() == 1 && port.at(0).at(0).toString() == "COM3");
-        QCOMPARE(rig.bed.settings.get("KESTA_ZUN", "MSComm", "CommPort"), "3");
-        QCOMPARE(rig.bus.foundCount(), 2);
-    }
-
     void everyExchangeIsReportedWithItsOutcome_data()
     {
         QTest::addColumn<int>("fault"); // SimFault
@@ -129,29 +113,17 @@ private slots:
         QVERIFY(rig.log.last().result == ExchangeRecord::Result::Broadcast && rig.log.last().address == 0);
     }
 
+    // The polling transcript pins the frames; these are the signals the screens and feeds follow.
     void aSilentReceiverLeavesThePollUntilItsNameBringsItBack()
     {
         Rig rig({3, 7});
         rig.detect();
-        QSignalSpy offline(&rig.bus, &ReceiverBus::wentOffline);
-        QSignalSpy back(&rig.bus, &ReceiverBus::cameBack);
-        QSignalSpy levels(&rig.bus, &ReceiverBus::levelsRead);
-        QSignalSpy passes(&rig.bus, &ReceiverBus::passEnded);
-
+        QSignalSpy offline(&rig.bus, &ReceiverBus::wentOffline), back(&rig.bus, &ReceiverBus::cameBack);
         rig.sim->receiver(7)->powered = false;
-        QVERIFY(rig.bus.ReadAllAD());
-        QVERIFY(offline.size() == 1 && offline.at(0).at(0).value<ReceiverStatus>().address == 7);
-        QVERIFY(levels.size() == 1 && levels.at(0).at(0).value<ReceiverStatus>().address == 3);
-        rig.bus.ReadAllAD();
-        QCOMPARE(passes.last().at(0).toInt(), 1);
-
-        QVERIFY(!rig.bus.bringBack(1)); // still silent
+        QVERIFY(rig.bus.ReadAllAD() && offline.size() == 1 && !rig.bus.bringBack(1));
         rig.sim->receiver(7)->powered = true;
-        QVERIFY(rig.bus.bringBack(1));
-        QVERIFY(back.size() == 1 && rig.bus.record(1).online);
-        QVERIFY(!rig.bus.bringBack(1)); // online: nothing to do
-        rig.bus.ReadAllAD();
-        QCOMPARE(passes.last().at(0).toInt(), 2);
+        QVERIFY(rig.bus.bringBack(1) && back.size() == 1 && rig.bus.record(1).online &&
+                !rig.bus.bringBack(1));
     }
 
     // Held to the end of its range; a release part-way is pinned by the detail transcript.
