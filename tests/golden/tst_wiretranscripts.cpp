@@ -49,27 +49,20 @@ QString visible(const QByteArray &bytes)
 // muted, 5 with a narrow band so that a sweep stays short.
 void populate(SimBus &bus)
 {
-    const struct
-    {
-        int address;
-        const char *name, *table;
-        int group, channel, squelch, strength;
-        bool muted;
-        int bandWidth;
-    } receivers[] = {{1, "VOCAL1", "B00000000000", 1, 1, 20, 200, false, 4000},
-                     {2, "GUITAR", "8CCCCCCCC000", 2, 3, 25, 175, true, 4000},
-                     {5, "DRUMS ", "688888800000", 3, 2, 30, 210, false, 40}};
-    for (const auto &r : receivers) {
+    for (const auto &[address, name, table, group, channel, squelch, strength, muted, bandWidth] :
+         {std::tuple{1, "VOCAL1", "B00000000000", 1, 1, 20, 200, false, 4000},
+          {2, "GUITAR", "8CCCCCCCC000", 2, 3, 25, 175, true, 4000},
+          {5, "DRUMS ", "688888800000", 3, 2, 30, 210, false, 40}}) {
         SimReceiver s;
-        s.address = r.address;
-        s.name = r.name;
-        s.groupTable = r.table;
-        s.group = r.group;
-        s.channel = r.channel;
-        s.squelch = r.squelch;
-        s.muted = r.muted;
-        s.bandWidth = r.bandWidth;
-        s.transmitter.strength = r.strength;
+        s.address = address;
+        s.name = name;
+        s.groupTable = table;
+        s.group = group;
+        s.channel = channel;
+        s.squelch = squelch;
+        s.muted = muted;
+        s.bandWidth = bandWidth;
+        s.transmitter.strength = strength;
         bus.addReceiver(s);
     }
 }
@@ -175,10 +168,9 @@ struct Session : TestBed
     }
     template <typename W> static W *find(QWidget *parent, const QString &name)
     {
-        W *w = parent ? parent->findChild<W *>(name) : nullptr;
-        if (!w)
-            qFatal("no widget %s", qPrintable(name));
-        return w;
+        if (W *w = parent ? parent->findChild<W *>(name) : nullptr)
+            return w;
+        qFatal("no widget %s", qPrintable(name));
     }
     // A radio button only takes clicks on its circle and caption, at its left.
     static void click(QWidget *w)
@@ -193,10 +185,8 @@ struct Session : TestBed
         const std::uint64_t releaseAt = clock.nowMicros() + heldMillis * 1000ull;
         bool released = false;
         desktop.script = [&, b](int) {
-            if (!released && clock.nowMicros() >= releaseAt) {
-                released = true;
+            if (clock.nowMicros() >= releaseAt && !std::exchange(released, true))
                 QTest::mouseRelease(b, Qt::LeftButton);
-            }
         };
         QTest::mousePress(b, Qt::LeftButton);
         desktop.script = nullptr;
