@@ -86,7 +86,6 @@ private slots:
         QTest::addColumn<QString>("answer");
         QTest::addColumn<bool>("unplugged"); // the adapter goes as the broadcast leaves
         QTest::addColumn<int>("baud");
-        QTest::newRow("9600") << "9600" << false << 9600;
         QTest::newRow("the rate in use") << "38400" << false << 38400;
         QTest::newRow("unknown rate") << "19200" << false << 38400;
         QTest::newRow("empty") << "" << false << 38400;
@@ -124,39 +123,6 @@ private slots:
             QCOMPARE(bed.line.baudRate(), baud);
             QVERIFY(bed.ctx.bus.AddrCheck(3));
         }
-    }
-
-    void quittingAsksFirstAndSaysGoodbyeThreeTimes_data()
-    {
-        QTest::addColumn<bool>("yes");
-        QTest::addColumn<bool>("portOpen");
-        QTest::addColumn<int>("goodbyes");
-        QTest::newRow("no") << false << true << 0;
-        QTest::newRow("yes") << true << true << 3;
-        QTest::newRow("yes with the port closed") << true << false << 0;
-    }
-    void quittingAsksFirstAndSaysGoodbyeThreeTimes()
-    {
-        QFETCH(bool, yes);
-        QFETCH(bool, portOpen);
-        TestBed bed;
-        bed.attachReceivers(1, {3});
-        bed.ctx.bus.options().CommPort = 1;
-        if (portOpen)
-            bed.ctx.bus.openLine();
-        bed.ctx.bus.setWorkMode(WorkMode::Polling);
-        FrmMain main(bed.ctx);
-        main.show();
-        bed.dialogs.queueAnswer(yes ? MessageAnswer::Yes : MessageAnswer::No);
-        main.close();
-
-        QCOMPARE(bed.dialogs.shown().size(), 1);
-        QVERIFY(bed.dialogs.shown().first().text == "Really want to QUIT ?" &&
-                bed.dialogs.shown().first().buttons == MessageButtons::YesNo);
-        QTEST(int(bed.framesSent("#00A0").size()), "goodbyes");
-        QCOMPARE(bed.endProgramCalls, yes ? 1 : 0);
-        QCOMPARE(main.isVisible(), !yes);
-        QCOMPARE(bed.ctx.bus.workMode(), WorkMode::Polling); // "No" leaves polling as it was
     }
 
     void linkMenusShowTheRateAndThePortInUse()

@@ -1,4 +1,3 @@
-#include "link/hex.h"
 #include "link/transaction.h"
 #include "platform/clock.h"
 #include "sim/simbus.h"
@@ -35,43 +34,6 @@ class TestLink : public QObject
     Q_OBJECT
 
 private slots:
-    // Lower case and foreign digits are read through the reply parsers.
-    void hexToNum_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<qint32>("value");
-        QTest::newRow("empty") << "" << 0;
-        QTest::newRow("blanks count as 0") << " 1" << 1;
-        QTest::newRow("all 32 bits") << "FFFFFFFF" << -1;
-        QTest::newRow("ninth digit drops the top one") << "123456789" << 0x23456789;
-    }
-    void hexToNum()
-    {
-        QFETCH(QString, text);
-        QTEST(HexToNum(text), "value");
-    }
-
-    // The width is passed by reference and corrected in place, as the callers rely on.
-    void numToHex_data()
-    {
-        QTest::addColumn<qint32>("value");
-        QTest::addColumn<int>("width");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("widthAfter");
-        QTest::newRow("zero padded") << 5 << 2 << "05" << 2;
-        QTest::newRow("high digits dropped") << 300 << 2 << "2C" << 2;
-        QTest::newRow("width 0 corrected") << 7 << 0 << "7" << 1;
-        QTest::newRow("negative width corrected") << 10 << -3 << "A" << 1;
-        QTest::newRow("negative as two's complement") << -1 << 4 << "FFFF" << 4;
-    }
-    void numToHex()
-    {
-        QFETCH(qint32, value);
-        QFETCH(int, width);
-        QTEST(NumToHex(value, width), "text");
-        QTEST(width, "widthAfter");
-    }
-
     // One SendCommand with a 250 ms time-out against receiver 5, faults scripted twice.
     void exchange_data()
     {
