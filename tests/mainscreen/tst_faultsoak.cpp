@@ -245,20 +245,18 @@ private slots:
         for (int i = 0; i < 64; ++i)
             online += ctx.bus.record(i).online ? 1 : 0;
 
-        const SimFaultInjector &f = bus.faults();
-        qInfo().nospace() << line.pollTransactions - pollsBefore << " poll transactions ("
-                          << line.transactions << " in all) in " << clock.nowMicros() / 1e6
-                          << " virtual s; faults: " << f.inflicted(SimFault::NoReply) << " no reply, "
-                          << f.inflicted(SimFault::Garbled) << " garbled, "
-                          << f.inflicted(SimFault::CorruptData) << " corrupt data, "
-                          << f.inflicted(SimFault::WrongAddress) << " wrong address, "
-                          << f.inflicted(SimFault::Partial) << " partial, " << f.inflicted(SimFault::Late)
-                          << " late, " << f.inflicted(SimFault::Noise) << " noise; " << offline
-                          << " taken offline, " << clicks << " clicks, " << recoveries
-                          << " recoveries; earlier replies taken: " << line.staleHeads << " sound heads, "
-                          << line.forgedHeads << " forged heads, " << line.staleData << " within the data; "
-                          << line.unheededHeads << " read unheeded by a click; heap "
-                          << qint64(heapAtEnd) - qint64(heapAtHalf) << " bytes over the second half";
+        QStringList faults; // no reply, garbled, corrupt data, wrong address, partial, late, noise
+        for (int kind = int(SimFault::NoReply); kind <= int(SimFault::Noise); ++kind)
+            faults << QString::number(bus.faults().inflicted(SimFault(kind)));
+        qInfo().nospace().noquote() << line.pollTransactions - pollsBefore << " polls (" << line.transactions
+                                    << " transactions) in " << clock.nowMicros() / 1e6
+                                    << " virtual s; faults " << faults.join('/') << "; " << offline
+                                    << " offline, " << clicks << " clicks, " << recoveries
+                                    << " recoveries; earlier replies taken: " << line.staleHeads << " sound, "
+                                    << line.forgedHeads << " forged, " << line.staleData << " in the data, "
+                                    << line.unheededHeads << " unheeded; heap +"
+                                    << qint64(heapAtEnd) - qint64(heapAtHalf)
+                                    << " bytes over the second half";
 
         QCOMPARE(line.untracedBytes, std::uint64_t(0)); // the tagging saw every byte
         QCOMPARE(line.staleHeads, std::uint64_t(0));
