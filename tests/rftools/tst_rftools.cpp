@@ -423,31 +423,20 @@ private slots:
         QVERIFY(result.points.empty());
     }
 
-    // Sweeps as the scan stores them (index, level); -1 in expected is "none held".
-    void holdTraces_data()
-    {
-        QTest::addColumn<QList<QList<int>>>("sweeps");
-        QTest::addColumn<QList<int>>("maxHeld");
-        QTest::addColumn<QList<int>>("minHeld");
-        QTest::newRow("three sweeps") << QList<QList<int>>{{10, 50, 3}, {30, 20, 3}, {20, 40, 1}}
-                                      << QList<int>{30, 50, 3} << QList<int>{10, 20, 1};
-        QTest::newRow("a point never measured")
-            << QList<QList<int>>{{5, -1, 7}, {6, -1, 2}} << QList<int>{6, -1, 7} << QList<int>{5, -1, 2};
-    }
+    // Three sweeps; point 1 was never measured.
     void holdTraces()
     {
-        QFETCH(QList<QList<int>>, sweeps);
         HoldTraces h;
         h.resize(2);
         h.setEnabled(HoldTraces::Max, true);
         h.setEnabled(HoldTraces::Min, true);
-        for (const QList<int> &sweep : sweeps)
+        for (const QList<int> &sweep : {QList<int>{10, -1, 3}, {30, -1, 3}, {20, -1, 1}})
             for (int i = 0; i < sweep.size(); ++i)
                 if (sweep[i] >= 0)
                     h.record(i, sweep[i]);
         auto asList = [](const std::vector<std::int16_t> &v) { return QList<int>(v.begin(), v.end()); };
-        QTEST(asList(h.trace(HoldTraces::Max)), "maxHeld");
-        QTEST(asList(h.trace(HoldTraces::Min)), "minHeld");
+        QCOMPARE(asList(h.trace(HoldTraces::Max)), (QList<int>{30, -1, 3}));
+        QCOMPARE(asList(h.trace(HoldTraces::Min)), (QList<int>{10, -1, 1}));
         h.setEnabled(HoldTraces::Min, false);
         h.record(0, 99);
         QVERIFY(!h.holdsAny(HoldTraces::Min));
