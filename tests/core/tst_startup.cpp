@@ -30,12 +30,13 @@ private slots:
         QVERIFY(!mainShown);
     }
 
-    void aMissingStoredPortFallsToTheLowestAvailable()
+    void aMissingStoredPortFallsToTheLowestAvailableAndTheMenusShowThePorts()
     {
         TestBed bed;
         bed.attachSilentPort(5);
         bed.attachSilentPort(3);
         bed.settings.save(kAppName, "MSComm", "CommPort", "6");
+        bed.settings.save(kAppName, "MSComm", "Baudrate", "57600");
         int order = 0, splash = 0, shown = 0, closed = 0;
         StartupViews views{[&] { splash = ++order; }, [&] { shown = ++order; }, [&] { closed = ++order; }};
         QVERIFY(startProgram(bed.ctx, views));
@@ -44,6 +45,17 @@ private slots:
         QVERIFY(available[3] && available[5] && !available[6]);
         QCOMPARE(QList<int>({splash, shown, closed}), QList<int>({1, 2, 3}));
         QCOMPARE(bed.ctx.bus.workMode(), WorkMode::Idle);
+
+        bed.ctx.bus.options().CommPort = 5; // the port in use, not merely the first one there
+        FrmMain main(bed.ctx);
+        main.UpdateLinkMenus();
+        QCOMPARE(main.action("mnuBaud1")->text(), QString("57600"));
+        QCOMPARE(main.findChildren<QAction *>("mnuCom").size(), 8);
+        for (QAction *com : main.findChildren<QAction *>("mnuCom")) {
+            const int n = com->property("index").toInt();
+            QVERIFY2(com->isEnabled() == (n == 3 || n == 5) && com->isChecked() == (n == 5),
+                     qPrintable(com->text()));
+        }
     }
 
     void onlySplashAndSearchShowUntilTheScreenIsLoaded_data()
@@ -122,27 +134,6 @@ private slots:
             // The receiver followed the broadcast, so it still answers at the new speed.
             QCOMPARE(bed.line.baudRate(), baud);
             QVERIFY(bed.ctx.bus.AddrCheck(3));
-        }
-    }
-
-    void linkMenusShowTheRateAndThePortInUse()
-    {
-        TestBed bed;
-        bed.attachSilentPort(2);
-        bed.attachSilentPort(4);
-        LineOptions &options = bed.ctx.bus.options();
-        FindCommPorts(bed.line, bed.dialogs, options.PortAvailable, options.CommPort);
-        options.CommPort = 4;
-        options.Baudrate = 57600;
-        FrmMain main(bed.ctx);
-        main.UpdateLinkMenus();
-        QCOMPARE(main.action("mnuBaud1")->text(), QString("57600"));
-        const auto coms = main.findChildren<QAction *>("mnuCom");
-        QCOMPARE(coms.size(), 8);
-        for (QAction *com : coms) {
-            const int n = com->property("index").toInt();
-            QCOMPARE(com->isEnabled(), n == 2 || n == 4);
-            QCOMPARE(com->isChecked(), n == 4);
         }
     }
 };

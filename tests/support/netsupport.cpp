@@ -17,18 +17,15 @@ quint16 freeLoopbackPort()
     return server.serverPort();
 }
 
-bool acceptsConnections(quint16 port)
-{
-    QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, port);
-    return socket.waitForConnected(200);
-}
-
 bool startServer(Child &child, const QString &program, const QStringList &arguments, quint16 port)
 {
     child.process.start(program, arguments);
-    return child.process.waitForStarted(5000) &&
-           QTest::qWaitFor([port] { return acceptsConnections(port); }, 5000);
+    const auto listening = [port] {
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        return socket.waitForConnected(200);
+    };
+    return child.process.waitForStarted(5000) && QTest::qWaitFor(listening, 5000);
 }
 
 QString startSimulator(Child &child, const QStringList &arguments)

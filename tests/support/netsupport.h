@@ -8,9 +8,6 @@ namespace zun {
 // A loopback TCP port nobody listened on a moment ago.
 quint16 freeLoopbackPort();
 
-// Whether a server listens on this loopback port now.
-bool acceptsConnections(quint16 port);
-
 // A helper program the test starts; killed however the test ends.
 struct Child
 {
