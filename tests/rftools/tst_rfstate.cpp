@@ -116,27 +116,36 @@ private slots:
         QCOMPARE(s.cursorX, s.xOf(s.scanIndex));
     }
 
-    void haltCondition_data()
+    // A single sweep stops only on the last point, which a step may jump over.
+    void stopReached_data()
     {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<int>("index");
         QTest::addColumn<int>("level");
         QTest::addColumn<int>("squelchLevel");
-        QTest::addColumn<bool>("halts");
-        QTest::newRow("floor never halts, squelch 0") << 1 << 0 << false;
-        QTest::newRow("above floor and squelch") << 2 << 1 << true;
-        QTest::newRow("equal to squelch") << 40 << 40 << false;
-        QTest::newRow("one above squelch") << 41 << 40 << true;
+        QTest::addColumn<bool>("stops");
+        using M = SweepMode;
+        QTest::newRow("halt: floor, squelch 0") << int(M::Halt) << 0 << 1 << 0 << false;
+        QTest::newRow("halt: above floor and squelch") << int(M::Halt) << 0 << 2 << 1 << true;
+        QTest::newRow("halt: equal to squelch") << int(M::Halt) << 0 << 40 << 40 << false;
+        QTest::newRow("halt: one above squelch") << int(M::Halt) << 0 << 41 << 40 << true;
+        QTest::newRow("single: on the last point") << int(M::Single) << 10 << 1 << 0 << true;
+        QTest::newRow("single: short of it") << int(M::Single) << 9 << 99 << 0 << false;
+        QTest::newRow("continuous never") << int(M::Continuous) << 10 << 99 << 0 << false;
     }
-    void haltCondition()
+    void stopReached()
     {
+        QFETCH(int, mode);
+        QFETCH(int, index);
         QFETCH(int, level);
-        QFETCH(int, squelchLevel);
         ScanState s = scanOf(10, 1);
+        s.scanIndex = index;
+        QFETCH(int, squelchLevel);
         s.squelchLevel = squelchLevel;
         s.rfA = level;
         s.rfB = 0;
         s.storeLevel();
-        QTEST(s.stopReached(SweepMode::Halt), "halts");
-        QVERIFY(!s.stopReached(SweepMode::Continuous));
+        QTEST(s.stopReached(SweepMode(mode)), "stops");
     }
 
     void peakWalkOnEqualLevels_data()
