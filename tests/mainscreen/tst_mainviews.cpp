@@ -174,9 +174,8 @@ private slots:
         QVERIFY(!full->isChecked() && !rig.shown(32));
         rig.desktop.width = 1024;
         rig.trigger("mnuFullView");
-        QVERIFY(full->isChecked() && rig.dialogs.messages().size() == 1);
-        for (int i = 0; i < PanelGrid::kPanelCount; ++i)
-            QVERIFY(rig.shown(i));
+        // Which panels the full view places is tst_rcvpanel's gridPlacesThePanels.
+        QVERIFY(full->isChecked() && rig.dialogs.messages().size() == 1 && rig.shown(0) && rig.shown(32));
         rig.trigger("mnuFullView");
         QVERIFY(!full->isChecked() && !rig.shown(32));
     }
