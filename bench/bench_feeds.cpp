@@ -110,7 +110,7 @@ int main(int argc, char *argv[])
     options.mqttPort = closedPort();
     options.webPort = closedPort();
     options.webToken = QStringLiteral("bench");
-    zun::FeedHub *hub = zun::attachFeeds(options, &source);
+    zun::FeedHub *hub = zun::attachFeeds(options, &source, &source, QStringLiteral("COM1"));
     QWebSocket client;
     int messages = 0;
     QObject::connect(&client, &QWebSocket::textMessageReceived, [&] { ++messages; });

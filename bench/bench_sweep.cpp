@@ -6,7 +6,6 @@
 #include "benchprocess.h"
 
 #include "core/context.h"
-#include "core/startup.h"
 #include "core/workloop.h"
 #include "detail/frmmore.h"
 #include "mainscreen/frmmain.h"
@@ -16,6 +15,7 @@
 #include "platform/portmap.h"
 #include "rftools/rftools.h"
 #include "rftools/scanplot.h"
+#include "session/session.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -100,20 +100,20 @@ int main(int argc, char *argv[])
     zun::SystemClock clock;
     zun::ScriptedDialogs dialogs;
     zun::QtDesktop desktop;
-    zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
+    const auto session = zun::assembleSession(zun::Platform{clock, line, settings, dialogs, desktop}, {});
+    zun::Context &ctx = session->context();
     ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) { return new zun::FrmMore(c, host); };
     ctx.makeRfTools = [](zun::Context &c, zun::RfToolsHost &host, QWidget *parent) {
         return new zun::RfTools(c, host, parent);
     };
-    zun::WorkLoop loop(ctx.bus);
+    zun::WorkLoop &loop = session->loop();
     ctx.endProgram = [&loop] { loop.stop(); };
-    zun::StartupWindows windows(ctx, &ports);
-    if (!zun::startProgram(ctx, windows.views()) || ctx.bus.foundCount() != 1) {
+    zun::StartupWindows windows(*session, &ports);
+    if (!session->start(windows.views()) || ctx.bus.foundCount() != 1) {
         std::fprintf(stderr, "bench_sweep: the simulated receiver was not found\n");
         return 1;
     }
     zun::FrmMain *main = windows.mainWindow();
-    main->installSteps(loop);
 
     PaintWatch watch;
     int points = 0;

@@ -39,6 +39,12 @@ void AlarmEngine::setSettings(const AlarmSettings &settings)
     }
 }
 
+const Alarm *AlarmEngine::alarm(int id) const
+{
+    const int index = id - m_firstId;
+    return index >= 0 && index < m_alarms.size() ? &m_alarms[index] : nullptr;
+}
+
 bool AlarmEngine::hasUnacknowledged(int address) const
 {
     return std::any_of(m_alarms.begin(), m_alarms.end(),
@@ -53,7 +59,7 @@ void AlarmEngine::acknowledge(int address)
         if (alarm.address != address || alarm.acknowledgedMicros)
             continue;
         alarm.acknowledgedMicros = now;
-        emit alarmChanged(i);
+        emit alarmChanged(m_firstId + i);
     }
 }
 
@@ -64,7 +70,13 @@ void AlarmEngine::raise(Watch &watch, const ReceiverStatus &status, AlarmConditi
         return;
     m_alarms.append(
         {status.address, status.name, condition, m_clock.nowMicros(), std::nullopt, std::nullopt});
-    active = static_cast<int>(m_alarms.size()) - 1;
+    active = m_firstId + static_cast<int>(m_alarms.size()) - 1;
+    // A flaky line raises thousands in a night; the oldest go, even one
+    // still active, which then simply clears unseen.
+    while (m_alarms.size() > kMaxAlarms) {
+        m_alarms.removeFirst();
+        ++m_firstId;
+    }
     emit alarmRaised(active);
 }
 
@@ -73,10 +85,12 @@ void AlarmEngine::clear(Watch &watch, AlarmCondition condition)
     int &active = watch.active[static_cast<std::size_t>(condition)];
     if (active < 0)
         return;
-    const int index = active;
+    const int id = active;
     active = -1;
-    m_alarms[index].clearedMicros = m_clock.nowMicros();
-    emit alarmChanged(index);
+    if (!alarm(id))
+        return;
+    m_alarms[id - m_firstId].clearedMicros = m_clock.nowMicros();
+    emit alarmChanged(id);
 }
 
 bool AlarmEngine::heldLongerThan(std::optional<std::uint64_t> &since, bool holding, double seconds) const

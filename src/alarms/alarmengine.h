@@ -48,7 +48,13 @@ public:
     void setSettings(const AlarmSettings &settings);
     const AlarmSettings &settings() const { return m_settings; }
 
+    // The newest kMaxAlarms alarms, oldest first; the first has firstId().
+    // Signals carry an alarm's id, which stays valid while it is kept.
+    static constexpr int kMaxAlarms = 1000;
     const QList<Alarm> &alarms() const { return m_alarms; }
+    int firstId() const { return m_firstId; }
+    // Null once the alarm is no longer kept.
+    const Alarm *alarm(int id) const;
     // Raised or cleared, but nobody clicked it yet: the panel keeps flashing.
     bool hasUnacknowledged(int address) const;
     void acknowledge(int address);
@@ -60,16 +66,16 @@ public slots:
     void onCameBack(const zun::ReceiverStatus &status);
 
 signals:
-    void alarmRaised(int index);
+    void alarmRaised(int id);
     // Acknowledged or cleared.
-    void alarmChanged(int index);
+    void alarmChanged(int id);
 
 private:
     struct Watch
     {
         std::optional<std::uint64_t> rfLowSince;
         std::optional<std::uint64_t> clipSince;
-        std::array<int, 4> active{-1, -1, -1, -1}; // index into m_alarms per condition
+        std::array<int, 4> active{-1, -1, -1, -1}; // alarm id per condition
     };
 
     void raise(Watch &watch, const ReceiverStatus &status, AlarmCondition condition);
@@ -81,6 +87,7 @@ private:
     const LevelTable m_levelTable = buildLevelTable();
     AlarmSettings m_settings;
     QList<Alarm> m_alarms;
+    int m_firstId = 0;
     QHash<int, Watch> m_watches; // by address
 };
 

@@ -30,28 +30,50 @@ AlarmListWindow::AlarmListWindow(const AlarmEngine &engine, const WallTime &wall
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_table);
     resize(560, 320);
+    sizeColumns();
+    m_firstIndex = engine.firstId();
     for (int i = 0; i < engine.alarms().size(); ++i)
-        alarmRaised(i);
+        alarmRaised(engine.firstId() + i);
+}
+
+// Sized once for the widest texts: measuring every row at every new alarm
+// made each alarm cost as much as all before it.
+void AlarmListWindow::sizeColumns()
+{
+    const QFontMetrics metrics(m_table->font());
+    const QString widest[] = {QStringLiteral("0000-00-00 00:00:00"), QStringLiteral("00 WWWWWW"),
+                              conditionText(AlarmCondition::RfBelowSquelch)};
+    for (int c = 0; c < 3; ++c)
+        m_table->setColumnWidth(c, metrics.horizontalAdvance(widest[c]) + 4 * metrics.averageCharWidth());
 }
 
 void AlarmListWindow::alarmRaised(int index)
 {
-    if (index >= m_table->rowCount())
-        m_table->setRowCount(index + 1);
+    const int row = index - m_firstIndex;
+    if (row < 0 || !m_engine.alarm(index))
+        return;
+    if (row >= m_table->rowCount())
+        m_table->setRowCount(row + 1);
     fillRow(index);
-    m_table->resizeColumnsToContents();
-    m_table->scrollToBottom();
+    while (m_table->rowCount() > kMaxRows) {
+        m_table->removeRow(0);
+        ++m_firstIndex;
+    }
+    if (isVisible())
+        m_table->scrollToBottom();
 }
 
 void AlarmListWindow::alarmChanged(int index)
 {
-    if (index < m_table->rowCount())
+    const int row = index - m_firstIndex;
+    if (row >= 0 && row < m_table->rowCount() && m_engine.alarm(index))
         fillRow(index);
 }
 
 void AlarmListWindow::fillRow(int index)
 {
-    const Alarm &alarm = m_engine.alarms().at(index);
+    const int row = index - m_firstIndex;
+    const Alarm &alarm = *m_engine.alarm(index);
     auto timeText = [this](std::uint64_t micros) {
         return m_wallTime.at(micros).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
     };
@@ -62,10 +84,10 @@ void AlarmListWindow::fillRow(int index)
         alarm.clearedMicros ? timeText(*alarm.clearedMicros) : QString(),
     };
     for (int c = 0; c < ColumnCount; ++c) {
-        auto *item = m_table->item(index, c);
+        auto *item = m_table->item(row, c);
         if (!item) {
             item = new QTableWidgetItem;
-            m_table->setItem(index, c, item);
+            m_table->setItem(row, c, item);
         }
         item->setText(texts[c]);
         // Bold while nobody has looked at it.

@@ -1,16 +1,10 @@
-#include "bushealth/bushealthmodel.h"
-#include "bushealth/bushealthwindow.h"
-#include "core/context.h"
-#include "core/startup.h"
-#include "core/workloop.h"
-#include "detail/frmmore.h"
-#include "feeds/feedhub.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/startupwindows.h"
+#include "platform/consoledialogs.h"
 #include "platform/mappedserialline.h"
 #include "platform/portmap.h"
-#include "platform/qtserialline.h"
-#include "rftools/rftools.h"
+#include "platform/terminationsignals.h"
+#include "session/session.h"
 #include "sim/demobus.h"
 #include "sim/simserialline.h"
 
@@ -18,9 +12,6 @@
 #include <QCommandLineParser>
 #include <QDateTime>
 #include <QElapsedTimer>
-#include <QMenu>
-#include <QPointer>
-#include <QStatusBar>
 
 #include <cstdio>
 #include <cstdlib>
@@ -29,42 +20,34 @@
 
 namespace {
 
-struct Options
-{
-    bool demo = false;
-    QStringList ports;
-    QString settingsFile;
-};
-
-void parseArguments(const QCoreApplication &app, QCommandLineParser &parser, Options &options)
+void describeOptions(QCommandLineParser &parser)
 {
     parser.setApplicationDescription(QStringLiteral(
         "Watches and adjusts wireless audio receivers on one serial line.\n\n"
         "Serial ports COM1..COM8 map to devices by --port, else by the key Ports/COMn in\n"
         "~/.config/KESTA_ZUN/KESTA_ZUN.ini, else to the serial ports present (USB adapters first).\n"
         "A port may also be a serial server: tcp://HOST:PORT (raw) or rfc2217://HOST:PORT.\n"
-        "Example: zunoria --port COM1=/dev/serial/by-id/usb-FTDI_...-if00-port0"));
+        "Example: zunoria --port COM1=/dev/serial/by-id/usb-FTDI_...-if00-port0\n\n"
+        "With --headless it runs without a window (a rack PC, a systemd service:\n"
+        "zunoria-headless@LINE.service): one event a line on standard error, SIGTERM ends it."));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption demo(QStringLiteral("demo"),
-                                  QStringLiteral("Run on 64 built-in simulated receivers on COM1."));
-    parser.addOption(demo);
+    parser.addOption(
+        {QStringLiteral("demo"), QStringLiteral("Run on 64 built-in simulated receivers on COM1.")});
     parser.addOption(zun::PortMap::commandLineOption());
-    parser.addOptions(zun::feedCommandLineOptions());
+    parser.addOptions(zun::sessionCommandLineOptions());
     parser.addPositionalArgument(QStringLiteral("file"),
                                  QStringLiteral("A receiver settings file (.zun), offered for loading once "
                                                 "the receivers are found."),
                                  QStringLiteral("[file]"));
-    parser.process(app);
-    options = {parser.isSet(demo), parser.values(QStringLiteral("port")),
-               parser.positionalArguments().value(0)};
 }
 
-// Help and version must print on a console without a display.
-bool onlyPrints(int argc, char *argv[])
+// Help and version must print on a console without a display, and so must
+// a run without a window.
+bool needsNoWindow(int argc, char *argv[])
 {
     for (int i = 1; i < argc; ++i)
-        for (const char *option : {"-h", "--help", "--help-all", "-v", "--version", "-?"})
+        for (const char *option : {"-h", "--help", "--help-all", "-v", "--version", "-?", "--headless"})
             if (std::strcmp(argv[i], option) == 0)
                 return true;
     return false;
@@ -76,46 +59,48 @@ void nameApplication()
     QCoreApplication::setApplicationVersion(QStringLiteral(ZUN_VERSION));
 }
 
+void fail(const QString &text)
+{
+    std::fprintf(stderr, "zunoria: %s\n", qUtf8Printable(text));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    if (onlyPrints(argc, argv)) {
-        QCoreApplication console(argc, argv);
-        nameApplication();
-        QCommandLineParser parser;
-        Options unused;
-        parseArguments(console, parser, unused); // prints and ends the process
-        return 0;
-    }
     QElapsedTimer sinceStart;
     sinceStart.start();
-    QApplication app(argc, argv);
+    std::unique_ptr<QCoreApplication> app;
+    if (needsNoWindow(argc, argv))
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    else
+        app = std::make_unique<QApplication>(argc, argv);
     nameApplication();
     QCommandLineParser parser;
-    Options options;
-    parseArguments(app, parser, options);
+    describeOptions(parser);
+    parser.process(*app); // help and version print and end here
+    const bool demo = parser.isSet(QStringLiteral("demo"));
 
     zun::SystemClock clock;
     zun::FileSettingsStore fileSettings;
     zun::MemorySettingsStore demoSettings;
     // A demonstration must not change the user's stored port or speed; it
     // runs on settings of its own with every optional feature switched on.
-    zun::SettingsStore &settings =
-        options.demo ? static_cast<zun::SettingsStore &>(demoSettings) : fileSettings;
-    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("MSComm"), QStringLiteral("CommPort"),
-                      QStringLiteral("1"));
-    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("Function"),
-                      QStringLiteral("ChangeBaudrate"), QStringLiteral("1"));
-    demoSettings.save(QStringLiteral("KESTA_ZUN"), QStringLiteral("Function"), QStringLiteral("MainKOB"),
-                      QStringLiteral("1"));
-    zun::QtDialogs dialogs;
-    zun::QtDesktop desktop;
+    zun::SettingsStore &settings = demo ? static_cast<zun::SettingsStore &>(demoSettings) : fileSettings;
+    for (const auto &[section, key] :
+         {std::pair{"MSComm", "CommPort"}, {"Function", "ChangeBaudrate"}, {"Function", "MainKOB"}})
+        demoSettings.save(QStringLiteral("KESTA_ZUN"), QLatin1String(section), QLatin1String(key),
+                          QStringLiteral("1"));
+    QString error;
+    const auto options = zun::readSessionOptions(parser, settings, &error);
+    if (!options) {
+        fail(error);
+        return 2;
+    }
     zun::PortMap portMap(settings);
-    for (const QString &mapping : options.ports) {
+    for (const QString &mapping : parser.values(QStringLiteral("port"))) {
         if (!portMap.addOverride(mapping)) {
-            std::fprintf(stderr, "zunoria: --port expects COMn=DEVICE with n from 1 to 8, not \"%s\"\n",
-                         qPrintable(mapping));
+            fail(QStringLiteral("--port expects COMn=DEVICE with n from 1 to 8, not \"%1\"").arg(mapping));
             return 2;
         }
     }
@@ -123,57 +108,44 @@ int main(int argc, char *argv[])
     zun::SimSerialLine demoLine(clock);
     const auto demoBus = zun::makeDemoBus(static_cast<std::uint64_t>(QDateTime::currentMSecsSinceEpoch()));
     demoLine.attachBus(1, demoBus.get());
-    zun::SerialLine &line = options.demo ? static_cast<zun::SerialLine &>(demoLine) : realLine;
+    zun::SerialLine &line = demo ? static_cast<zun::SerialLine &>(demoLine) : realLine;
 
-    zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
-    // The windows meet here, so that none of them includes another.
-    ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) { return new zun::FrmMore(c, host); };
-    ctx.makeRfTools = [](zun::Context &c, zun::RfToolsHost &host, QWidget *parent) {
-        return new zun::RfTools(c, host, parent);
-    };
-    zun::WorkLoop loop(ctx.bus);
-    // The feeds listen to the receiver layer from the first detection on;
-    // the command line switches them on for this run only.
-    QString feedError;
-    const auto feedOptions = zun::applyFeedArguments(
-        parser, zun::loadFeedOptions(settings, QStringLiteral("KESTA_ZUN")), &feedError);
-    if (!feedOptions) {
-        std::fprintf(stderr, "zunoria: %s\n", qPrintable(feedError));
-        return 2;
-    }
-    zun::FeedHub *feeds = zun::attachFeeds(*feedOptions, &ctx.bus, &app);
-    zun::BusHealthModel busHealth;
-    zun::connectBusHealth(&ctx.bus, &busHealth);
+    zun::QtDialogs windowDialogs;
+    zun::QtDesktop windowDesktop;
+    zun::ConsoleDialogs consoleDialogs;
+    zun::ConsoleDesktop consoleDesktop;
+    const bool headless = options->headless;
+    zun::Dialogs &dialogs = headless ? static_cast<zun::Dialogs &>(consoleDialogs) : windowDialogs;
+    zun::Desktop &desktop = headless ? static_cast<zun::Desktop &>(consoleDesktop) : windowDesktop;
+
+    const auto session =
+        zun::assembleSession(zun::Platform{clock, line, settings, dialogs, desktop}, *options);
     // Every setting is on disk the moment it is saved, so the process can end at once.
-    ctx.endProgram = [] { std::_Exit(0); };
+    session->context().endProgram = [] { std::_Exit(0); };
 
-    zun::StartupWindows windows(ctx, &portMap);
-    if (!zun::startProgram(ctx, windows.views()))
+    if (headless) {
+        zun::TerminationSignals termination;
+        QObject::connect(&termination, &zun::TerminationSignals::requested, session.get(), [&session] {
+            session->bus().sayGoodbye();
+            session->endProgram();
+        });
+        if (!session->start({}))
+            return 1;
+        session->loop().run();
+        return 0;
+    }
+
+    zun::StartupWindows windows(*session, &portMap);
+    if (!session->start(windows.views()))
         return 1;
-    if (!options.settingsFile.isEmpty())
-        windows.mainWindow()->offerSettingsFile(options.settingsFile);
+    const QString settingsFile = parser.positionalArguments().value(0);
+    if (!settingsFile.isEmpty())
+        windows.mainWindow()->offerSettingsFile(settingsFile);
     // For the benchmark: start-up cost with the line's share taken out.
     if (qEnvironmentVariableIsSet("ZUN_REPORT_STARTUP"))
         std::fprintf(stderr, "zunoria: main window shown after %lld ms, load %lld ms\n",
                      static_cast<long long>(sinceStart.elapsed()),
                      static_cast<long long>(windows.loadMillis()));
-    zun::FrmMain *mainWindow = windows.mainWindow();
-    if (!feeds->statusText().isEmpty())
-        mainWindow->statusBar()->showMessage(feeds->statusText());
-    QObject::connect(feeds, &zun::FeedHub::statusTextChanged, mainWindow,
-                     [mainWindow](const QString &text) { mainWindow->statusBar()->showMessage(text); });
-    if (auto *receiverMenu = mainWindow->findChild<QMenu *>(QStringLiteral("mnuReceiver"))) {
-        QAction *health = receiverMenu->addAction(QStringLiteral("&Bus Health..."));
-        health->setObjectName(QStringLiteral("mnuBusHealth"));
-        QPointer<QWidget> window;
-        QObject::connect(health, &QAction::triggered, mainWindow, [&busHealth, mainWindow, window]() mutable {
-            if (!window)
-                window = zun::createBusHealthWindow(&busHealth, mainWindow);
-            window->show();
-            window->raise();
-        });
-    }
-    mainWindow->installSteps(loop);
-    loop.run();
+    session->loop().run();
     return 0;
 }

@@ -17,7 +17,7 @@ void WorkLoop::setStep(WorkMode mode, Step step)
 
 bool WorkLoop::runSteps()
 {
-    bool worked = false;
+    bool worked = m_housekeeping && !m_stopped && m_housekeeping();
     for (const WorkMode mode :
          {WorkMode::Polling, WorkMode::DetailRead, WorkMode::Scan, WorkMode::Recorder}) {
         const Step &step = m_steps[static_cast<std::size_t>(mode)];
@@ -29,6 +29,7 @@ bool WorkLoop::runSteps()
 
 void WorkLoop::run()
 {
+    m_stopped = false;
     while (!m_stopped) {
         const bool worked = runSteps();
         if (m_stopped)

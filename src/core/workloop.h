@@ -23,11 +23,14 @@ public:
     explicit WorkLoop(const ReceiverBus &bus);
 
     void setStep(WorkMode mode, Step step);
+    // Runs first in every pass whatever the mode: recovery that must go on
+    // while nobody is polled.
+    void setHousekeeping(Step step) { m_housekeeping = std::move(step); }
 
     // One pass without the event processing; true when some step worked.
     bool runSteps();
 
-    // Runs passes until stop().
+    // Runs passes until stop(); a stopped loop runs again when asked to.
     void run();
     void stop() { m_stopped = true; }
     bool stopped() const { return m_stopped; }
@@ -35,6 +38,7 @@ public:
 private:
     const ReceiverBus &m_bus;
     std::array<Step, 5> m_steps;
+    Step m_housekeeping;
     bool m_stopped = false;
 };
 

@@ -66,7 +66,7 @@ private:
     quint16 m_port = 0;
     QHostAddress m_listenAddress;
     QString m_error;
-    QString m_bus = QStringLiteral("COM1");
+    QString m_bus;
     QHash<int, ReceiverStatus> m_receivers;
     QSet<int> m_dirty;
     QList<QWebSocket *> m_clients;

@@ -5,7 +5,7 @@ namespace zun {
 FeedHub::FeedHub(const FeedOptions &options, const QString &busName, QObject *parent) : QObject(parent)
 {
     if (!options.oscTargets.isEmpty()) {
-        m_osc = new OscFeed(options.oscTargets, this);
+        m_osc = new OscFeed(options.oscTargets, busName, this);
         m_status.oscTargets = m_osc->targetCount();
         connect(m_osc, &OscFeed::failed, this, &FeedHub::setError);
     }
@@ -23,11 +23,32 @@ FeedHub::FeedHub(const FeedOptions &options, const QString &busName, QObject *pa
     if (options.webPort != 0) {
         const QString token = options.webToken.isEmpty() ? DashboardServer::randomToken() : options.webToken;
         m_dashboard = new DashboardServer(token, 1 << 20, this);
+        m_dashboard->onPortChanged(busName);
         if (m_dashboard->start(options.webPort, options.webAllowNetwork))
             m_status.webUrl = m_dashboard->url();
         else
             m_status.lastError = m_dashboard->errorText();
     }
+}
+
+void FeedHub::setLineName(const QString &lineName)
+{
+    if (m_osc)
+        m_osc->setLineName(lineName);
+    if (m_mqtt)
+        m_mqtt->onPortChanged(lineName);
+    if (m_dashboard)
+        m_dashboard->onPortChanged(lineName);
+}
+
+void FeedHub::receiverFound(const ReceiverStatus &status)
+{
+    if (m_osc)
+        m_osc->onReceiverFound(status);
+    if (m_mqtt)
+        m_mqtt->onReceiverFound(status);
+    if (m_dashboard)
+        m_dashboard->onReceiverFound(status);
 }
 
 void FeedHub::setError(const QString &message)

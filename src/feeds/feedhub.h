@@ -25,6 +25,11 @@ public:
     FeedStatus status() const { return m_status; }
     QString statusText() const { return feedStatusText(m_status); }
 
+    // Every feed names the line anew (topics, paths, the dashboard's title).
+    void setLineName(const QString &lineName);
+    // Tells every feed of a receiver found before the feeds began.
+    void receiverFound(const zun::ReceiverStatus &status);
+
 signals:
     void statusTextChanged(const QString &text);
 
@@ -47,25 +52,22 @@ template <class Source, class Listener> void connectStatusSignals(Source *source
     QObject::connect(source, &Source::cameBack, listener, &Listener::onCameBack);
 }
 
-// Starts the feeds the options switch on and subscribes them to source, an
-// object with the receiver layer's signals. The hub belongs to owner (or to
-// source when owner is null); its statusTextChanged feeds the status line.
+// Starts the feeds the options switch on, named for lineName, and subscribes
+// them to source, an object with the receiver layer's signals. The hub
+// belongs to owner; its statusTextChanged feeds the status line.
 template <class Source>
-FeedHub *attachFeeds(const FeedOptions &options, Source *source, QObject *owner = nullptr,
-                     const QString &busName = QStringLiteral("COM1"))
+FeedHub *attachFeeds(const FeedOptions &options, Source *source, QObject *owner, const QString &lineName)
 {
-    auto *hub = new FeedHub(options, busName, owner ? owner : source);
+    auto *hub = new FeedHub(options, lineName, owner);
     if (OscFeed *osc = hub->osc()) {
         connectStatusSignals(source, osc);
         QObject::connect(source, &Source::passEnded, osc, &OscFeed::onPassEnded);
     }
     if (MqttFeed *mqtt = hub->mqtt()) {
         connectStatusSignals(source, mqtt);
-        QObject::connect(source, &Source::portChanged, mqtt, &MqttFeed::onPortChanged);
     }
     if (DashboardServer *web = hub->dashboard()) {
         connectStatusSignals(source, web);
-        QObject::connect(source, &Source::portChanged, web, &DashboardServer::onPortChanged);
     }
     return hub;
 }

@@ -29,7 +29,8 @@ void addBool(lo_message m, bool value)
 
 } // namespace
 
-OscFeed::OscFeed(const QList<OscTarget> &targets, QObject *parent) : QObject(parent)
+OscFeed::OscFeed(const QList<OscTarget> &targets, const QString &lineName, QObject *parent)
+    : QObject(parent), m_line(lineName)
 {
     m_clock.start();
     m_sendTimer.setSingleShot(true);
@@ -49,11 +50,12 @@ OscFeed::OscFeed(const QList<OscTarget> &targets, QObject *parent) : QObject(par
     }
 }
 
-QByteArray OscFeed::encodeBundle(const QList<ReceiverStatus> &online, const QList<int> &wentOffline)
+QByteArray OscFeed::encodeBundle(const QString &lineName, const QList<ReceiverStatus> &online,
+                                 const QList<int> &wentOffline)
 {
     std::unique_ptr<std::remove_pointer_t<lo_bundle>, BundleDeleter> bundle(lo_bundle_new(LO_TT_IMMEDIATE));
     for (const ReceiverStatus &s : online) {
-        const QString base = QStringLiteral("/zunoria/rx/%1/").arg(addressText(s.address));
+        const QString base = QStringLiteral("/zunoria/%1/rx/%2/").arg(lineName, addressText(s.address));
         lo_message m = lo_message_new();
         lo_message_add_string(m, s.name.toUtf8().constData());
         addMessage(bundle.get(), base + QLatin1String("name"), m);
@@ -84,7 +86,8 @@ QByteArray OscFeed::encodeBundle(const QList<ReceiverStatus> &online, const QLis
     for (int address : wentOffline) {
         lo_message m = lo_message_new();
         addBool(m, false);
-        addMessage(bundle.get(), QStringLiteral("/zunoria/rx/%1/online").arg(addressText(address)), m);
+        addMessage(bundle.get(),
+                   QStringLiteral("/zunoria/%1/rx/%2/online").arg(lineName, addressText(address)), m);
     }
     size_t size = 0;
     void *data = lo_bundle_serialise(bundle.get(), nullptr, &size);
@@ -127,7 +130,7 @@ void OscFeed::sendNow()
     }
     if (online.isEmpty() && m_wentOffline.isEmpty())
         return;
-    const QByteArray bundle = encodeBundle(online, m_wentOffline.values());
+    const QByteArray bundle = encodeBundle(m_line, online, m_wentOffline.values());
     m_wentOffline.clear();
     m_limiter.markSent(0, m_clock.elapsed());
     for (const Target &target : std::as_const(m_targets)) {

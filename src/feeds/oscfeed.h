@@ -26,14 +26,17 @@ class OscFeed : public QObject
 public:
     static constexpr qint64 kMinBundleIntervalMs = 50;
 
-    explicit OscFeed(const QList<OscTarget> &targets, QObject *parent = nullptr);
+    OscFeed(const QList<OscTarget> &targets, const QString &lineName, QObject *parent = nullptr);
+
+    void setLineName(const QString &lineName) { m_line = lineName; }
 
     int targetCount() const { return static_cast<int>(m_targets.size()); }
 
-    // The bundle as it goes on the wire: /zunoria/rx/<address>/{name,freq,
-    // rfa,rfb,af,battery,mute,online} per online receiver, and /online false
-    // for each address in wentOffline.
-    static QByteArray encodeBundle(const QList<ReceiverStatus> &online, const QList<int> &wentOffline);
+    // The bundle as it goes on the wire: /zunoria/<line>/rx/<address>/{name,
+    // freq,rfa,rfb,af,battery,mute,online} per online receiver, and /online
+    // false for each address in wentOffline.
+    static QByteArray encodeBundle(const QString &lineName, const QList<ReceiverStatus> &online,
+                                   const QList<int> &wentOffline);
 
 public slots:
     void onReceiverFound(const zun::ReceiverStatus &status) { store(status, true); }
@@ -59,6 +62,7 @@ private:
     void reportOnce(const QString &message);
 
     QList<Target> m_targets;
+    QString m_line;
     QMap<int, ReceiverStatus> m_receivers;
     QSet<int> m_wentOffline;
     QUdpSocket m_socket;

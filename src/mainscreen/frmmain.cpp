@@ -1,5 +1,6 @@
 #include "mainscreen/frmmain.h"
 
+#include "bushealth/bushealthwindow.h"
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"
@@ -12,6 +13,7 @@
 #include "mainscreen/rcvpanel.h"
 #include "platform/framepacer.h"
 #include "platform/portmap.h"
+#include "session/session.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -36,7 +38,8 @@ QAction *namedAction(QMenu *menu, const QString &text, const QString &name)
 
 } // namespace
 
-FrmMain::FrmMain(Context &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx)
+FrmMain::FrmMain(Session &session, QWidget *parent)
+    : QMainWindow(parent), m_session(session), m_ctx(session.context())
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(QStringLiteral("Zunoria"));
@@ -53,9 +56,56 @@ FrmMain::FrmMain(Context &ctx, QWidget *parent) : QMainWindow(parent), m_ctx(ctx
     connect(&m_ctx.bus, &ReceiverBus::panelLevels, this, &FrmMain::UpdateRcvPanel);
     connect(&m_ctx.bus, &ReceiverBus::panelOffline, this, &FrmMain::showOffline);
     connectDetection();
-    m_monitoring = new Monitoring(
-        ctx, *this, [this](int index) { return validIndex(index) ? m_ctx.bus.record(index).address : 0; });
+    connectSession();
+    m_monitoring = new Monitoring(session, *this, [this](int index) {
+        return validIndex(index) ? m_ctx.bus.record(index).address : 0;
+    });
+    addBusHealthItem();
     resize(1280, 760);
+}
+
+void FrmMain::connectSession()
+{
+    connect(&m_session, &Session::receiversCleared, this, [this] {
+        for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
+            DisableRcvPanel(i);
+    });
+    connect(&m_session, &Session::receiversDetected, this, [this](bool found) {
+        if (found)
+            enableFoundPanels();
+        UpdateLinkMenus();
+    });
+    connect(&m_session, &Session::receiversReconnected, this, [this](bool found) {
+        showLineNotice();
+        if (found)
+            enableFoundPanels();
+    });
+    connect(&m_session, &Session::receiverBackOnPoll, this, &FrmMain::EnableRcvPanel);
+    const auto showStatus = [this](const QString &text) {
+        if (!text.isEmpty())
+            statusBar()->showMessage(text);
+    };
+    connect(&m_session, &Session::feedStatusChanged, this, showStatus);
+    connect(&m_session, &Session::notice, this, showStatus);
+}
+
+void FrmMain::enableFoundPanels()
+{
+    for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
+        EnableRcvPanel(i);
+}
+
+void FrmMain::addBusHealthItem()
+{
+    QMenu *receiverMenu = findChild<QMenu *>(QStringLiteral("mnuReceiver"));
+    QAction *health = receiverMenu->addAction(QStringLiteral("&Bus Health..."));
+    health->setObjectName(QStringLiteral("mnuBusHealth"));
+    connect(health, &QAction::triggered, this, [this, window = QPointer<QWidget>()]() mutable {
+        if (!window)
+            window = createBusHealthWindow(&m_session.busHealth(), this);
+        window->show();
+        window->raise();
+    });
 }
 
 FrmMain::~FrmMain()
@@ -196,15 +246,11 @@ void FrmMain::load()
     for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
         DisableRcvPanel(i);
     m_timer1->start(300);
-
-    mnuAutoClicked();
-    m_ctx.bus.setWorkMode(WorkMode::Polling);
-    m_ctx.bus.readTextFields();
+    // The session runs the receiver search next, as "Auto Detect Receivers" does.
 }
 
 void FrmMain::installSteps(WorkLoop &loop)
 {
-    loop.setStep(WorkMode::Polling, [this] { return m_ctx.bus.ReadAllAD(); });
     loop.setStep(WorkMode::DetailRead, [this] { return m_more ? m_more->ReadOneAD() : false; });
     loop.setStep(WorkMode::Scan, [this] { return m_more ? m_more->ScanFreq() : false; });
     loop.setStep(WorkMode::Recorder, [this] { return m_more ? m_more->RFRecorder() : false; });
@@ -272,27 +318,12 @@ void FrmMain::connectDetection()
 
 void FrmMain::mnuAutoClicked()
 {
-    for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
-        DisableRcvPanel(i);
-    if (m_ctx.bus.detectReceivers()) {
-        for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
-            EnableRcvPanel(i);
-    }
-    UpdateLinkMenus();
+    m_session.detectReceivers();
 }
 
 void FrmMain::mnuReconnectClicked()
 {
-    for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
-        DisableRcvPanel(i);
-    // A lost line (adapter pulled, server gone) comes back here, on the same port.
-    if (!m_ctx.platform.line.isOpen())
-        m_ctx.bus.openLine();
-    showLineNotice();
-    if (!m_ctx.bus.CheckReceivers())
-        return;
-    for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
-        EnableRcvPanel(i);
+    m_session.reconnect();
 }
 
 void FrmMain::mnuContentClicked()
@@ -329,7 +360,7 @@ void FrmMain::closeEvent(QCloseEvent *event)
     event->accept();
     if (m_more)
         m_more->hide();
-    m_ctx.endProgram();
+    m_session.endProgram();
 }
 
 void FrmMain::contextMenuEvent(QContextMenuEvent *event)

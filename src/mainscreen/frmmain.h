@@ -18,27 +18,30 @@ namespace zun {
 
 struct Context;
 class Monitoring;
+class Session;
 class PanelGrid;
 class PortMap;
 class RcvPanel;
 class WorkLoop;
 class frmCheckNet;
 
-// The main screen: menus, the receiver panels and the exit path.
+// The main screen: menus, the receiver panels and the exit path. The
+// session finds and polls the receivers; this window draws what it reports
+// and forwards the user's commands.
 class FrmMain : public QMainWindow, public DetailHost
 {
     Q_OBJECT
 public:
-    explicit FrmMain(Context &ctx, QWidget *parent = nullptr);
+    explicit FrmMain(Session &session, QWidget *parent = nullptr);
     ~FrmMain() override;
 
-    // The load step: options, panels, detection, polling on.
+    // The load step up to the receiver search: options, menus, panels.
     void load();
     // The port names behind COM1..COM8; without them the port menu shows
     // bare numbers and cannot map a port.
     void setPortMap(PortMap *ports) { m_ports = ports; }
 
-    // Hands the work loop its steps: main-screen polling and the detail window's work.
+    // Hands the session's work loop the detail window's steps.
     void installSteps(WorkLoop &loop);
 
     // Port, baud-rate and hide menus after a detection.
@@ -82,7 +85,7 @@ public:
     RcvPanel *panel(int index) const;
     DetailWindow *detailWindow() const { return m_more; }
     QMenu *popupMenu() const { return m_popup; }
-    // Alarms and the show log; the app connects them to the receiver layer.
+    // The "Monitor" menu over the session's alarms and show log.
     Monitoring *monitoring() const { return m_monitoring; }
 
 protected:
@@ -104,7 +107,11 @@ private:
     void connectDetection();
     void refreshNameCaption(int index);
     bool validIndex(int index) const;
+    void connectSession();
+    void addBusHealthItem();
+    void enableFoundPanels();
 
+    Session &m_session;
     Context &m_ctx;
     PanelGrid *m_grid = nullptr;
     frmCheckNet *m_checkNet = nullptr;

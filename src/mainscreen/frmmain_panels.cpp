@@ -6,6 +6,7 @@
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/panelreadout.h"
 #include "mainscreen/rcvpanel.h"
+#include "session/session.h"
 
 #include <QLabel>
 #include <QTimer>
@@ -73,8 +74,7 @@ void FrmMain::nameClicked(int index)
     if (!validIndex(index))
         return;
     m_ctx.bus.select(index);
-    if (m_ctx.bus.bringBack(index))
-        EnableRcvPanel(index);
+    m_session.bringBack(index);
 }
 
 void FrmMain::Timer1Tick()

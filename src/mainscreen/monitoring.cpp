@@ -1,9 +1,10 @@
 #include "mainscreen/monitoring.h"
 
 #include "alarms/alarmlistwindow.h"
-#include "core/context.h"
+#include "core/options.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/rcvpanel.h"
+#include "session/session.h"
 
 #include <QAction>
 #include <QMenu>
@@ -19,12 +20,17 @@ constexpr int kFlashMillis = 400;
 constexpr int kPanelCount = 64;
 } // namespace
 
-Monitoring::Monitoring(Context &ctx, FrmMain &mainWindow, std::function<int(int index)> addressOfPanel)
-    : QObject(&mainWindow), m_ctx(ctx), m_main(mainWindow), m_addressOfPanel(std::move(addressOfPanel)),
-      m_wallTime(ctx.platform.clock), m_alarms(ctx.platform.clock), m_showLog(m_wallTime)
+Monitoring::Monitoring(Session &session, FrmMain &mainWindow, std::function<int(int index)> addressOfPanel)
+    : QObject(&mainWindow), m_session(session), m_main(mainWindow),
+      m_addressOfPanel(std::move(addressOfPanel)), m_alarms(session.alarms()), m_showLog(session.showLog())
 {
-    m_alarms.setSettings(AlarmSettings::load(ctx.platform.settings));
-    m_list = new AlarmListWindow(m_alarms, m_wallTime, &mainWindow);
+    m_list = new AlarmListWindow(m_alarms, session.wallTime(), &mainWindow);
+    const auto nameList = [this](const QString &line) {
+        m_list->setWindowTitle(line.isEmpty() ? QStringLiteral("Alarms")
+                                              : QStringLiteral("Alarms - %1").arg(line));
+    };
+    nameList(session.lineName());
+    connect(&session, &Session::lineNameChanged, this, nameList);
     m_flashTimer = new QTimer(this);
     m_flashTimer->setInterval(kFlashMillis);
     connect(m_flashTimer, &QTimer::timeout, this, &Monitoring::flashTick);
@@ -38,22 +44,10 @@ Monitoring::Monitoring(Context &ctx, FrmMain &mainWindow, std::function<int(int 
     for (int i = 0; i < kPanelCount; ++i)
         if (RcvPanel *panel = mainWindow.panel(i))
             connect(panel, &RcvPanel::nameClicked, this, &Monitoring::acknowledgePanel);
-
-    // The program ends without unwinding; what the log buffered goes out first.
-    QPointer<Monitoring> self(this);
-    auto previousEnd = ctx.endProgram;
-    ctx.endProgram = [self, previousEnd] {
-        if (self)
-            self->m_showLog.stop();
-        previousEnd();
-    };
     buildMenu();
 }
 
-Monitoring::~Monitoring()
-{
-    m_showLog.stop();
-}
+Monitoring::~Monitoring() = default;
 
 void Monitoring::buildMenu()
 {
@@ -82,7 +76,19 @@ void Monitoring::buildMenu()
     m_showLogAction = m_menu->addAction(QStringLiteral("Show Lo&g..."));
     m_showLogAction->setObjectName(QStringLiteral("mnuShowLog"));
     m_showLogAction->setCheckable(true);
+    m_showLogAction->setChecked(m_showLog.isLogging());
     connect(m_showLogAction, &QAction::triggered, this, &Monitoring::mnuShowLogClicked);
+    m_menu->addSeparator();
+    // Off by default: on a desk the user brings a receiver back with a click.
+    QAction *recover = m_menu->addAction(QStringLiteral("Re&cover Receivers Automatically"));
+    recover->setObjectName(QStringLiteral("mnuAutoRecover"));
+    recover->setCheckable(true);
+    recover->setChecked(m_session.autoRecover());
+    connect(recover, &QAction::toggled, this, [this](bool on) {
+        m_session.setAutoRecover(on);
+        m_session.context().platform.settings.save(kAppName, kMonitorSection, kAutoRecoverKey,
+                                                   on ? QStringLiteral("1") : QStringLiteral("0"));
+    });
 
     QMenuBar *bar = m_main.menuBar();
     QAction *before = nullptr;
@@ -109,12 +115,12 @@ QAction *Monitoring::addOption(const QString &text, const QString &name, bool Al
 void Monitoring::saveSettings(const AlarmSettings &settings)
 {
     m_alarms.setSettings(settings);
-    settings.save(m_ctx.platform.settings);
+    settings.save(m_session.context().platform.settings);
 }
 
 void Monitoring::mnuAlarmDelayClicked()
 {
-    const auto text = m_ctx.platform.dialogs.inputBox(
+    const auto text = m_session.context().platform.dialogs.inputBox(
         QStringLiteral("Seconds both antennas may stay below the squelch level before the alarm:"),
         QStringLiteral("RF-Low Delay"), QString::number(m_alarms.settings().rfLowSeconds));
     if (!text)
@@ -122,7 +128,8 @@ void Monitoring::mnuAlarmDelayClicked()
     bool ok = false;
     const double seconds = text->trimmed().replace(QLatin1Char(','), QLatin1Char('.')).toDouble(&ok);
     if (!ok || seconds < 0 || seconds > 3600) {
-        m_ctx.platform.dialogs.message(QStringLiteral("Please enter a number of seconds from 0 to 3600."));
+        m_session.context().platform.dialogs.message(
+            QStringLiteral("Please enter a number of seconds from 0 to 3600."));
         return;
     }
     AlarmSettings settings = m_alarms.settings();
@@ -135,10 +142,14 @@ void Monitoring::mnuShowLogClicked()
     if (m_showLog.isLogging()) {
         m_showLog.stop();
     } else {
-        const QString file = m_ctx.platform.dialogs.saveFileName(QStringLiteral("Show Log(*.csv)|*.csv"));
+        const QString suggested =
+            QStringLiteral("show-%1-%2.csv")
+                .arg(m_session.lineName(), WallTime::iso(m_session.wallTime().now()).left(10));
+        const QString file = m_session.context().platform.dialogs.saveFileName(
+            QStringLiteral("Show Log(*.csv)|*.csv"), suggested);
         QString error;
         if (!file.isEmpty() && !m_showLog.start(file, &error))
-            m_ctx.platform.dialogs.message(
+            m_session.context().platform.dialogs.message(
                 QStringLiteral("The show log cannot be written to %1: %2").arg(file, error));
     }
     m_showLogAction->setChecked(m_showLog.isLogging());
@@ -158,7 +169,10 @@ void Monitoring::logFailed(const QString &message)
 void Monitoring::alarmRaised(int index)
 {
     m_list->alarmRaised(index);
-    m_flashing.insert(m_alarms.alarms().at(index).address);
+    const Alarm *alarm = m_alarms.alarm(index);
+    if (!alarm)
+        return;
+    m_flashing.insert(alarm->address);
     if (!m_flashTimer->isActive())
         m_flashTimer->start();
     if (!m_alarms.settings().soundOn)

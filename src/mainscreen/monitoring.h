@@ -1,8 +1,6 @@
 #pragma once
 
 #include "alarms/alarmengine.h"
-#include "alarms/receiverlisteners.h"
-#include "platform/walltime.h"
 #include "showlog/showlog.h"
 
 #include <QObject>
@@ -18,20 +16,19 @@ class QTimer;
 
 namespace zun {
 
-struct Context;
 class AlarmListWindow;
 class FrmMain;
+class Session;
 
-// The main screen's watch over a show: the alarm engine with its flashing
-// panel names, list window and sound, and the show log. Both listen to the
-// receiver layer (see connectMonitoring); this object adds the "Monitor"
-// menu and the reactions a user sees.
+// The main screen's face of the session's watch over a show: the "Monitor"
+// menu, flashing panel names, the alarm list, the alarm sound and the show
+// log's menu item. The alarm engine and the log belong to the session.
 class Monitoring : public QObject
 {
     Q_OBJECT
 public:
     // addressOfPanel gives the bus address behind a panel index (0 for none).
-    Monitoring(Context &ctx, FrmMain &mainWindow, std::function<int(int index)> addressOfPanel);
+    Monitoring(Session &session, FrmMain &mainWindow, std::function<int(int index)> addressOfPanel);
     ~Monitoring() override;
 
     AlarmEngine &alarms() { return m_alarms; }
@@ -49,17 +46,16 @@ private:
     void buildMenu();
     QAction *addOption(const QString &text, const QString &name, bool AlarmSettings::*flag);
     void saveSettings(const AlarmSettings &settings);
-    void alarmRaised(int index);
+    void alarmRaised(int id);
     void flashTick();
     void logFailed(const QString &message);
     int panelIndexOf(int address) const;
 
-    Context &m_ctx;
+    Session &m_session;
     FrmMain &m_main;
     std::function<int(int index)> m_addressOfPanel;
-    WallTime m_wallTime;
-    AlarmEngine m_alarms;
-    ShowLog m_showLog;
+    AlarmEngine &m_alarms;
+    ShowLog &m_showLog;
     AlarmListWindow *m_list = nullptr;
     QMenu *m_menu = nullptr;
     QAction *m_showLogAction = nullptr;
@@ -68,11 +64,5 @@ private:
     QSet<int> m_flashing; // addresses with alarms nobody acknowledged
     bool m_flashPhase = false;
 };
-
-// The main screen's monitoring on the receiver layer: connectMonitoring(&bus, *frmMain.monitoring()).
-template <typename Source> void connectMonitoring(const Source *source, Monitoring &monitoring)
-{
-    connectMonitoring(source, &monitoring.alarms(), &monitoring.showLog());
-}
 
 } // namespace zun

@@ -1,14 +1,14 @@
 #include "mainscreen/startupwindows.h"
 
-#include "core/context.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/frmsplash.h"
 
-#include <QElapsedTimer>
+#include <QDateTime>
+#include <QStatusBar>
 
 namespace zun {
 
-StartupWindows::StartupWindows(Context &ctx, PortMap *ports) : m_ctx(ctx), m_ports(ports) {}
+StartupWindows::StartupWindows(Session &session, PortMap *ports) : m_session(session), m_ports(ports) {}
 
 StartupWindows::~StartupWindows() = default;
 
@@ -18,16 +18,20 @@ StartupViews StartupWindows::views()
     views.showSplash = [this] {
         m_splash = std::make_unique<frmSplash>();
         m_splash->show();
-        m_ctx.platform.desktop.processEvents();
+        m_session.context().platform.desktop.processEvents();
     };
-    views.showMainScreen = [this] {
-        m_main = std::make_unique<FrmMain>(m_ctx);
+    views.loadMainScreen = [this] {
+        m_loadStarted = QDateTime::currentMSecsSinceEpoch();
+        m_main = std::make_unique<FrmMain>(m_session);
         m_main->setPortMap(m_ports);
-        // A form's load step runs before the form appears.
-        QElapsedTimer load;
-        load.start();
+        m_main->installSteps(m_session.loop());
         m_main->load();
-        m_loadMillis = load.elapsed();
+    };
+    // A form's load step (the search included) runs before the form appears.
+    views.showMainScreen = [this] {
+        m_loadMillis = QDateTime::currentMSecsSinceEpoch() - m_loadStarted;
+        if (const QString feeds = m_session.feedStatusText(); !feeds.isEmpty())
+            m_main->statusBar()->showMessage(feeds);
         m_main->show();
     };
     views.closeSplash = [this] { m_splash.reset(); };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/startup.h"
+#include "session/session.h"
 
 #include <QtGlobal>
 
@@ -8,32 +8,32 @@
 
 namespace zun {
 
-struct Context;
 class FrmMain;
 class PortMap;
 class frmSplash;
 
-// The windows start-up shows: the splash, then the main screen once its load
-// step (detection included) is done, so that while receivers are searched for
-// only the splash and the search progress are on screen.
+// The windows start-up shows: the splash, then the main screen once the
+// receiver search is done, so that while receivers are searched for only the
+// splash and the search progress are on screen.
 class StartupWindows
 {
 public:
     // ports, when given, names the serial ports in the main screen's port menu.
-    explicit StartupWindows(Context &ctx, PortMap *ports = nullptr);
+    explicit StartupWindows(Session &session, PortMap *ports = nullptr);
     ~StartupWindows();
 
     StartupViews views();
     FrmMain *mainWindow() const { return m_main.get(); }
     frmSplash *splash() const { return m_splash.get(); }
-    // How long the main screen's load step (detection and text reads) took.
+    // How long the main screen's load and the receiver search took.
     qint64 loadMillis() const { return m_loadMillis; }
 
 private:
-    Context &m_ctx;
+    Session &m_session;
     PortMap *m_ports;
     std::unique_ptr<frmSplash> m_splash;
     std::unique_ptr<FrmMain> m_main;
+    qint64 m_loadStarted = 0;
     qint64 m_loadMillis = 0;
 };
 

@@ -63,9 +63,10 @@ QString QtDialogs::openFileName(const QString &filter)
     return QFileDialog::getOpenFileName(QApplication::activeWindow(), kCaption, QString(), qtFilter(filter));
 }
 
-QString QtDialogs::saveFileName(const QString &filter)
+QString QtDialogs::saveFileName(const QString &filter, const QString &suggestedName)
 {
-    return QFileDialog::getSaveFileName(QApplication::activeWindow(), kCaption, QString(), qtFilter(filter));
+    return QFileDialog::getSaveFileName(QApplication::activeWindow(), kCaption, suggestedName,
+                                        qtFilter(filter));
 }
 
 std::optional<QList<int>> QtDialogs::chooseOptions(const QString &title, const QList<QStringList> &groups)
@@ -121,9 +122,10 @@ QString ScriptedDialogs::openFileName(const QString &filter)
     return m_files.isEmpty() ? QString() : m_files.takeFirst();
 }
 
-QString ScriptedDialogs::saveFileName(const QString &filter)
+QString ScriptedDialogs::saveFileName(const QString &filter, const QString &suggestedName)
 {
-    m_shown.append({QStringLiteral("save"), filter, MessageButtons::Ok});
+    m_shown.append({QStringLiteral("save"), suggestedName.isEmpty() ? filter : filter + ' ' + suggestedName,
+                    MessageButtons::Ok});
     return m_files.isEmpty() ? QString() : m_files.takeFirst();
 }
 

@@ -28,7 +28,8 @@ public:
     // The filter is given in the form "Receiver Setting(*.zun)|*.zun".
     // Empty text when the user cancelled.
     virtual QString openFileName(const QString &filter) = 0;
-    virtual QString saveFileName(const QString &filter) = 0;
+    // suggestedName, when given, is offered as the file's name.
+    virtual QString saveFileName(const QString &filter, const QString &suggestedName = {}) = 0;
     // A small form of option groups with one choice each: every group is its
     // caption followed by its options. The chosen index per group, or empty
     // when the user cancelled.
@@ -44,7 +45,7 @@ public:
     std::optional<QString> inputBox(const QString &prompt, const QString &title,
                                     const QString &defaultText) override;
     QString openFileName(const QString &filter) override;
-    QString saveFileName(const QString &filter) override;
+    QString saveFileName(const QString &filter, const QString &suggestedName) override;
     std::optional<QList<int>> chooseOptions(const QString &title, const QList<QStringList> &groups) override;
 };
 
@@ -63,7 +64,7 @@ public:
     std::optional<QString> inputBox(const QString &prompt, const QString &title,
                                     const QString &defaultText) override;
     QString openFileName(const QString &filter) override;
-    QString saveFileName(const QString &filter) override;
+    QString saveFileName(const QString &filter, const QString &suggestedName) override;
     std::optional<QList<int>> chooseOptions(const QString &title, const QList<QStringList> &groups) override;
 
     // Yes/No questions take the next queued answer, else No.

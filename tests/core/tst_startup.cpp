@@ -1,5 +1,4 @@
 #include "core/options.h"
-#include "core/startup.h"
 #include "link/ports.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/frmsplash.h"
@@ -23,8 +22,8 @@ private slots:
         TestBed bed;
         bool mainShown = false;
         StartupViews views;
-        views.showMainScreen = [&] { mainShown = true; };
-        QVERIFY(!startProgram(bed.ctx, views));
+        views.loadMainScreen = [&] { mainShown = true; };
+        QVERIFY(!bed.session->start(views));
         QCOMPARE(bed.dialogs.messages(),
                  QStringList{"Cannot find any available serial port on this computer, program terminated! "});
         QVERIFY(!mainShown);
@@ -37,17 +36,22 @@ private slots:
         bed.attachSilentPort(3);
         bed.settings.save(kAppName, "MSComm", "CommPort", "6");
         bed.settings.save(kAppName, "MSComm", "Baudrate", "57600");
-        int order = 0, splash = 0, shown = 0, closed = 0;
-        StartupViews views{[&] { splash = ++order; }, [&] { shown = ++order; }, [&] { closed = ++order; }};
-        QVERIFY(startProgram(bed.ctx, views));
-        QCOMPARE(bed.ctx.bus.options().CommPort, 3);
+        int order = 0, splash = 0, loaded = 0, shown = 0, closed = 0;
+        QList<int> searched;
+        QObject::connect(&bed.ctx.bus, &ReceiverBus::detectionStarted, [&](int port) {
+            searched << port;
+            QCOMPARE(order, 2); // after the load, before the main screen shows
+        });
+        StartupViews views{[&] { splash = ++order; }, [&] { loaded = ++order; }, [&] { shown = ++order; },
+                           [&] { closed = ++order; }};
+        QVERIFY(bed.session->start(views));
+        QCOMPARE(searched, QList<int>({3, 5}));
         const auto &available = bed.ctx.bus.options().PortAvailable;
         QVERIFY(available[3] && available[5] && !available[6]);
-        QCOMPARE(QList<int>({splash, shown, closed}), QList<int>({1, 2, 3}));
-        QCOMPARE(bed.ctx.bus.workMode(), WorkMode::Idle);
+        QCOMPARE(QList<int>({splash, loaded, shown, closed}), QList<int>({1, 2, 3, 4}));
 
         bed.ctx.bus.options().CommPort = 5; // the port in use, not merely the first one there
-        FrmMain main(bed.ctx);
+        FrmMain main(*bed.session);
         main.UpdateLinkMenus();
         QCOMPARE(main.action("mnuBaud1")->text(), QString("57600"));
         QCOMPARE(main.findChildren<QAction *>("mnuCom").size(), 8);
@@ -73,7 +77,7 @@ private slots:
         const std::unique_ptr<SimBus> demoBus = makeDemoBus();
         SimBus *bus = demo ? demoBus.get() : &bed.attachReceivers(1, {3, 40});
         bed.line.attachBus(1, bus);
-        StartupWindows windows(bed.ctx);
+        StartupWindows windows(*bed.session);
         QSet<QString> onScreen; // whenever a receiver is asked who it is
         bus->setFrameObserver([&](std::uint64_t, const QByteArray &frame, int) {
             if (!frame.startsWith('%') || !frame.endsWith("M\r"))
@@ -84,7 +88,7 @@ private slots:
                                     main->isVisible() ? "main" : ""}
                             .join(' ');
         });
-        QVERIFY(startProgram(bed.ctx, windows.views()));
+        QVERIFY(bed.session->start(windows.views()));
         QCOMPARE(onScreen, QSet<QString>{"splash search "});
         QVERIFY(windows.mainWindow()->isVisible() && !windows.splash());
         QTEST(bed.ctx.bus.foundCount(), "found");
@@ -115,7 +119,7 @@ private slots:
         bed.ctx.bus.options().Baudrate = 38400;
         bed.ctx.bus.options().CommPort = 1;
         bed.ctx.bus.openLine();
-        FrmMain main(bed.ctx);
+        FrmMain main(*bed.session);
         main.UpdateLinkMenus();
         QAction *item = main.action("mnuBaud1");
         item->setEnabled(true);

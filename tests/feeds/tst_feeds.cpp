@@ -85,31 +85,6 @@ struct OscReceiver
     QStringList messages;
 };
 
-// mosquitto_sub -v on zunoria/#: the latest payload and a count per topic.
-struct Subscriber
-{
-    explicit Subscriber(quint16 port)
-    {
-        QObject::connect(&child.process, &QProcess::readyReadStandardOutput, [this] {
-            while (child.process.canReadLine()) {
-                const QByteArray line = child.process.readLine().chopped(1);
-                const QString topic = QString::fromUtf8(line.left(line.indexOf(' ')));
-                latest[topic] = line.mid(line.indexOf(' ') + 1);
-                ++counts[topic];
-            }
-        });
-        child.process.start("mosquitto_sub",
-                            {"-h", "127.0.0.1", "-p", QString::number(port), "-v", "-t", "zunoria/#"});
-    }
-    QString field(const QString &topic, const QString &key) const
-    {
-        return QJsonDocument::fromJson(latest.value(topic)).object().value(key).toVariant().toString();
-    }
-    Child child;
-    QHash<QString, QByteArray> latest;
-    QHash<QString, int> counts;
-};
-
 const QString kToken = QStringLiteral("tok-42");
 
 // Sends raw bytes and returns everything the server answers until it closes
@@ -212,7 +187,7 @@ class TestFeeds : public QObject
         FeedOptions options;
         options.webPort = m_port = freeLoopbackPort();
         options.webToken = kToken;
-        m_hub = attachFeeds(options, m_bus.get());
+        m_hub = attachFeeds(options, m_bus.get(), m_bus.get(), QStringLiteral("COM1"));
         m_bus->replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), m_vox});
     }
 
@@ -277,7 +252,7 @@ private slots:
         options.oscTargets = {
             {"no-such-host.invalid", 9000}, {"127.0.0.1", freeLoopbackPort()}, {"127.0.0.1", rx.port()}};
         FakeReceiverBus bus;
-        FeedHub *hub = attachFeeds(options, &bus);
+        FeedHub *hub = attachFeeds(options, &bus, &bus, QStringLiteral("COM1"));
         QCOMPARE(hub->statusText(), "OSC: 3 targets");
 
         ReceiverStatus quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü"));
@@ -285,10 +260,10 @@ private slots:
         bus.replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), quoted});
         rx.pump(300);
         for (const char *expected :
-             {"/zunoria/rx/03/name s Vox \"1\" ü", "/zunoria/rx/03/freq f 500.375",
-              "/zunoria/rx/03/rfa if 43 -68.500", "/zunoria/rx/03/rfb if 33 -73.500",
-              "/zunoria/rx/03/af i 20", "/zunoria/rx/03/battery i 80", "/zunoria/rx/03/mute T",
-              "/zunoria/rx/03/online T", "/zunoria/rx/01/name s Gtr"})
+             {"/zunoria/COM1/rx/03/name s Vox \"1\" ü", "/zunoria/COM1/rx/03/freq f 500.375",
+              "/zunoria/COM1/rx/03/rfa if 43 -68.500", "/zunoria/COM1/rx/03/rfb if 33 -73.500",
+              "/zunoria/COM1/rx/03/af i 20", "/zunoria/COM1/rx/03/battery i 80", "/zunoria/COM1/rx/03/mute T",
+              "/zunoria/COM1/rx/03/online T", "/zunoria/COM1/rx/01/name s Gtr"})
             QVERIFY2(rx.messages.contains(QString::fromUtf8(expected)), expected);
 
         // Going offline is said at once, and an offline receiver is not sent.
@@ -296,8 +271,8 @@ private slots:
         quoted.online = false;
         emit bus.wentOffline(quoted);
         rx.pump(200);
-        QVERIFY(rx.messages.contains("/zunoria/rx/03/online F"));
-        QVERIFY(!rx.messages.contains("/zunoria/rx/03/name s Vox \"1\" ü"));
+        QVERIFY(rx.messages.contains("/zunoria/COM1/rx/03/online F"));
+        QVERIFY(!rx.messages.contains("/zunoria/COM1/rx/03/name s Vox \"1\" ü"));
         QTRY_VERIFY_WITH_TIMEOUT(hub->statusText().contains("cannot find host no-such-host.invalid"), 30000);
 
         // A pass every millisecond for half a second: far more bundles than the limit lets through.
@@ -309,7 +284,7 @@ private slots:
             rx.pump(1);
         }
         rx.pump(OscFeed::kMinBundleIntervalMs * 2);
-        const qint64 bundles = rx.messages.count("/zunoria/rx/01/online T");
+        const qint64 bundles = rx.messages.count("/zunoria/COM1/rx/01/online T");
         QVERIFY2(bundles >= 2 && bundles <= t.elapsed() / OscFeed::kMinBundleIntervalMs + 1,
                  qPrintable(QStringLiteral("%1 bundles in %2 ms").arg(bundles).arg(t.elapsed())));
     }
@@ -321,7 +296,7 @@ private slots:
         options.mqttHost = QStringLiteral("127.0.0.1");
         options.mqttPort = port;
         FakeReceiverBus bus;
-        auto hub = std::unique_ptr<FeedHub>(attachFeeds(options, &bus, &bus));
+        auto hub = std::unique_ptr<FeedHub>(attachFeeds(options, &bus, &bus, QStringLiteral("COM1")));
 
         // The broker is not there yet: the feed says so and keeps trying.
         const ReceiverStatus quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü\\"));
@@ -353,8 +328,8 @@ private slots:
         QVERIFY2(sub.counts.value(state3) - before <= 2,
                  qPrintable(QString::number(sub.counts[state3] - before)));
 
-        // A new port name moves the topics; the old bus says goodbye.
-        emit bus.portChanged(QStringLiteral("COM2"));
+        // A new line name moves the topics; the old line says goodbye.
+        hub->setLineName(QStringLiteral("COM2"));
         QTRY_COMPARE(sub.latest.value("zunoria/COM1/status"), "offline");
         QTRY_COMPARE_WITH_TIMEOUT(sub.field("zunoria/COM2/rx/03/state", "rfa"), "69", 10000);
         hub.reset();

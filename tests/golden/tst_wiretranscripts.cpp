@@ -5,7 +5,6 @@
 // inside can be rearranged without changing a byte or a time on the wire.
 // ZUN_UPDATE_GOLDEN=1 rewrites the files instead of comparing.
 #include "core/options.h"
-#include "core/startup.h"
 #include "core/workloop.h"
 #include "detail/frmmore.h"
 #include "mainscreen/clicklabel.h"
@@ -67,11 +66,11 @@ void populate(SimBus &bus)
     }
 }
 
-// The program as main() wires it, on doubles: start-up, main screen, work loop.
-struct Session : TestBed
+// The program as main() assembles it, on doubles: start-up, main screen, work loop.
+struct Program : TestBed
 {
     // setup runs on the surroundings before the program starts.
-    bool start(const std::function<void(Session &)> &setup)
+    bool start(const std::function<void(Program &)> &setup)
     {
         populate(bus);
         line.attachBus(1, &bus);
@@ -84,17 +83,11 @@ struct Session : TestBed
             settings.save(kAppName, section, key, value);
         if (setup)
             setup(*this);
-        windows = std::make_unique<StartupWindows>(ctx);
-        if (!startProgram(ctx, windows->views()))
+        windows = std::make_unique<StartupWindows>(*session);
+        if (!session->start(windows->views()))
             return false;
         main = windows->mainWindow();
-        main->installSteps(loop);
         return true;
-    }
-    ~Session()
-    {
-        windows.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
     // Steps separated by ";", each a verb and its words; see the verbs below.
@@ -161,7 +154,7 @@ struct Session : TestBed
     void passes(int count)
     {
         for (int i = 0; i < count; ++i) {
-            loop.runSteps();
+            session->loop().runSteps();
             QCoreApplication::processEvents();
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         }
@@ -217,8 +210,6 @@ struct Session : TestBed
 
     std::vector<std::pair<std::uint64_t, QByteArray>> replies;
     SimBus bus{7};
-    WorkLoop loop{ctx.bus};
-    std::unique_ptr<StartupWindows> windows;
     FrmMain *main = nullptr;
 
 private:
@@ -227,7 +218,7 @@ private:
 
 struct Run
 {
-    std::function<void(Session &)> setup; // before start-up
+    std::function<void(Program &)> setup; // before start-up
     const char *steps;                    // every run then exits, answering Yes
 };
 
@@ -266,14 +257,14 @@ const std::map<QString, Run> &runs()
         {"menus", {{}, "forget; menu mnuReconnect; type 38400; menu mnuBaud1 mnuAuto"}},
         // The stored port is there but silent; the receivers sit on COM1.
         {"port-search",
-         {[](Session &s) {
+         {[](Program &s) {
               s.settings.save(kAppName, QStringLiteral("MSComm"), QStringLiteral("CommPort"),
                               QStringLiteral("2"));
               s.line.attachBus(2, nullptr);
           },
           "passes 1"}},
         {"odd-replies",
-         {[](Session &s) { s.bus.addReceiver(7).name = "M\xC4RZ  "; },
+         {[](Program &s) { s.bus.addReceiver(7).name = "M\xC4RZ  "; },
           "forget; passes 1; fault 1 garbled; fault 5 late; passes 2; panel 0 name; passes 1"}},
     };
     return table;
@@ -294,13 +285,13 @@ private slots:
     void transcript()
     {
         QFETCH(QString, run);
-        Session session;
-        QVERIFY(session.start(runs().at(run).setup));
-        session.play(runs().at(run).steps);
-        session.dialogs.queueAnswer(MessageAnswer::Yes);
-        session.main->findChild<QAction *>(QStringLiteral("mnuExit"))->trigger();
-        QCOMPARE(session.endProgramCalls, 1);
-        const QStringList actual = session.transcript();
+        Program program;
+        QVERIFY(program.start(runs().at(run).setup));
+        program.play(runs().at(run).steps);
+        program.dialogs.queueAnswer(MessageAnswer::Yes);
+        program.main->findChild<QAction *>(QStringLiteral("mnuExit"))->trigger();
+        QCOMPARE(program.endProgramCalls, 1);
+        const QStringList actual = program.transcript();
 
         QFile file(QStringLiteral(ZUN_GOLDEN_DIR "/%1.txt").arg(run));
         if (qEnvironmentVariableIntValue("ZUN_UPDATE_GOLDEN") == 1) {

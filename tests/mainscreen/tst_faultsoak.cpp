@@ -1,6 +1,8 @@
 // A long show on a bad line: 64 receivers polled for 100,000 transactions
 // while the simulator spoils one reply in twenty in every way it knows.
+#include "core/options.h"
 #include "core/workloop.h"
+#include "mainscreen/startupwindows.h"
 #include "support/testbed.h"
 
 #include <QRegularExpression>
@@ -185,11 +187,15 @@ private slots:
         MemorySettingsStore settings;
         ScriptedDialogs dialogs;
         FakeDesktop desktop;
-        Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-        const auto main = loadMainScreen(ctx);
+        settings.save(kAppName, "MSComm", "CommPort", "1");
+        const auto session = assembleSession(Platform{clock, line, settings, dialogs, desktop}, {});
+        StartupWindows windows(*session);
+        QVERIFY(session->start(windows.views()));
+        // Nobody watches a soak: the panels are updated but never painted.
+        windows.mainWindow()->hide();
+        Context &ctx = session->context();
         QCOMPARE(ctx.bus.foundCount(), 64);
-        WorkLoop loop(ctx.bus);
-        main->installSteps(loop);
+        WorkLoop &loop = session->loop();
 
         const double rate = 0.05 / 7;
         bus.setFaultRates({rate, rate, rate, rate, rate, rate, rate});
@@ -218,7 +224,7 @@ private slots:
                     continue;
                 // The user clicks the blinking name.
                 ++clicks;
-                main->nameClicked(i);
+                windows.mainWindow()->nameClicked(i);
                 const auto &answer = line.lastByAddress[r.address];
                 const bool answered =
                     answer.accepted && answer.reply.size() >= 41 && answer.reply.indexOf('\r') == 40;
@@ -240,7 +246,7 @@ private slots:
         clock.advanceMillis(1000); // late replies still on the wire land and go
         for (int i = 0; i < 64; ++i)
             if (!ctx.bus.record(i).online)
-                main->nameClicked(i);
+                windows.mainWindow()->nameClicked(i);
         int online = 0;
         for (int i = 0; i < 64; ++i)
             online += ctx.bus.record(i).online ? 1 : 0;

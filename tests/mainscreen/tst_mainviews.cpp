@@ -1,13 +1,11 @@
 // The main screen's menus, pages and alarms as the user sees them. The
 // frames they send are pinned by the wire transcripts.
 #include "alarms/alarmlistwindow.h"
-#include "alarms/receiverlisteners.h"
 #include "mainscreen/monitoring.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
 #include "receivers/settingsfile.h"
 #include "sim/demobus.h"
-#include "support/fakereceiverbus.h"
 #include "support/testbed.h"
 
 #include <QAction>
@@ -66,7 +64,7 @@ struct Rig : TestBed
     bool shown(int panel) const { return main->panelGrid()->isPanelShown(panel); }
 
     SimBus *bus = nullptr;
-    std::unique_ptr<FrmMain> main;
+    FrmMain *main = nullptr;
 };
 
 bool writeFile(const QString &path, const QByteArray &bytes)
@@ -239,23 +237,23 @@ private slots:
         QCOMPARE(rig.state(), before);
     }
 
-    // The name flashes, the list shows the alarm, a click on the name stops
-    // the flash, and the show log was written.
+    // The program as assembled: a receiver off the line raises the alarm, its
+    // name flashes until clicked, the list shows it, and the show log, named
+    // for the line, records it going and coming back.
     void offlineReceiverFlashesUntilClicked()
     {
         Rig rig({4, 9});
         Monitoring &monitoring = *rig.main->monitoring();
-        FakeReceiverBus source;
-        connectMonitoring(&source, monitoring);
         QTemporaryDir dir;
         rig.dialogs.queueFileName(dir.filePath("show.csv"));
         rig.trigger("mnuShowLog");
         QVERIFY(monitoring.showLog().isLogging());
+        QVERIFY2(rig.dialogs.shown().last().text.contains(" show-COM1-"),
+                 qPrintable(rig.dialogs.shown().last().text));
+        QCOMPARE(monitoring.alarmList()->windowTitle(), "Alarms - COM1");
 
-        ReceiverStatus status;
-        status.address = 9;
-        status.name = "B-MIC";
-        emit source.wentOffline(status);
+        rig.bus->receiver(9)->powered = false;
+        rig.session->loop().runSteps();
         RcvPanel *panel = rig.main->panel(1);
         QTRY_VERIFY(panel->alarmLit());
         QTRY_VERIFY(!panel->alarmLit()); // it flashes, not just lights
@@ -263,16 +261,38 @@ private slots:
         QTableWidget *table = monitoring.alarmList()->table();
         QCOMPARE(table->rowCount(), 1);
         QCOMPARE(table->item(0, 2)->text(), "Offline");
-        emit panel->nameClicked(1);
+        emit panel->nameClicked(1); // acknowledges, and brings nothing back while it is off
         QTest::qWait(900);
         QVERIFY(!panel->alarmLit());
-        emit source.cameBack(status);
+        rig.bus->receiver(9)->powered = true;
+        emit panel->nameClicked(1);
         QTRY_VERIFY(!table->item(0, 3)->text().isEmpty());
 
-        rig.ctx.endProgram(); // the exit path flushes the log
+        rig.main->close();                // the exit path flushes the log
+        QCOMPARE(rig.endProgramCalls, 0); // answered No
+        rig.dialogs.queueAnswer(MessageAnswer::Yes);
+        rig.main->close();
+        QCOMPARE(rig.endProgramCalls, 1);
         QFile log(dir.filePath("show.csv"));
         QVERIFY(log.open(QIODevice::ReadOnly));
-        QCOMPARE(log.readAll().count('\n'), 3); // header, offline, back
+        const QByteArray text = log.readAll();
+        const qsizetype offline = text.indexOf(",offline,9,");
+        QVERIFY2(offline > 0 && text.indexOf(",back,9,", offline) > offline, text.constData());
+    }
+
+    // A flaky line raises alarms all night long: the list keeps the newest.
+    void theAlarmListKeepsTheNewest()
+    {
+        Rig rig({4});
+        const QTableWidget *table = rig.main->monitoring()->alarmList()->table();
+        const ReceiverStatus status = rig.ctx.bus.status(0);
+        for (int i = 0; i < AlarmListWindow::kMaxRows + 5; ++i) {
+            rig.session->alarms().onWentOffline(status);
+            rig.session->alarms().onCameBack(status);
+        }
+        QCoreApplication::processEvents(); // the list follows on the event loop
+        QCOMPARE(table->rowCount(), AlarmListWindow::kMaxRows);
+        QVERIFY(!table->item(AlarmListWindow::kMaxRows - 1, 3)->text().isEmpty());
     }
 };
 

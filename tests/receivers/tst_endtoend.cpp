@@ -1,31 +1,35 @@
 // The real simulator process on a pseudo-terminal, the real serial line and
-// the wall clock: what the program does against receivers it cannot see inside.
-#include "core/context.h"
-#include "core/workloop.h"
-#include "link/ports.h"
+// the wall clock: the program as main() assembles it, against receivers it
+// cannot see inside.
+#include "core/options.h"
 #include "mainscreen/frmmain.h"
+#include "mainscreen/startupwindows.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
+#include "session/session.h"
 #include "support/netsupport.h"
 
 #include <QAbstractEventDispatcher>
 #include <QAction>
+#include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWebSocket>
+
+#include <csignal>
 
 using namespace zun;
 
 namespace {
 
-// The program's own loop with the main screen's steps, for millis of wall time.
-void runProgram(FrmMain &main, ReceiverBus &bus, int millis)
+// The program's own loop, for millis of wall time.
+void runProgram(Session &session, int millis)
 {
-    WorkLoop loop(bus);
-    main.installSteps(loop);
-    QTimer::singleShot(millis, [&loop] { loop.stop(); });
-    loop.run();
+    QTimer::singleShot(millis, [&session] { session.loop().stop(); });
+    session.loop().run();
 }
 
 int framesInLog(const QString &path, const QByteArray &frame)
@@ -39,12 +43,140 @@ int framesInLog(const QString &path, const QByteArray &frame)
     return count;
 }
 
+// The surroundings main() gives the program, with one port: portName is the
+// simulator's pseudo-terminal behind a link that can be re-pointed like a udev name.
+struct RealLine
+{
+    explicit RealLine(const QString &portName, const QString &device)
+    {
+        ports.addOverride(portName + '=' + device);
+        settings.save(kAppName, "MSComm", "CommPort", portName.mid(3));
+        settings.save(kAppName, "MSComm", "Retry", "0");
+    }
+    Platform platform() { return Platform{clock, line, settings, dialogs, desktop}; }
+
+    MemorySettingsStore settings;
+    // No real device is ever enumerated: only the port named above exists.
+    PortMap ports{settings, [] { return QStringList(); }, QString()};
+    QtSerialLine line{ports};
+    SystemClock clock;
+    ScriptedDialogs dialogs;
+    FakeDesktop desktop;
+};
+
 } // namespace
 
 class TestEndToEnd : public QObject
 {
     Q_OBJECT
 private slots:
+    // A receiver leaves the line and comes back under the program as it runs
+    // without a window on COM3: the alarm, the show log, the broker's topics,
+    // the dashboard and the bus health all see it, under the port's name.
+    void everyListenerFollowsTheAssembledProgram()
+    {
+        QTemporaryDir dir;
+        Child sim;
+        const QString device = startSimulator(sim, {"--receivers", "3,7"});
+        QVERIFY2(!device.isEmpty(), "zunoria-sim not built beside the tests");
+        const quint16 mqttPort = freeLoopbackPort();
+        Child broker;
+        QVERIFY(startServer(broker, "mosquitto", {"-p", QString::number(mqttPort)}, mqttPort));
+        Subscriber topics(mqttPort);
+
+        RealLine real("COM3", device);
+        SessionOptions options;
+        options.headless = true;
+        options.showLogFile = dir.filePath("show.csv");
+        options.feeds.mqttHost = "127.0.0.1";
+        options.feeds.mqttPort = mqttPort;
+        options.feeds.webPort = freeLoopbackPort();
+        options.feeds.webToken = "e2e-token";
+        const auto session = assembleSession(real.platform(), options);
+        QVERIFY(session->start({}));
+        QCOMPARE(session->bus().foundCount(), 2);
+        QCOMPARE(session->lineName(), "COM3");
+        runProgram(*session, 300);
+
+        QTRY_COMPARE_WITH_TIMEOUT(topics.latest.value("zunoria/COM3/status"), "online", 10000);
+        QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "true");
+        QWebSocket page;
+        QString dashboard;
+        connect(&page, &QWebSocket::textMessageReceived,
+                [&dashboard](const QString &text) { dashboard = text; });
+        page.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=e2e-token").arg(options.feeds.webPort)));
+        QTRY_VERIFY(!dashboard.isEmpty());
+        QCOMPARE(QJsonDocument::fromJson(dashboard.toUtf8())["bus"].toString(), "COM3");
+
+        sim.process.write("stop 7\n");
+        runProgram(*session, 500);
+        QVERIFY(!session->bus().record(1).online);
+        const QList<Alarm> &alarms = session->alarms().alarms();
+        QVERIFY(std::any_of(alarms.begin(), alarms.end(), [](const Alarm &a) {
+            return a.address == 7 && a.condition == AlarmCondition::Offline && !a.clearedMicros;
+        }));
+        QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "false");
+
+        sim.process.write("start 7\n");
+        QTest::qWait(100);
+        QVERIFY(session->bringBack(1)); // what a name click does, and the recovery every 10 s
+        runProgram(*session, 200);
+        QVERIFY(alarms.last().clearedMicros.has_value());
+        QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "true");
+
+        const AddressHealth *health = session->busHealth().stats().address(3);
+        QVERIFY(health && health->exchanges > 10);
+        QVERIFY(real.dialogs.messages().isEmpty());
+        QVERIFY(topics.latest.keys().filter("COM1").isEmpty());
+
+        session->endProgram();
+        QFile log(options.showLogFile);
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        const QByteArray text = log.readAll();
+        const qsizetype offline = text.indexOf(",offline,7,");
+        QVERIFY2(offline > 0 && text.indexOf(",back,7,", offline) > offline, text.constData());
+        QTRY_COMPARE(topics.latest.value("zunoria/COM3/status"), "offline");
+    }
+
+    // zunoria --headless with no display at all: it finds the receivers,
+    // reports in lines, and SIGTERM ends it as Exit does.
+    void headlessRunsWithoutADisplayAndEndsOnSigterm()
+    {
+        QTemporaryDir dir;
+        Child sim;
+        const QString logPath = dir.filePath("frames.log");
+        const QString device = startSimulator(sim, {"--receivers", "3,7", "--log", logPath});
+        QVERIFY2(!device.isEmpty(), "zunoria-sim not built beside the tests");
+        QVERIFY(QDir(dir.path()).mkpath("KESTA_ZUN"));
+        QFile ini(dir.filePath("KESTA_ZUN/KESTA_ZUN.ini"));
+        QVERIFY(ini.open(QIODevice::WriteOnly) && ini.write("[MSComm]\nCommPort=1\nRetry=0\n") > 0);
+        ini.close();
+
+        Child program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.remove(name);
+        environment.insert("XDG_CONFIG_HOME", dir.path());
+        program.process.setProcessEnvironment(environment);
+        program.process.start(QCoreApplication::applicationDirPath() + "/../src/zunoria",
+                              {"--headless", "--port", "COM1=" + device, "--line", "stageA"});
+        QByteArray output;
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                program.process.waitForReadyRead(50);
+                output += program.process.readAllStandardError();
+                return output.contains("stageA: 2 receivers found");
+            },
+            10000));
+        QTest::qWait(300); // polling
+        ::kill(static_cast<pid_t>(program.process.processId()), SIGTERM);
+        QVERIFY(program.process.waitForFinished(5000));
+        QCOMPARE(program.process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.process.exitCode(), 0);
+        QTRY_COMPARE(framesInLog(logPath, "#00A0"), 3);
+        QVERIFY2(framesInLog(logPath, "%03N") > 5, qPrintable(QString::number(framesInLog(logPath, "%03N"))));
+    }
+
     // The adapter is pulled under the running program (the simulator dies and
     // its pseudo-terminal with it) and plugged in again under the same name.
     // "Reconnect" is the one command that reopens a lost line itself; "Auto
@@ -57,36 +189,25 @@ private slots:
         const QString device = startSimulator(*sim, {"--receivers", "3,7"});
         QVERIFY2(!device.isEmpty() && QFile::link(device, alias), "zunoria-sim not built beside the tests");
 
-        // No real device is ever enumerated: COM1 is the simulator and nothing else exists.
-        MemorySettingsStore settings;
-        PortMap ports(
-            settings, [] { return QStringList(); }, QString());
-        QVERIFY(ports.addOverride("COM1=" + alias));
-        QtSerialLine line(ports);
-        SystemClock clock;
-        ScriptedDialogs dialogs;
-        FakeDesktop desktop;
-        Context ctx{Platform{clock, line, settings, dialogs, desktop}};
-        LineOptions &options = ctx.bus.options();
-        options.Retry = 0;
-        options.CommPort = 1;
-        options.Baudrate = 115200;
-        QVERIFY(FindCommPorts(line, dialogs, options.PortAvailable, options.CommPort));
-        FrmMain main(ctx);
-        main.load();
-        QCOMPARE(ctx.bus.foundCount(), 2);
-        QCOMPARE(ctx.bus.record(1).name, "VOCAL2");
-        runProgram(main, ctx.bus, 200);
-        QVERIFY(ctx.bus.record(0).online && ctx.bus.record(1).online);
+        RealLine real("COM1", alias);
+        const auto session = assembleSession(real.platform(), {});
+        StartupWindows windows(*session);
+        QVERIFY(session->start(windows.views()));
+        FrmMain &main = *windows.mainWindow();
+        ReceiverBus &bus = session->bus();
+        QCOMPARE(bus.foundCount(), 2);
+        QCOMPARE(bus.record(1).name, "VOCAL2");
+        runProgram(*session, 200);
+        QVERIFY(bus.record(0).online && bus.record(1).online);
 
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the serial device COM1"));
         sim->process.kill();
         QVERIFY(sim->process.waitForFinished(3000));
-        runProgram(main, ctx.bus, 300);
-        QVERIFY(!line.isOpen());
-        QVERIFY(!ctx.bus.record(0).online && !ctx.bus.record(1).online);
+        runProgram(*session, 300);
+        QVERIFY(!real.line.isOpen());
+        QVERIFY(!bus.record(0).online && !bus.record(1).online);
         QString reply;
-        QVERIFY(!ctx.bus.link().SendCommand("%03N\r", 12, reply, 250) && reply.isEmpty());
+        QVERIFY(!bus.link().SendCommand("%03N\r", 12, reply, 250) && reply.isEmpty());
 
         // Left alone, the program sleeps: only the blink timer wakes it. A dead
         // port left open would wake it without pause.
@@ -94,25 +215,25 @@ private slots:
         const auto counter = connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake,
                                      [&wakeups] { ++wakeups; });
         const double cpuBefore = cpuSeconds();
-        runProgram(main, ctx.bus, 3000);
+        runProgram(*session, 3000);
         const double cpu = cpuSeconds() - cpuBefore;
         disconnect(counter);
         qInfo("idle after the unplug: %d event-loop wakeups, %.1f ms CPU in 3 s", wakeups, cpu * 1000);
         QVERIFY2(wakeups < 100, qPrintable(QString::number(wakeups)));
-        QVERIFY(dialogs.messages().isEmpty());
+        QVERIFY(real.dialogs.messages().isEmpty());
 
         sim = std::make_unique<Child>();
         const QString logPath = dir.filePath("frames.log");
         const QString again = startSimulator(*sim, {"--receivers", "3,7", "--log", logPath});
         QVERIFY(!again.isEmpty() && QFile::remove(alias) && QFile::link(again, alias));
         main.action("mnuReconnect")->trigger();
-        QCOMPARE(ctx.bus.foundCount(), 2);
-        QVERIFY(line.isOpen() && ctx.bus.record(0).online && ctx.bus.record(1).online);
-        QVERIFY(ctx.bus.link().SendCommand("%07N\r", 12, reply, 250));
+        QCOMPARE(bus.foundCount(), 2);
+        QVERIFY(real.line.isOpen() && bus.record(0).online && bus.record(1).online);
+        QVERIFY(bus.link().SendCommand("%07N\r", 12, reply, 250));
 
         // Broadcasts wait for no reply, yet every one reaches the receivers before the line closes.
-        ctx.bus.sayGoodbye();
-        line.close();
+        bus.sayGoodbye();
+        real.line.close();
         QTRY_COMPARE_WITH_TIMEOUT(framesInLog(logPath, "#00A0"), 3, 3000);
     }
 };

@@ -38,6 +38,20 @@ QString startSimulator(Child &child, const QStringList &arguments)
     return device.startsWith('/') ? device : QString();
 }
 
+Subscriber::Subscriber(quint16 port)
+{
+    QObject::connect(&child.process, &QProcess::readyReadStandardOutput, [this] {
+        while (child.process.canReadLine()) {
+            const QByteArray line = child.process.readLine().chopped(1);
+            const QString topic = QString::fromUtf8(line.left(line.indexOf(' ')));
+            latest[topic] = line.mid(line.indexOf(' ') + 1);
+            ++counts[topic];
+        }
+    });
+    child.process.start("mosquitto_sub",
+                        {"-h", "127.0.0.1", "-p", QString::number(port), "-v", "-t", "zunoria/#"});
+}
+
 double cpuSeconds()
 {
     rusage u{};

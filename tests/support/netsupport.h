@@ -1,6 +1,10 @@
 #pragma once
 
+#include <QHash>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
+#include <QVariant>
 #include <QtGlobal>
 
 namespace zun {
@@ -18,6 +22,19 @@ struct Child
         process.waitForFinished(3000);
     }
     QProcess process;
+};
+
+// mosquitto_sub -v on zunoria/#: the latest payload and a count per topic.
+struct Subscriber
+{
+    explicit Subscriber(quint16 port);
+    QString field(const QString &topic, const QString &key) const
+    {
+        return QJsonDocument::fromJson(latest.value(topic)).object().value(key).toVariant().toString();
+    }
+    Child child;
+    QHash<QString, QByteArray> latest;
+    QHash<QString, int> counts;
 };
 
 // Starts a server and waits until it takes connections on the loopback port.

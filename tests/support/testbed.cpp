@@ -1,11 +1,13 @@
 #include "support/testbed.h"
 
+#include "core/options.h"
 #include "detail/frmmore.h"
-#include "link/ports.h"
+#include "mainscreen/startupwindows.h"
 #include "rftools/rftools.h"
 #include "sim/demobus.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 
 namespace zun {
 
@@ -17,16 +19,6 @@ void wireWindows(Context &ctx)
     };
 }
 
-std::unique_ptr<FrmMain> loadMainScreen(Context &ctx)
-{
-    LineOptions &options = ctx.bus.options();
-    options.CommPort = 1;
-    FindCommPorts(ctx.platform.line, ctx.platform.dialogs, options.PortAvailable, options.CommPort);
-    auto main = std::make_unique<FrmMain>(ctx);
-    main->load();
-    return main;
-}
-
 void ScriptedDesktop::processEvents()
 {
     QCoreApplication::processEvents();
@@ -34,10 +26,18 @@ void ScriptedDesktop::processEvents()
         script(++calls);
 }
 
-TestBed::TestBed()
+TestBed::TestBed(const SessionOptions &options)
+    : session(assembleSession(Platform{clock, line, settings, dialogs, desktop}, options)),
+      ctx(session->context())
 {
     ctx.endProgram = [this] { ++endProgramCalls; };
     wireWindows(ctx);
+}
+
+TestBed::~TestBed()
+{
+    windows.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 SimBus &TestBed::attachReceivers(int port, const std::vector<int> &addresses, int baud)
@@ -52,12 +52,23 @@ void TestBed::attachSilentPort(int port)
     line.attachBus(port, nullptr);
 }
 
-std::unique_ptr<FrmMain> TestBed::loadMainScreen()
+FrmMain *TestBed::loadMainScreen()
 {
-    auto main = zun::loadMainScreen(ctx);
+    if (settings.get(kAppName, QStringLiteral("MSComm"), QStringLiteral("CommPort")).isEmpty())
+        settings.save(kAppName, QStringLiteral("MSComm"), QStringLiteral("CommPort"), QStringLiteral("1"));
+    windows = std::make_unique<StartupWindows>(*session);
+    if (!session->start(windows->views()))
+        return nullptr;
     line.clearWritten();
     dialogs.clear();
-    return main;
+    return windows->mainWindow();
+}
+
+bool TestBed::startHeadless()
+{
+    if (settings.get(kAppName, QStringLiteral("MSComm"), QStringLiteral("CommPort")).isEmpty())
+        settings.save(kAppName, QStringLiteral("MSComm"), QStringLiteral("CommPort"), QStringLiteral("1"));
+    return session->start({});
 }
 
 QStringList TestBed::framesSent(const QString &prefix) const

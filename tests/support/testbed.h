@@ -2,6 +2,7 @@
 
 #include "core/context.h"
 #include "mainscreen/frmmain.h"
+#include "session/session.h"
 #include "sim/simbus.h"
 #include "sim/simserialline.h"
 
@@ -11,11 +12,10 @@
 
 namespace zun {
 
-// The window factories the app sets, for tests that build their own context.
-void wireWindows(Context &ctx);
+class StartupWindows;
 
-// The main screen as start-up leaves it with the line on COM1: the receivers found and shown.
-std::unique_ptr<FrmMain> loadMainScreen(Context &ctx);
+// The window factories the app sets.
+void wireWindows(Context &ctx);
 
 // DoEvents that runs the waiting events, then what the test scripted for the
 // n-th call (a release, a second click, the user giving up).
@@ -30,18 +30,23 @@ public:
     std::function<void(int call)> script;
 };
 
-// A whole program's surroundings on a virtual clock: the in-process line with
-// simulated buses, an in-memory settings store, scripted dialogs.
+// A whole program on a virtual clock, assembled as the app assembles it: the
+// in-process line with simulated buses, an in-memory settings store,
+// scripted dialogs.
 struct TestBed
 {
-    TestBed();
+    explicit TestBed(const SessionOptions &options = {});
+    ~TestBed();
 
     // Receivers at these addresses on port n (the port exists either way).
     SimBus &attachReceivers(int port, const std::vector<int> &addresses, int baud = 115200);
     // Port n exists but nothing answers on it.
     void attachSilentPort(int port);
-    // As loadMainScreen(ctx), with the line log and the dialogs emptied afterwards.
-    std::unique_ptr<FrmMain> loadMainScreen();
+    // The program started with its windows on COM1, the receivers found and
+    // shown; the line log and the dialogs emptied afterwards.
+    FrmMain *loadMainScreen();
+    // The same without a window.
+    bool startHeadless();
 
     // Frames written so far, as text, optionally only those starting with prefix.
     QStringList framesSent(const QString &prefix = {}) const;
@@ -53,7 +58,9 @@ struct TestBed
     MemorySettingsStore settings;
     ScriptedDialogs dialogs;
     ScriptedDesktop desktop;
-    Context ctx{Platform{clock, line, settings, dialogs, desktop}};
+    std::unique_ptr<Session> session;
+    Context &ctx;
+    std::unique_ptr<StartupWindows> windows;
     int endProgramCalls = 0;
 
 private:

@@ -1,0 +1,204 @@
+#include "session/session.h"
+
+#include "alarms/alarmsettings.h"
+#include "alarms/receiverlisteners.h"
+#include "core/options.h"
+#include "feeds/feedhub.h"
+#include "link/ports.h"
+#include "session/consolereport.h"
+
+#include <QScopedValueRollback>
+
+namespace zun {
+
+namespace {
+constexpr int kTableSize = 64;
+constexpr std::uint64_t kLineRetryMicros = 5'000'000;
+constexpr std::uint64_t kBringBackMicros = 10'000'000;
+constexpr int kWakeMillis = 1000;
+} // namespace
+
+Session::Session(const Platform &platform, SessionOptions options)
+    : m_options(std::move(options)), m_ctx(platform), m_loop(m_ctx.bus), m_wallTime(platform.clock),
+      m_alarms(platform.clock), m_showLog(m_wallTime), m_lineName(m_options.lineName)
+{
+    m_alarms.setSettings(AlarmSettings::load(platform.settings));
+    connectMonitoring(&m_ctx.bus, &m_alarms, &m_showLog);
+    connectBusHealth(&m_ctx.bus, &m_busHealth);
+    m_loop.setStep(WorkMode::Polling, [this] { return pollStep(); });
+    m_loop.setHousekeeping([this] { return recoverIfDue(); });
+    // The first try comes a full period after a receiver went away, not at once.
+    connect(&m_ctx.bus, &ReceiverBus::wentOffline, this, [this] {
+        const std::uint64_t now = m_ctx.platform.clock.nowMicros();
+        if (m_nextBringBackMicros <= now)
+            m_nextBringBackMicros = now + kBringBackMicros;
+    });
+    // The timer only wakes a loop that sleeps because nobody answers; the
+    // work itself runs in the loop's pass, never inside an exchange.
+    m_recoveryWake.setInterval(kWakeMillis);
+    connect(&m_recoveryWake, &QTimer::timeout, this, [] {});
+}
+
+Session::~Session()
+{
+    m_showLog.stop();
+}
+
+QString Session::feedStatusText() const
+{
+    return m_feeds ? m_feeds->statusText() : QString();
+}
+
+bool Session::start(const StartupViews &views)
+{
+    ReceiverBus &bus = m_ctx.bus;
+    LineOptions &line = bus.options();
+    loadLinkOptions(m_ctx.platform.settings, line);
+    if (!FindCommPorts(m_ctx.platform.line, m_ctx.platform.dialogs, line.PortAvailable, line.CommPort))
+        return false;
+    m_busHealth.onBaudRateChanged(line.Baudrate);
+    if (views.showSplash)
+        views.showSplash();
+    bus.setWorkMode(WorkMode::Idle);
+    if (views.loadMainScreen)
+        views.loadMainScreen();
+    if (bus.receiverCount() == 0)
+        bus.resizeTable(kTableSize);
+
+    // The log opens before the search so that it records every receiver found.
+    if (!m_options.showLogFile.isEmpty()) {
+        QString error;
+        if (!m_showLog.start(m_options.showLogFile, &error))
+            m_ctx.platform.dialogs.message(
+                QStringLiteral("The show log cannot be written to %1: %2").arg(m_options.showLogFile, error));
+    }
+    detectReceivers();
+    startFeeds();
+    bus.setWorkMode(WorkMode::Polling);
+    bus.readTextFields();
+    m_started = true;
+    setAutoRecover(m_options.autoRecover);
+
+    if (views.showMainScreen)
+        views.showMainScreen();
+    if (views.closeSplash)
+        views.closeSplash();
+    return true;
+}
+
+void Session::startFeeds()
+{
+    updateLineName();
+    m_feeds = attachFeeds(m_options.feeds, &m_ctx.bus, this, m_lineName);
+    connect(m_feeds, &FeedHub::statusTextChanged, this, &Session::feedStatusChanged);
+    connect(this, &Session::lineNameChanged, m_feeds, &FeedHub::setLineName);
+    // The feeds begin after the search so that they carry the line's real
+    // name from their first message; what the search found is told now.
+    for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
+        m_feeds->receiverFound(m_ctx.bus.status(i));
+}
+
+void Session::updateLineName()
+{
+    QString name = m_options.lineName;
+    if (name.isEmpty()) {
+        const SerialLine &line = m_ctx.platform.line;
+        name = QStringLiteral("COM%1").arg(line.isOpen() ? line.portNumber() : m_ctx.bus.options().CommPort);
+    }
+    if (name == m_lineName)
+        return;
+    m_lineName = name;
+    emit lineNameChanged(name);
+}
+
+bool Session::detectReceivers()
+{
+    emit receiversCleared();
+    const bool found = m_ctx.bus.detectReceivers();
+    updateLineName();
+    emit receiversDetected(found);
+    return found;
+}
+
+bool Session::reconnect()
+{
+    emit receiversCleared();
+    // A lost line (adapter pulled, server gone) comes back here, on the same port.
+    if (!m_ctx.platform.line.isOpen())
+        m_ctx.bus.openLine();
+    const bool found = m_ctx.bus.CheckReceivers();
+    updateLineName();
+    emit receiversReconnected(found);
+    return found;
+}
+
+bool Session::bringBack(int index)
+{
+    if (!m_ctx.bus.bringBack(index))
+        return false;
+    emit receiverBackOnPoll(index);
+    return true;
+}
+
+void Session::setAutoRecover(bool on)
+{
+    m_options.autoRecover = on;
+    if (on && m_started)
+        m_recoveryWake.start();
+    else
+        m_recoveryWake.stop();
+}
+
+bool Session::pollStep()
+{
+    return m_ctx.bus.ReadAllAD();
+}
+
+bool Session::recoverIfDue()
+{
+    if (!m_options.autoRecover || !m_started || m_recovering)
+        return false;
+    ReceiverBus &bus = m_ctx.bus;
+    // The detail window's work owns the line while it runs.
+    if (bus.workMode() != WorkMode::Idle && bus.workMode() != WorkMode::Polling)
+        return false;
+    const QScopedValueRollback<bool> guard(m_recovering, true);
+    const Clock &clock = m_ctx.platform.clock;
+    if (!m_ctx.platform.line.isOpen() || bus.foundCount() == 0) {
+        if (clock.nowMicros() < m_nextLineTryMicros)
+            return false;
+        emit notice(QStringLiteral("Searching the receivers on %1 again").arg(m_lineName));
+        reconnect();
+        m_nextLineTryMicros = clock.nowMicros() + kLineRetryMicros;
+        return true;
+    }
+    if (clock.nowMicros() < m_nextBringBackMicros)
+        return false;
+    m_nextBringBackMicros = clock.nowMicros() + kBringBackMicros;
+    bool worked = false;
+    for (int i = 0; i < bus.foundCount(); ++i) {
+        if (!bus.record(i).online) {
+            bringBack(i);
+            worked = true;
+        }
+    }
+    return worked;
+}
+
+void Session::endProgram()
+{
+    m_showLog.stop();
+    // The feeds say goodbye (MQTT "offline") before the process goes.
+    delete std::exchange(m_feeds, nullptr);
+    m_ctx.endProgram();
+}
+
+std::unique_ptr<Session> assembleSession(const Platform &platform, const SessionOptions &options)
+{
+    auto session = std::make_unique<Session>(platform, options);
+    if (options.headless)
+        attachConsoleReport(*session);
+    return session;
+}
+
+} // namespace zun

@@ -1,0 +1,173 @@
+// The session as the program assembles it, on the virtual clock: how it names
+// the line, reads its options, and brings receivers and a lost line back.
+#include "core/options.h"
+#include "mainscreen/frmmain.h"
+#include "mainscreen/rcvpanel.h"
+#include "session/session.h"
+#include "support/testbed.h"
+
+#include <QAction>
+#include <QCommandLineParser>
+#include <QTest>
+
+using namespace zun;
+
+namespace {
+
+// Runs passes of the program's loop, each after the given virtual time.
+void passes(TestBed &bed, int count, int millisBetween = 0)
+{
+    for (int i = 0; i < count; ++i) {
+        bed.clock.advanceMillis(static_cast<std::uint64_t>(millisBetween));
+        bed.session->loop().runSteps();
+    }
+}
+
+} // namespace
+
+class TestSession : public QObject
+{
+    Q_OBJECT
+private slots:
+    void optionsComeFromTheCommandLineOverTheStore_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("storedLine");
+        QTest::addColumn<QString>("storedRecover");
+        QTest::addColumn<QString>("line"); // "!" when the options are refused
+        QTest::addColumn<bool>("recover");
+        QTest::newRow("nothing given") << QStringList() << ""
+                                       << ""
+                                       << "" << false;
+        QTest::newRow("stored line") << QStringList() << "stageA"
+                                     << "1"
+                                     << "stageA" << true;
+        QTest::newRow("command line wins") << QStringList{"--line", "rack-2"} << "stageA"
+                                           << ""
+                                           << "rack-2" << false;
+        QTest::newRow("stored line with a blank") << QStringList() << "stage A"
+                                                  << "01"
+                                                  << "" << false;
+        QTest::newRow("slash refused") << QStringList{"--line", "a/b"} << ""
+                                       << ""
+                                       << "!" << false;
+        QTest::newRow("wildcard refused") << QStringList{"--line", "a+"} << ""
+                                          << ""
+                                          << "!" << false;
+        QTest::newRow("empty refused") << QStringList{"--line="} << ""
+                                       << ""
+                                       << "!" << false;
+        QTest::newRow("headless recovers") << QStringList{"--headless"} << ""
+                                           << ""
+                                           << "" << true;
+    }
+    void optionsComeFromTheCommandLineOverTheStore()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, storedLine);
+        QFETCH(QString, storedRecover);
+        MemorySettingsStore store;
+        store.save(kAppName, kFeedSection, kLineKey, storedLine);
+        store.save(kAppName, kMonitorSection, kAutoRecoverKey, storedRecover);
+        QCommandLineParser parser;
+        parser.addOptions(sessionCommandLineOptions());
+        QVERIFY(parser.parse(QStringList{"zunoria"} + arguments));
+        QString error;
+        const auto options = readSessionOptions(parser, store, &error);
+        QFETCH(QString, line);
+        QCOMPARE(!options, line == "!");
+        if (!options) {
+            QVERIFY(error.startsWith("--line"));
+            return;
+        }
+        QCOMPARE(options->lineName, line);
+        QTEST(options->autoRecover, "recover");
+    }
+
+    void theLineIsNamedForThePortTheReceiversWereFoundOn_data()
+    {
+        QTest::addColumn<QString>("given");
+        QTest::addColumn<QString>("named");
+        QTest::newRow("the port") << ""
+                                  << "COM3";
+        QTest::newRow("--line") << "stageA"
+                                << "stageA";
+    }
+    void theLineIsNamedForThePortTheReceiversWereFoundOn()
+    {
+        QFETCH(QString, given);
+        SessionOptions options;
+        options.lineName = given;
+        TestBed bed(options);
+        bed.attachSilentPort(1);
+        bed.attachReceivers(3, {5});
+        QStringList announced;
+        connect(bed.session.get(), &Session::lineNameChanged,
+                [&](const QString &name) { announced << name; });
+        QVERIFY(bed.startHeadless());
+        QCOMPARE(bed.ctx.bus.foundCount(), 1);
+        QTEST(bed.session->lineName(), "named");
+        QCOMPARE(announced, given.isEmpty() ? QStringList{"COM3"} : QStringList());
+    }
+
+    // Without a window nobody clicks: an offline receiver is tried every 10 s
+    // and a lost line reopened every 5 s. In the window only the user's click
+    // (or the "Monitor" option) does it.
+    void recoveryWithoutAClick_data()
+    {
+        QTest::addColumn<bool>("headless");
+        QTest::newRow("headless") << true;
+        QTest::newRow("window, option off") << false;
+    }
+    void recoveryWithoutAClick()
+    {
+        QFETCH(bool, headless);
+        SessionOptions options;
+        options.headless = headless;
+        options.autoRecover = headless;
+        TestBed bed(options);
+        SimBus &bus = bed.attachReceivers(1, {3, 7});
+        FrmMain *main = nullptr;
+        if (headless)
+            QVERIFY(bed.startHeadless());
+        else
+            QVERIFY(main = bed.loadMainScreen());
+        const ReceiverBus &receivers = bed.ctx.bus;
+
+        bus.receiver(7)->powered = false;
+        passes(bed, 1);
+        QVERIFY(!receivers.record(1).online);
+        bus.receiver(7)->powered = true;
+        passes(bed, 1, 9000);
+        QVERIFY(!receivers.record(1).online);
+        bed.line.clearWritten();
+        passes(bed, 1, 1100);
+        QCOMPARE(receivers.record(1).online, headless);
+        QCOMPARE(bed.framesSent("#07A1"), headless ? QStringList{"#07A1\r"} : QStringList());
+        passes(bed, 1, 60000);
+        QCOMPARE(receivers.record(1).online, headless);
+
+        if (!headless) { // the user switches it on, and it stays on
+            main->action("mnuAutoRecover")->trigger();
+            QCOMPARE(bed.settings.get(kAppName, kMonitorSection, kAutoRecoverKey), "1");
+            passes(bed, 1, 10000);
+            QVERIFY(receivers.record(1).online && main->panel(1)->isEnabled());
+            return;
+        }
+
+        bed.line.removePort(1); // the adapter is pulled
+        passes(bed, 2);
+        QVERIFY(!bed.line.isOpen() && !receivers.record(0).online);
+        passes(bed, 1, 4000);
+        QVERIFY(!bed.line.isOpen());
+        bed.line.attachBus(1, &bus); // and plugged in again
+        passes(bed, 1, 1100);
+        QVERIFY(bed.line.isOpen());
+        QCOMPARE(receivers.foundCount(), 2);
+        QVERIFY(receivers.record(0).online && receivers.record(1).online);
+        QVERIFY(bed.dialogs.messages().isEmpty());
+    }
+};
+
+QTEST_MAIN(TestSession)
+#include "tst_session.moc"
