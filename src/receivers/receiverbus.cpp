@@ -339,17 +339,19 @@ bool ReceiverBus::bringBack(int index)
 
 void ReceiverBus::pilotKob(int index)
 {
-    if (!validIndex(index) || m_kobActive)
+    // KobActive belongs to the detail window's KOB alone: it locks that window,
+    // which a KOB started from the main screen must leave usable. Only a second
+    // pilot wait inside this one is refused, as it would hold this one up.
+    if (!validIndex(index) || m_pilotKobRunning)
         return;
     const int address = m_table[static_cast<std::size_t>(index)].address;
-    // While the receiver runs its KOB function nobody else may start work on it.
-    m_kobActive = true;
+    m_pilotKobRunning = true;
     send(frames::kobStart(address), 0, 200);
     while (!send(frames::backOnLine(address), 4, 100)) {
         m_link.Delay(500);
         processEvents();
     }
-    m_kobActive = false;
+    m_pilotKobRunning = false;
 }
 
 std::optional<int> ReceiverBus::programReceiver(const SettingsLine &fields)

@@ -63,6 +63,10 @@ struct DetailRig : TestBed
     QPointer<FrmMore> form;
 };
 
+// What the window's KOB locks, by its own name or through a frame holding it.
+const QStringList kLockable{"SSTab1",   "Frame1", "Option3", "FrameA",
+                            "cmdWrite", "FrameB", "cmdNext", "cmdExit"};
+
 } // namespace
 
 class TstDetail : public QObject
@@ -188,6 +192,57 @@ private slots:
         }
         QTEST(rig.ctx.bus.record(0).squelch, "after");
         QTEST(rig.frames(), "sent");
+    }
+
+    // Only the window's own KOB locks it: the tab control (and with it the
+    // step options of the Spectrum tab), FrameA, FrameB and Exit, not KOB.
+    // A KOB from the main screen's pilot sign leaves the window as it was.
+    void kobLock_data()
+    {
+        QTest::addColumn<bool>("fromPilot");
+        QTest::addColumn<QString>("meanwhile"); // "close" the window or press "KOB"
+        QTest::addColumn<QStringList>("locked");
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("window's KOB, close refused") << false << "close" << kLockable << "%05O%05O%05O";
+        QTest::newRow("pilot KOB, window closes")
+            << true << "close" << QStringList() << "%06O%06O%06O#05NS#00O4";
+        QTest::newRow("pilot KOB, window's KOB runs")
+            << true << "KOB" << QStringList() << "%06O%06O%06O%05O%05O%05O";
+    }
+    void kobLock()
+    {
+        QFETCH(bool, fromPilot);
+        QFETCH(QString, meanwhile);
+        DetailRig rig;
+        rig.settings.save("KESTA_ZUN", "Function", "MainKOB", "1");
+        rig.bus.addReceiver(5);
+        rig.bus.addReceiver(6);
+        rig.open();
+        QWidget *frame1 = rig.widget("Frame1");
+        QVERIFY(rig.form->spectrumTab()->isAncestorOf(frame1));
+        QCOMPARE(qobject_cast<QGroupBox *>(frame1)->title(), "Step (KHz)");
+        const QStringList names = kLockable + QStringList{"cmdKob"};
+        QStringList locked;
+        rig.desktop.script = [&](int call) {
+            if (call != 1)
+                return;
+            locked = rig.disabled(names);
+            if (meanwhile == "close")
+                rig.form->close();
+            else
+                rig.widget<QPushButton>("cmdKob")->click();
+        };
+        if (fromPilot)
+            QTest::mouseClick(rig.main->panel(1)->pilotSign(), Qt::LeftButton);
+        else
+            rig.widget<QPushButton>("cmdKob")->click();
+        rig.desktop.script = nullptr;
+        QTEST(locked, "locked");
+        const QString sent = rig.frames().remove("#05A1").remove("#06A1");
+        QTEST(sent, "sent");
+        QCOMPARE(rig.dialogs.messages(), QStringList());
+        if (rig.form)
+            QCOMPARE(rig.disabled(names), QStringList());
     }
 
     void tvRegion_data()
