@@ -245,6 +245,39 @@ private slots:
             QCOMPARE(rig.disabled(names), QStringList());
     }
 
+    // SP_Run's caption changes only when the scan's buttons or steps or the
+    // tab control say so, not with every change of the work mode.
+    void runCaption_data()
+    {
+        QTest::addColumn<QStringList>("steps"); // a widget clicked, "tab n", or "silent step"
+        QTest::addColumn<QStringList>("captions");
+        QTest::newRow("recorder takes over") << QStringList{"SP_Run", "tab 2", "RF_Run", "tab 1", "tab 0"}
+                                             << QStringList{"Stop", "Stop", "Stop", "Stop", "Run"};
+        QTest::newRow("no response") << QStringList{"SP_Run", "silent step"} << QStringList{"Stop", "Stop"};
+    }
+    void runCaption()
+    {
+        QFETCH(QStringList, steps);
+        DetailRig rig;
+        rig.bus.addReceiver(5);
+        rig.open();
+        rig.form->tabs()->setCurrentIndex(1);
+        QPointer<QPushButton> run = rig.widget<QPushButton>("SP_Run");
+        QStringList captions;
+        for (const QString &step : steps) {
+            if (step.startsWith("tab ")) {
+                rig.form->tabs()->setCurrentIndex(step.back().digitValue());
+            } else if (step == "silent step") {
+                rig.bus.receiver(5)->powered = false;
+                rig.form->ScanFreq();
+            } else {
+                rig.widget<QPushButton>(qPrintable(step))->click();
+            }
+            captions << run->text();
+        }
+        QTEST(captions, "captions");
+    }
+
     void tvRegion_data()
     {
         QTest::addColumn<QString>("stored");
