@@ -233,7 +233,6 @@ private:
     int m_selected = 0;
     WorkMode m_workMode = WorkMode::Idle;
     bool m_kobActive = false;
-    bool m_pilotKobRunning = false;
     bool m_squelchHeld = false;
     std::function<bool()> m_skip;
     BatteryAverager m_detailBattery;

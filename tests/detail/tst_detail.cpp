@@ -200,7 +200,7 @@ private slots:
     void kobLock_data()
     {
         QTest::addColumn<bool>("fromPilot");
-        QTest::addColumn<QString>("meanwhile"); // "close" the window or press "KOB"
+        QTest::addColumn<QString>("meanwhile"); // "close" the window, press "KOB", click a "pilot" sign
         QTest::addColumn<QStringList>("locked");
         QTest::addColumn<QString>("sent");
         QTest::newRow("window's KOB, close refused") << false << "close" << kLockable << "%05O%05O%05O";
@@ -208,6 +208,8 @@ private slots:
             << true << "close" << QStringList() << "%06O%06O%06O#05NS#00O4";
         QTest::newRow("pilot KOB, window's KOB runs")
             << true << "KOB" << QStringList() << "%06O%06O%06O%05O%05O%05O";
+        QTest::newRow("pilot KOB, another pilot KOB")
+            << true << "pilot" << QStringList() << "%06O%06O%06O%05O%05O%05O";
     }
     void kobLock()
     {
@@ -229,6 +231,8 @@ private slots:
             locked = rig.disabled(names);
             if (meanwhile == "close")
                 rig.form->close();
+            else if (meanwhile == "pilot")
+                QTest::mouseClick(rig.main->panel(0)->pilotSign(), Qt::LeftButton);
             else
                 rig.widget<QPushButton>("cmdKob")->click();
         };
