@@ -11,6 +11,7 @@
 
 #include <QAbstractButton>
 #include <QCloseEvent>
+#include <QFrame>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -64,20 +65,15 @@ void FrmMore::buildWindow()
     m_tabs->addTab(m_spectrumTab, QStringLiteral("Spectrum"));
     m_tabs->addTab(m_recorderTab, QStringLiteral("RF-Monitor"));
 
-    // The step serves the frequency buttons and the spectrum scan alike, so it
-    // sits outside the tabs; so does the scan marker, which retunes the receiver.
-    // The scan's step frame (Frame1 with Option1..Option4) moves out here.
-    m_frameA = new QWidget(this);
-    m_frameA->setObjectName(QStringLiteral("FrameA"));
-    m_frameA->setAccessibleDescription(QStringLiteral("FrameA"));
-    auto *stepRow = new QHBoxLayout(m_frameA);
-    stepRow->setContentsMargins(0, 0, 0, 0);
-    QWidget *frame1 = m_spectrumTab->findChild<QWidget *>(QStringLiteral("Frame1"));
-    frame1->setParent(m_frameA);
-    stepRow->addWidget(frame1);
+    // The step options stay in the scan's tab as its frame Frame1; the
+    // frequency buttons of the settings tab use the same choice.
     for (int i = 0; i < 4; ++i)
         m_option[i] = m_tools->stepOption(i + 1);
 
+    // Outside the tabs, what the KOB lock holds besides the tab control and
+    // Exit: FrameB, the scan marker, which retunes the receiver from any tab,
+    // and FrameA around Write. KOB itself stays usable, as a second press is
+    // how the user stops waiting.
     m_frameB = named(new QGroupBox(QStringLiteral("Scan marker"), this), QStringLiteral("FrameB"));
     auto *markerRow = new QHBoxLayout(m_frameB);
     m_cmdPrev = named(new QPushButton(QStringLiteral("◀ Prev"), m_frameB), QStringLiteral("cmdPrev"));
@@ -89,7 +85,11 @@ void FrmMore::buildWindow()
 
     m_cmdKob = named(new QPushButton(QStringLiteral("KOB"), this), QStringLiteral("cmdKob"));
     m_cmdKob->setToolTip(QStringLiteral("Start the receiver's KOB function; press again to stop waiting"));
-    m_cmdWrite = named(new QPushButton(QStringLiteral("Write"), this), QStringLiteral("cmdWrite"));
+    m_frameA = named(new QFrame(this), QStringLiteral("FrameA"));
+    auto *writeRow = new QHBoxLayout(m_frameA);
+    writeRow->setContentsMargins(0, 0, 0, 0);
+    m_cmdWrite = named(new QPushButton(QStringLiteral("Write"), m_frameA), QStringLiteral("cmdWrite"));
+    writeRow->addWidget(m_cmdWrite);
     m_cmdExit = named(new QPushButton(QStringLiteral("Exit"), this), QStringLiteral("cmdExit"));
     for (QPushButton *b : {m_cmdKob, m_cmdWrite, m_cmdExit})
         b->setMinimumWidth(80);
@@ -99,12 +99,11 @@ void FrmMore::buildWindow()
     auto *buttonRow = new QHBoxLayout;
     buttonRow->addWidget(m_cmdKob);
     buttonRow->addSpacing(16);
-    buttonRow->addWidget(m_cmdWrite);
+    buttonRow->addWidget(m_frameA);
     buttonRow->addWidget(m_cmdExit);
     buttons->addLayout(buttonRow);
 
     auto *bottom = new QHBoxLayout;
-    bottom->addWidget(m_frameA);
     bottom->addWidget(m_frameB);
     bottom->addStretch(1);
     bottom->addLayout(buttons);

@@ -10,6 +10,7 @@
 #include <QStringView>
 #include <QWidget>
 
+class QFrame;
 class QGroupBox;
 class QPushButton;
 class QAbstractButton;
@@ -118,7 +119,7 @@ private:
     SettingsTab *m_settings = nullptr;
     QWidget *m_spectrumTab = nullptr;
     QWidget *m_recorderTab = nullptr;
-    QWidget *m_frameA = nullptr;
+    QFrame *m_frameA = nullptr;
     QGroupBox *m_frameB = nullptr;
     QAbstractButton *m_option[4] = {};
     QPushButton *m_cmdKob = nullptr;

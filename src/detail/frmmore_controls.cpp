@@ -19,15 +19,31 @@ namespace zun {
 
 namespace {
 // The character code a key press delivers to the boxes' key handlers, or -1
-// for keys that only edit or move (arrows, Delete, shortcuts) and stay Qt's.
+// for keys that only move or edit (arrows, Delete, function keys) and stay
+// Qt's. Escape and Control or Alt combinations are keys like any other to a
+// box that filters what it takes; paste is left to Qt, and the text it brings
+// is filtered as it arrives.
 int keyAsciiOf(const QKeyEvent *key)
 {
-    if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter)
+    const int k = key->key();
+    if (k == Qt::Key_Return || k == Qt::Key_Enter)
         return 13;
-    if (key->key() == Qt::Key_Backspace)
+    if (k == Qt::Key_Backspace)
         return 8;
-    if (key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+    if (k == Qt::Key_Escape)
+        return 27;
+    if (key->matches(QKeySequence::Paste))
         return -1;
+    const auto modifiers = key->modifiers();
+    if (modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
+        if (k >= Qt::Key_Escape) // a key without a character: a modifier alone, an arrow
+            return -1;
+        // Control and a letter give the letter's control code; every other
+        // combination gives DEL, which no box takes either.
+        if ((modifiers & Qt::ControlModifier) && k >= Qt::Key_A && k <= Qt::Key_Z)
+            return k - Qt::Key_A + 1;
+        return 127;
+    }
     const QString text = key->text();
     if (text.size() != 1 || text.at(0).unicode() < 32 || text.at(0).unicode() == 127)
         return -1;
@@ -148,9 +164,11 @@ bool FrmMore::squelchMouse(QObject *watched, QEvent *event)
     if (watched != s.cmdSQdec && watched != s.cmdSQinc)
         return false;
     const auto type = event->type();
-    if ((type == QEvent::MouseButtonPress || type == QEvent::MouseButtonRelease) &&
+    // A quick second press arrives as a double-click; it is a press all the same.
+    const bool press = type == QEvent::MouseButtonPress || type == QEvent::MouseButtonDblClick;
+    if ((press || type == QEvent::MouseButtonRelease) &&
         static_cast<QMouseEvent *>(event)->button() == Qt::LeftButton) {
-        if (type == QEvent::MouseButtonPress) {
+        if (press) {
             m_squelchArmed = true;
         } else {
             m_squelchArmed = false;

@@ -78,8 +78,8 @@ SettingsTab::SettingsTab(QWidget *parent) : QWidget(parent)
     txtAddr->setMaxLength(3);
     txtAddr->setToolTip(QStringLiteral("Bus address 1 to 64; Enter changes it"));
     txtRName = field(QStringLiteral("txtRName"), 8, false, identity);
-    txtRName->setMaxLength(6);
-    txtRName->setToolTip(QStringLiteral("Up to 6 characters 0-9, A-Z, +-*/; Enter sends it"));
+    // No length limit: a pasted or dropped text is filtered whole, and Enter keeps the first 6.
+    txtRName->setToolTip(QStringLiteral("Characters 0-9, A-Z, +-*/; Enter sends the first 6"));
     auto *identityGrid = new QGridLayout(identity);
     identityGrid->addWidget(caption(QStringLiteral("Address"), identity), 0, 0);
     identityGrid->addWidget(txtAddr, 0, 1, Qt::AlignLeft);

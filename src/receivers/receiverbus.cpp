@@ -339,17 +339,18 @@ bool ReceiverBus::bringBack(int index)
 
 void ReceiverBus::pilotKob(int index)
 {
-    if (!validIndex(index) || m_kobActive)
+    // KobActive belongs to the detail window's KOB alone: it locks that window,
+    // which a KOB started from the main screen must leave usable. A pilot click
+    // during this wait runs its own wait inside this one; this one then ends
+    // after it, and each panel's sign turns green only when its wait is over.
+    if (!validIndex(index))
         return;
     const int address = m_table[static_cast<std::size_t>(index)].address;
-    // While the receiver runs its KOB function nobody else may start work on it.
-    m_kobActive = true;
     send(frames::kobStart(address), 0, 200);
     while (!send(frames::backOnLine(address), 4, 100)) {
         m_link.Delay(500);
         processEvents();
     }
-    m_kobActive = false;
 }
 
 std::optional<int> ReceiverBus::programReceiver(const SettingsLine &fields)

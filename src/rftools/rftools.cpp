@@ -24,12 +24,9 @@ RfTools::RfTools(Context &ctx, RfToolsHost &host, QWidget *parentWidget)
 {
     m_spectrum = new SpectrumScan(ctx, host, m_scan, *m_spectrumTab, this);
     m_recorder = new RfRecorder(ctx, host, m_scan, m_recording, *m_recorderTab, this);
-    connect(&ctx.bus, &ReceiverBus::workModeChanged, m_spectrum, &SpectrumScan::updateRunCaption);
-    // The recorder's buttons change the work mode too; the scan's Run/Stop
-    // caption must not go on saying "Stop" once the scan no longer runs.
-    for (QPushButton *b :
-         {m_recorderTab->runButton(), m_recorderTab->stopButton(), m_recorderTab->clearButton()})
-        connect(b, &QPushButton::clicked, m_spectrum, &SpectrumScan::updateRunCaption);
+    // SP_Run's caption is set only by the scan's own buttons and steps and by
+    // leaving its tab: the recorder or a silent receiver may change the work
+    // mode meanwhile, and the caption shows that only once the scan looks again.
     m_files = new ScanFiles(ctx, host, m_scan, *m_spectrumTab, this);
 
     // Connected after the scan's own Clear, so the comparison traces come back on the cleared picture.

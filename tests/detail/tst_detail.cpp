@@ -1,18 +1,26 @@
-// The detail window's name box and TV region menu, and the rules it shows
-// with: frequency codes, the "000.000" form and the TV channel plans.
+// The detail window's controls as the user meets them: the name box, the
+// squelch buttons, the KOB lock, the scan's Run/Stop caption and the TV region
+// menu; and the rules it shows with: frequency codes, the "000.000" form and
+// the TV channel plans.
 #include "detail/frmmore.h"
 #include "detail/settingstab.h"
+#include "mainscreen/imagesign.h"
+#include "mainscreen/rcvpanel.h"
 #include "mainscreen/tvregion.h"
 #include "receivers/frequency.h"
 #include "support/testbed.h"
 
 #include <QAction>
 #include <QClipboard>
+#include <QGroupBox>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QPointer>
+#include <QPushButton>
+#include <QTabWidget>
 #include <QTest>
 
 #include <limits>
@@ -21,45 +29,43 @@ using namespace zun;
 
 namespace {
 
-class FakeHost final : public DetailHost
-{
-public:
-    void setPanelMute(int, bool) override {}
-    void setPanelNameCaption(int, const QString &caption) override { captions << caption; }
-    void mnu_PM_Refresh() override {}
-    QString panelBatteryText(int) const override { return QStringLiteral("OFF"); }
-    QStringList captions;
-};
-
-// A detail window on the simulated line, with the main screen replaced by a double.
+// The program's main screen on the simulated line with the first receiver's
+// detail window open, as the user opens it; the line log starts empty there.
 struct DetailRig : TestBed
 {
-    ~DetailRig() { delete form.data(); }
-
-    // Detects the receivers added to the bus, then opens the first one's
-    // window as the main screen does; the line log starts empty.
     void open()
     {
-        line.applySettings(QStringLiteral("115200,N,8,1"));
-        line.open();
-        ctx.bus.resizeTable(4);
-        ctx.bus.CheckReceivers();
-        ctx.bus.openDetail(0);
-        form = new FrmMore(ctx, host);
-        form->load();
-        form->show();
-        ctx.bus.setWorkMode(WorkMode::DetailRead);
+        main = loadMainScreen();
+        main->show();
+        main->moreClicked(0);
+        form = qobject_cast<FrmMore *>(main->detailWindow());
+        if (!form)
+            qFatal("the detail window did not open");
         line.clearWritten();
     }
 
     SettingsTab &tab() { return form->settings(); }
+    template <typename W = QWidget> W *widget(const char *name) { return form->findChild<W *>(name); }
     // Frames written since the window opened, carriage returns dropped.
     QString frames() const { return framesSent().join(QString()).remove(QLatin1Char('\r')); }
+    // Widgets of these that do not take input now.
+    QStringList disabled(const QStringList &names)
+    {
+        QStringList off;
+        for (const QString &name : names)
+            if (!form->findChild<QWidget *>(name)->isEnabled())
+                off << name;
+        return off;
+    }
 
     SimBus &bus = attachReceivers(1, {});
-    FakeHost host;
+    std::unique_ptr<FrmMain> main;
     QPointer<FrmMore> form;
 };
+
+// What the window's KOB locks, by its own name or through a frame holding it.
+const QStringList kLockable{"SSTab1",   "Frame1", "Option3", "FrameA",
+                            "cmdWrite", "FrameB", "cmdNext", "cmdExit"};
 
 } // namespace
 
@@ -70,7 +76,9 @@ private slots:
     void nameEntry_data()
     {
         QTest::addColumn<QString>("way");
-        QTest::addColumn<QString>("input"); // keys: "\r" Enter, "\b" Backspace; other ways then Enter
+        // keys: "\r" Enter, "\b" Backspace, "\x1b" Esc, "^" and "@" Control and Alt with the next;
+        // the other ways bring the text whole, then Enter
+        QTest::addColumn<QString>("input");
         QTest::addColumn<int>("refusals");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("sent");
@@ -84,6 +92,11 @@ private slots:
         row("signs, digits, blank", "keys", "+-*/ 9\r", 0, "+-*/ 9", "#05C+-*/ 9");
         row("refused among good ones", "keys", "HI!?\b\r", 2, "H     ", "#05CH     ");
         row("no Enter, nothing sent", "keys", "ABC", 0, "ABC", "");
+        row("longer than six until Enter", "keys", "ABCDEFGH", 0, "ABCDEFGH", "");
+        row("Enter keeps six", "keys", "ABCDEFGH\r", 0, "ABCDEF", "#05CABCDEF");
+        row("Esc refused", "keys", "AB\x1b\r", 1, "AB    ", "#05CAB    ");
+        row("Control and Alt keys refused", "keys", "AB^A^Z@X@1C", 4, "ABC", "");
+        row("dropped whole, then filtered", "drop", "Screen 1", 1, "S 1   ", "#05CS 1   ");
         // Text that arrives whole passes the same filter, refused once.
         for (const char *way : {"paste", "drop", "input method"})
             row(way, way, "ab!Q9é", 1, "Q9    ", "#05CQ9    ");
@@ -103,11 +116,21 @@ private slots:
         QMimeData mime;
         mime.setText(input);
         if (way == "keys") {
+            Qt::KeyboardModifiers held;
             for (QChar c : input) {
-                if (c == '\r' || c == '\b')
-                    QTest::keyClick(box, c == '\r' ? Qt::Key_Return : Qt::Key_Backspace);
+                if (c == '^' || c == '@') {
+                    held = c == '^' ? Qt::ControlModifier : Qt::AltModifier;
+                    continue;
+                }
+                if (c == '\r' || c == '\b' || c == '\x1b')
+                    QTest::keyClick(box, c == '\r'   ? Qt::Key_Return
+                                         : c == '\b' ? Qt::Key_Backspace
+                                                     : Qt::Key_Escape);
+                else if (held)
+                    QTest::keyClick(box, Qt::Key(c.unicode()), held);
                 else
                     QTest::keyClicks(box, QString(c));
+                held = {};
             }
         } else {
             if (way == "paste") {
@@ -130,8 +153,133 @@ private slots:
         QCOMPARE(rig.frames(), sent);
         if (!sent.isEmpty()) {
             QCOMPARE(rig.ctx.bus.record(0).name, shown);
-            QCOMPARE(rig.host.captions, QStringList{"05 " + shown});
+            QCOMPARE(rig.main->panel(0)->nameText(), "05 " + shown);
         }
+    }
+
+    // Every press is one step and every release one "F", however fast the
+    // clicks come: "P" a press, "D" a press Qt reports as a double-click, each
+    // released before the hold's first wait is over.
+    void squelchClicks_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<int>("squelch");
+        QTest::addColumn<QString>("presses");
+        QTest::addColumn<int>("after");
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("one click") << "cmdSQdec" << 85 << "P" << 84 << "#05F54";
+        QTest::newRow("two quick clicks") << "cmdSQdec" << 85 << "PD" << 83 << "#05F54#05F53";
+        QTest::newRow("three quick clicks") << "cmdSQdec" << 85 << "PDP" << 82 << "#05F54#05F53#05F52";
+        QTest::newRow("up, quick") << "cmdSQinc" << 20 << "PDPD" << 24 << "#05F15#05F16#05F17#05F18";
+        QTest::newRow("at the top") << "cmdSQinc" << 99 << "PD" << 99 << "#05F63#05F63";
+    }
+    void squelchClicks()
+    {
+        QFETCH(QString, button);
+        QFETCH(QString, presses);
+        DetailRig rig;
+        QFETCH(int, squelch);
+        rig.bus.addReceiver(5).squelch = squelch;
+        rig.open();
+        auto *b = rig.widget<QPushButton>(qPrintable(button));
+        const QPointF at = b->rect().center();
+        for (QChar p : presses) {
+            QCoreApplication::postEvent(b, new QMouseEvent(QEvent::MouseButtonRelease, at, b->mapToGlobal(at),
+                                                           Qt::LeftButton, Qt::NoButton, Qt::NoModifier));
+            QMouseEvent press(p == 'D' ? QEvent::MouseButtonDblClick : QEvent::MouseButtonPress, at,
+                              b->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(b, &press);
+        }
+        QTEST(rig.ctx.bus.record(0).squelch, "after");
+        QTEST(rig.frames(), "sent");
+    }
+
+    // Only the window's own KOB locks it: the tab control (and with it the
+    // step options of the Spectrum tab), FrameA, FrameB and Exit, not KOB.
+    // A KOB from the main screen's pilot sign leaves the window as it was.
+    void kobLock_data()
+    {
+        QTest::addColumn<bool>("fromPilot");
+        QTest::addColumn<QString>("meanwhile"); // "close" the window, press "KOB", click a "pilot" sign
+        QTest::addColumn<QStringList>("locked");
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("window's KOB, close refused") << false << "close" << kLockable << "%05O%05O%05O";
+        QTest::newRow("pilot KOB, window closes")
+            << true << "close" << QStringList() << "%06O%06O%06O#05NS#00O4";
+        QTest::newRow("pilot KOB, window's KOB runs")
+            << true << "KOB" << QStringList() << "%06O%06O%06O%05O%05O%05O";
+        QTest::newRow("pilot KOB, another pilot KOB")
+            << true << "pilot" << QStringList() << "%06O%06O%06O%05O%05O%05O";
+    }
+    void kobLock()
+    {
+        QFETCH(bool, fromPilot);
+        QFETCH(QString, meanwhile);
+        DetailRig rig;
+        rig.settings.save("KESTA_ZUN", "Function", "MainKOB", "1");
+        rig.bus.addReceiver(5);
+        rig.bus.addReceiver(6);
+        rig.open();
+        QWidget *frame1 = rig.widget("Frame1");
+        QVERIFY(rig.form->spectrumTab()->isAncestorOf(frame1));
+        QCOMPARE(qobject_cast<QGroupBox *>(frame1)->title(), "Step (KHz)");
+        const QStringList names = kLockable + QStringList{"cmdKob"};
+        QStringList locked;
+        rig.desktop.script = [&](int call) {
+            if (call != 1)
+                return;
+            locked = rig.disabled(names);
+            if (meanwhile == "close")
+                rig.form->close();
+            else if (meanwhile == "pilot")
+                QTest::mouseClick(rig.main->panel(0)->pilotSign(), Qt::LeftButton);
+            else
+                rig.widget<QPushButton>("cmdKob")->click();
+        };
+        if (fromPilot)
+            QTest::mouseClick(rig.main->panel(1)->pilotSign(), Qt::LeftButton);
+        else
+            rig.widget<QPushButton>("cmdKob")->click();
+        rig.desktop.script = nullptr;
+        QTEST(locked, "locked");
+        const QString sent = rig.frames().remove("#05A1").remove("#06A1");
+        QTEST(sent, "sent");
+        QCOMPARE(rig.dialogs.messages(), QStringList());
+        if (rig.form)
+            QCOMPARE(rig.disabled(names), QStringList());
+    }
+
+    // SP_Run's caption changes only when the scan's buttons or steps or the
+    // tab control say so, not with every change of the work mode.
+    void runCaption_data()
+    {
+        QTest::addColumn<QStringList>("steps"); // a widget clicked, "tab n", or "silent step"
+        QTest::addColumn<QStringList>("captions");
+        QTest::newRow("recorder takes over") << QStringList{"SP_Run", "tab 2", "RF_Run", "tab 1", "tab 0"}
+                                             << QStringList{"Stop", "Stop", "Stop", "Stop", "Run"};
+        QTest::newRow("no response") << QStringList{"SP_Run", "silent step"} << QStringList{"Stop", "Stop"};
+    }
+    void runCaption()
+    {
+        QFETCH(QStringList, steps);
+        DetailRig rig;
+        rig.bus.addReceiver(5);
+        rig.open();
+        rig.form->tabs()->setCurrentIndex(1);
+        QPointer<QPushButton> run = rig.widget<QPushButton>("SP_Run");
+        QStringList captions;
+        for (const QString &step : steps) {
+            if (step.startsWith("tab ")) {
+                rig.form->tabs()->setCurrentIndex(step.back().digitValue());
+            } else if (step == "silent step") {
+                rig.bus.receiver(5)->powered = false;
+                rig.form->ScanFreq();
+            } else {
+                rig.widget<QPushButton>(qPrintable(step))->click();
+            }
+            captions << run->text();
+        }
+        QTEST(captions, "captions");
     }
 
     void tvRegion_data()
