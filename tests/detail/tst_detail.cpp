@@ -59,7 +59,7 @@ struct DetailRig : TestBed
     }
 
     SimBus &bus = attachReceivers(1, {});
-    std::unique_ptr<FrmMain> main;
+    FrmMain *main = nullptr;
     QPointer<FrmMore> form;
 };
 
