@@ -56,11 +56,13 @@ QString spread(const Stats &s, double scale, int decimals, const QString &unit)
 
 struct Run
 {
-    Run(const QString &binDir, const SimOptions &sim, const QString &scratch) : m_sim(binDir, sim, scratch)
+    Run(const QString &binDir, const SimOptions &sim, const QString &scratch, bool headless = false)
+        : m_sim(binDir, sim, scratch)
     {
         if (!m_sim.start())
             return;
-        m_program = std::make_unique<ProgramProcess>(binDir, m_sim.ptyPath(), sim.baud, scratch, sim.retry);
+        m_program =
+            std::make_unique<ProgramProcess>(binDir, m_sim.ptyPath(), sim.baud, scratch, sim.retry, headless);
         m_program->start();
     }
     bool ok() const { return m_sim.running() && m_program && m_program->running(); }
@@ -106,6 +108,37 @@ void pollPass(const QString &bin, const QString &scratch, int receivers, int bau
         addRow(QStringLiteral("peak memory, 64 live panels after %1 s of polling").arg(memorySeconds),
                QString::number(run.m_program->peakKiB() / 1024.0, 'f', 1) + QStringLiteral(" MB"), "-", "-",
                QStringLiteral("<= 60 MB"));
+}
+
+// The same polling without a window must cost no more than with one.
+// Interleaved, so that a busier moment of the machine hits both alike.
+void headlessAgainstWindow(const QString &bin, const QString &scratch, int seconds)
+{
+    SimOptions sim;
+    sim.count = 64;
+    double cpu[2] = {0, 0};
+    qint64 peak = 0;
+    for (int round = 0; round < 2; ++round) {
+        for (const bool headless : {false, true}) {
+            Run run(bin, sim, scratch, headless);
+            if (!run.ok() || !run.m_sim.waitForPolling(60000)) {
+                addRow(QStringLiteral("CPU polling 64 headless"), QStringLiteral("could not measure"), "-",
+                       "-", QStringLiteral("<= window"));
+                return;
+            }
+            const CpuSample before = run.m_program->cpu();
+            QThread::sleep(seconds);
+            cpu[headless] += cpuPercent(before, run.m_program->cpu()) / 2;
+            if (headless)
+                peak = std::max(peak, run.m_program->peakKiB());
+        }
+    }
+    addRow(QStringLiteral("CPU polling 64 @ 115200: headless against the window (2 rounds each)"),
+           QStringLiteral("%1 % against %2 % of a core").arg(cpu[1], 0, 'f', 2).arg(cpu[0], 0, 'f', 2), "-",
+           QString::number(cpu[1] / cpu[0], 'f', 2), QStringLiteral("<= 1.00"));
+    addRow(QStringLiteral("peak memory headless, 64 receivers after %1 s").arg(seconds),
+           QString::number(peak / 1024.0, 'f', 1) + QStringLiteral(" MB"), "-", "-",
+           QStringLiteral("<= 25 MB"));
 }
 
 void detection(const QString &bin, const QString &scratch)
@@ -228,6 +261,7 @@ int main(int argc, char *argv[])
     pollPass(bin, scratch.path(), 64, 9600, seconds, QStringLiteral("-"));
     pollPass(bin, scratch.path(), 3, 115200, seconds, QStringLiteral("-"));
     detection(bin, scratch.path());
+    headlessAgainstWindow(bin, scratch.path(), seconds);
     idle(bin, scratch.path(), seconds);
     idleNothingFound(bin, scratch.path(), seconds);
     startup(bin, scratch.path());

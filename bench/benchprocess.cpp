@@ -169,10 +169,17 @@ double cpuPercent(const CpuSample &before, const CpuSample &after)
 }
 
 ProgramProcess::ProgramProcess(const QString &binDir, const QString &pty, int baud, const QString &scratch,
-                               int retry)
-    : m_bin(binDir), m_args(portArguments(pty)), m_env(QProcessEnvironment::systemEnvironment())
+                               int retry, bool headless)
+    : m_bin(binDir), m_args(portArguments(pty)), m_env(QProcessEnvironment::systemEnvironment()),
+      m_headless(headless)
 {
-    m_env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    if (headless) {
+        m_args << QStringLiteral("--headless");
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            m_env.remove(QLatin1String(name));
+    } else {
+        m_env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    }
     m_env.insert(QStringLiteral("XDG_CONFIG_HOME"), settingsFolder(scratch, baud, retry));
 }
 
@@ -186,6 +193,8 @@ void ProgramProcess::start()
     m_process.setProcessEnvironment(m_env);
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process.setStandardOutputFile(QProcess::nullDevice());
+    if (m_headless)
+        m_process.setStandardErrorFile(QProcess::nullDevice());
     m_process.start(QDir(m_bin).filePath(QStringLiteral("zunoria")), m_args);
     m_process.waitForStarted(5000);
 }

@@ -59,8 +59,9 @@ double cpuPercent(const CpuSample &before, const CpuSample &after);
 class ProgramProcess
 {
 public:
-    ProgramProcess(const QString &binDir, const QString &pty, int baud, const QString &scratch,
-                   int retry = 2);
+    // headless: without a window or display, its event lines discarded.
+    ProgramProcess(const QString &binDir, const QString &pty, int baud, const QString &scratch, int retry = 2,
+                   bool headless = false);
     ~ProgramProcess();
     void start();
     bool running() const;
@@ -72,6 +73,7 @@ private:
     QStringList m_args;
     QProcessEnvironment m_env;
     QProcess m_process;
+    bool m_headless = false;
 };
 
 // Milliseconds from process start to the main window shown, detection
