@@ -91,6 +91,7 @@ void AlarmEngine::clear(Watch &watch, AlarmCondition condition)
         return;
     m_alarms[id - m_firstId].clearedMicros = m_clock.nowMicros();
     emit alarmChanged(id);
+    emit alarmCleared(id);
 }
 
 bool AlarmEngine::heldLongerThan(std::optional<std::uint64_t> &since, bool holding, double seconds) const

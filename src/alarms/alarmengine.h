@@ -69,6 +69,8 @@ signals:
     void alarmRaised(int id);
     // Acknowledged or cleared.
     void alarmChanged(int id);
+    // Its condition ended (after alarmChanged).
+    void alarmCleared(int id);
 
 private:
     struct Watch

@@ -41,6 +41,18 @@ void FeedHub::setLineName(const QString &lineName)
         m_dashboard->onPortChanged(lineName);
 }
 
+void FeedHub::setLineInfo(const QByteArray &json)
+{
+    if (m_mqtt)
+        m_mqtt->setInfo(json);
+}
+
+void FeedHub::publishAlarm(const QByteArray &json)
+{
+    if (m_mqtt)
+        m_mqtt->publishAlarm(json);
+}
+
 void FeedHub::receiverFound(const ReceiverStatus &status)
 {
     if (m_osc)

@@ -27,6 +27,9 @@ public:
 
     // Every feed names the line anew (topics, paths, the dashboard's title).
     void setLineName(const QString &lineName);
+    // The line's description and its alarms, for the feeds that carry them.
+    void setLineInfo(const QByteArray &json);
+    void publishAlarm(const QByteArray &json);
     // Tells every feed of a receiver found before the feeds began.
     void receiverFound(const zun::ReceiverStatus &status);
 

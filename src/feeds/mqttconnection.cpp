@@ -86,11 +86,11 @@ void MqttConnection::tryConnect()
     m_running = mosquitto_loop_start(m_client) == MOSQ_ERR_SUCCESS;
 }
 
-void MqttConnection::publish(const QString &topic, const QByteArray &payload)
+void MqttConnection::publish(const QString &topic, const QByteArray &payload, bool retain)
 {
     if (m_client)
         mosquitto_publish(m_client, nullptr, topic.toUtf8().constData(), static_cast<int>(payload.size()),
-                          payload.constData(), 0, true);
+                          payload.constData(), 0, retain);
 }
 
 void MqttConnection::stop()

@@ -32,7 +32,7 @@ public:
 
 public slots:
     void start();
-    void publish(const QString &topic, const QByteArray &payload);
+    void publish(const QString &topic, const QByteArray &payload, bool retain);
     // Says "offline" on the status topic and ends the session cleanly.
     void stop();
 

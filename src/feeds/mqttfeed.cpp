@@ -46,6 +46,8 @@ void MqttFeed::startSession()
         setState(FeedStatus::Mqtt::Connected);
         // The broker may have lost what was retained; say everything again.
         m_published.clear();
+        if (!m_info.isEmpty())
+            emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), m_info, true);
         for (auto it = m_receivers.cbegin(); it != m_receivers.cend(); ++it)
             m_dirty.insert(it.key());
         flush();
@@ -74,10 +76,28 @@ void MqttFeed::onPortChanged(const QString &portName)
 {
     if (portName == m_bus)
         return;
+    // The old name's description goes with it; its status says "offline".
+    if (m_state == FeedStatus::Mqtt::Connected && !m_info.isEmpty())
+        emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), QByteArray(), true);
     endSession();
     m_bus = portName;
     m_published.clear();
     startSession();
+}
+
+void MqttFeed::setInfo(const QByteArray &json)
+{
+    if (json == m_info)
+        return;
+    m_info = json;
+    if (m_state == FeedStatus::Mqtt::Connected)
+        emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), m_info, true);
+}
+
+void MqttFeed::publishAlarm(const QByteArray &json)
+{
+    if (m_state == FeedStatus::Mqtt::Connected)
+        emit publishRequested(QStringLiteral("zunoria/%1/alarm").arg(m_bus), json, false);
 }
 
 void MqttFeed::store(const ReceiverStatus &status)
@@ -107,7 +127,7 @@ void MqttFeed::flush()
         m_published.insert(address, payload);
         m_limiter.markSent(address, now);
         emit publishRequested(QStringLiteral("zunoria/%1/rx/%2/state").arg(m_bus, addressText(address)),
-                              payload);
+                              payload, true);
     }
     if (nextDue >= 0)
         m_flushTimer.start(static_cast<int>(nextDue));

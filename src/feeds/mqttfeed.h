@@ -18,8 +18,10 @@ class MqttConnection;
 
 // Publishes every receiver's state as one retained JSON object on
 // zunoria/<bus>/rx/<address>/state, on change and at most every 500 ms per
-// receiver, with zunoria/<bus>/status "online" / last will "offline". The
-// slots only store; publishing is handed, queued, to the connection's thread.
+// receiver, with zunoria/<bus>/status "online" / last will "offline", the
+// line's description retained on zunoria/<bus>/info and each alarm as an
+// event on zunoria/<bus>/alarm. The slots only store; publishing is handed,
+// queued, to the connection's thread.
 class MqttFeed : public QObject
 {
     Q_OBJECT
@@ -40,11 +42,15 @@ public slots:
     void onCameBack(const zun::ReceiverStatus &status) { store(status); }
     // A new bus name means new topics and a new last will: the session restarts.
     void onPortChanged(const QString &portName);
+    // Retained on zunoria/<bus>/info and said again on every connection.
+    void setInfo(const QByteArray &json);
+    // Not retained: an alarm is an event, not a state. Lost while the broker is away.
+    void publishAlarm(const QByteArray &json);
 
 signals:
     void stateChanged(zun::FeedStatus::Mqtt state);
     void failed(const QString &message);
-    void publishRequested(const QString &topic, const QByteArray &payload);
+    void publishRequested(const QString &topic, const QByteArray &payload, bool retain);
 
 private:
     void store(const ReceiverStatus &status);
@@ -55,6 +61,7 @@ private:
 
     FeedOptions m_options;
     QString m_bus;
+    QByteArray m_info;
     QThread m_thread;
     MqttConnection *m_connection = nullptr;
     FeedStatus::Mqtt m_state = FeedStatus::Mqtt::Off;

@@ -55,11 +55,8 @@ void attachConsoleReport(Session &session)
     };
     QObject::connect(&s->alarms(), &AlarmEngine::alarmRaised, s,
                      [alarmLine](int id) { alarmLine(id, QStringLiteral("raised")); });
-    QObject::connect(&s->alarms(), &AlarmEngine::alarmChanged, s, [s, alarmLine](int id) {
-        const Alarm *alarm = s->alarms().alarm(id);
-        if (alarm && alarm->clearedMicros)
-            alarmLine(id, QStringLiteral("cleared"));
-    });
+    QObject::connect(&s->alarms(), &AlarmEngine::alarmCleared, s,
+                     [alarmLine](int id) { alarmLine(id, QStringLiteral("cleared")); });
     QObject::connect(&s->showLog(), &ShowLog::failed, s, printLine);
 }
 

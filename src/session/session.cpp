@@ -6,8 +6,12 @@
 #include "feeds/feedhub.h"
 #include "link/ports.h"
 #include "session/consolereport.h"
+#include "session/linejson.h"
+
+#include <QCoreApplication>
 
 #include <QScopedValueRollback>
+#include <QSysInfo>
 
 namespace zun {
 
@@ -57,6 +61,7 @@ bool Session::start(const StartupViews &views)
     if (!FindCommPorts(m_ctx.platform.line, m_ctx.platform.dialogs, line.PortAvailable, line.CommPort))
         return false;
     m_busHealth.onBaudRateChanged(line.Baudrate);
+    m_startedAt = m_wallTime.now();
     if (views.showSplash)
         views.showSplash();
     bus.setWorkMode(WorkMode::Idle);
@@ -96,6 +101,37 @@ void Session::startFeeds()
     // name from their first message; what the search found is told now.
     for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
         m_feeds->receiverFound(m_ctx.bus.status(i));
+    describeLine();
+    connect(this, &Session::receiversDetected, this, &Session::describeLine);
+    connect(this, &Session::receiversReconnected, this, &Session::describeLine);
+    connect(&m_ctx.bus, &ReceiverBus::baudRateChanged, this, &Session::describeLine);
+    connect(&m_alarms, &AlarmEngine::alarmRaised, this, [this](int id) { publishAlarm(id, false); });
+    // An acknowledgement is the desk's own business; the broker hears raise and clear.
+    connect(&m_alarms, &AlarmEngine::alarmCleared, this, [this](int id) { publishAlarm(id, true); });
+}
+
+void Session::describeLine()
+{
+    if (!m_feeds)
+        return;
+    const SerialLine &line = m_ctx.platform.line;
+    LineInfo info;
+    info.version = QCoreApplication::applicationVersion();
+    info.host = QSysInfo::machineHostName();
+    info.port = QStringLiteral("COM%1").arg(line.isOpen() ? line.portNumber() : m_ctx.bus.options().CommPort);
+    info.baudRate = m_ctx.bus.options().Baudrate;
+    info.receiversFound = m_ctx.bus.foundCount();
+    info.startedAt = m_startedAt;
+    m_feeds->setLineInfo(lineInfoJson(info));
+}
+
+void Session::publishAlarm(int id, bool cleared)
+{
+    const Alarm *alarm = m_alarms.alarm(id);
+    if (!m_feeds || !alarm)
+        return;
+    const std::uint64_t micros = cleared ? alarm->clearedMicros.value_or(0) : alarm->raisedMicros;
+    m_feeds->publishAlarm(alarmJson(m_lineName, *alarm, cleared, m_wallTime.at(micros)));
 }
 
 void Session::updateLineName()

@@ -8,6 +8,7 @@
 #include "session/sessionoptions.h"
 #include "showlog/showlog.h"
 
+#include <QDateTime>
 #include <QObject>
 #include <QTimer>
 
@@ -95,6 +96,8 @@ signals:
 private:
     bool pollStep();
     void startFeeds();
+    void describeLine();
+    void publishAlarm(int id, bool cleared);
     void updateLineName();
     void scheduleRecoveryWake();
 
@@ -107,6 +110,7 @@ private:
     BusHealthModel m_busHealth;
     FeedHub *m_feeds = nullptr;
     QString m_lineName;
+    QDateTime m_startedAt;
     bool m_started = false;
     bool m_recovering = false;
     std::uint64_t m_nextLineTryMicros = 0;

@@ -11,9 +11,11 @@
 
 #include <QAbstractEventDispatcher>
 #include <QAction>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
+#include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -100,6 +102,8 @@ private slots:
 
         QTRY_COMPARE_WITH_TIMEOUT(topics.latest.value("zunoria/COM3/status"), "online", 10000);
         QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "true");
+        QTRY_COMPARE(topics.field("zunoria/COM3/info", "receivers"), "2");
+        QCOMPARE(topics.field("zunoria/COM3/info", "port"), "COM3");
         QWebSocket page;
         QString dashboard;
         connect(&page, &QWebSocket::textMessageReceived,
@@ -116,6 +120,21 @@ private slots:
             return a.address == 7 && a.condition == AlarmCondition::Offline && !a.clearedMicros;
         }));
         QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "false");
+        // One event a state change on the broker, named as the alarm list names it.
+        const auto alarmOn = [&topics](const QString &state) {
+            for (const QByteArray &message : topics.messages) {
+                if (!message.startsWith("zunoria/COM3/alarm "))
+                    continue;
+                const QJsonObject alarm = QJsonDocument::fromJson(message.mid(19)).object();
+                if (alarm["line"] == "COM3" && alarm["address"] == 7 && alarm["name"] == "VOCAL2" &&
+                    alarm["kind"] == "offline" && alarm["state"] == state &&
+                    QDateTime::fromString(alarm["time"].toString(), Qt::ISODateWithMs).isValid())
+                    return true;
+            }
+            return false;
+        };
+        QTRY_VERIFY(alarmOn("raised"));
+        QVERIFY(!alarmOn("cleared"));
 
         sim.process.write("start 7\n");
         QTest::qWait(100);
@@ -123,6 +142,7 @@ private slots:
         runProgram(*session, 200);
         QVERIFY(alarms.last().clearedMicros.has_value());
         QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "true");
+        QTRY_VERIFY(alarmOn("cleared"));
 
         const AddressHealth *health = session->busHealth().stats().address(3);
         QVERIFY(health && health->exchanges > 10);

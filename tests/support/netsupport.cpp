@@ -46,6 +46,7 @@ Subscriber::Subscriber(quint16 port)
             const QString topic = QString::fromUtf8(line.left(line.indexOf(' ')));
             latest[topic] = line.mid(line.indexOf(' ') + 1);
             ++counts[topic];
+            messages << line;
         }
     });
     child.process.start("mosquitto_sub",

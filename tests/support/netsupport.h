@@ -35,6 +35,7 @@ struct Subscriber
     Child child;
     QHash<QString, QByteArray> latest;
     QHash<QString, int> counts;
+    QList<QByteArray> messages; // "topic payload", in order
 };
 
 // Starts a server and waits until it takes connections on the loopback port.
