@@ -191,7 +191,9 @@ ProgramProcess::~ProgramProcess()
 void ProgramProcess::start()
 {
     m_process.setProcessEnvironment(m_env);
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // Without a window every event is a line on standard error: not for the table.
+    m_process.setProcessChannelMode(m_headless ? QProcess::SeparateChannels
+                                               : QProcess::ForwardedErrorChannel);
     m_process.setStandardOutputFile(QProcess::nullDevice());
     if (m_headless)
         m_process.setStandardErrorFile(QProcess::nullDevice());
