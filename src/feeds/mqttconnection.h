@@ -6,6 +6,7 @@
 #include <QTimer>
 
 struct mosquitto;
+struct mosquitto_message;
 
 namespace zun {
 
@@ -18,7 +19,15 @@ struct MqttSettings
     QString caFile; // set: TLS
     QString clientId;
     QString statusTopic; // retained "online", last will "offline"
+    QString infoTopic;   // retained JSON with "host" and "pid" of the program owning the line
+    QString selfHost;
+    qint64 selfPid = 0;
 };
+
+// Who owns a line name on the broker, judged from its retained status and
+// info; empty when the name is free or ours (a run of ours on this host
+// that died keeps "online" until the broker says its will).
+QString lineOwner(const QByteArray &status, const QByteArray &info, const QString &selfHost, qint64 selfPid);
 
 // The libmosquitto client. It lives on a thread of its own (name look-up and
 // connect may block there, never on the work loop), and libmosquitto's own
@@ -39,16 +48,25 @@ public slots:
 signals:
     void connected();
     void disconnected(const QString &reason);
+    // Another program says "online" under this line's name; nothing was
+    // published and the connection is closed without its will.
+    void nameTaken(const QString &owner);
 
 private:
     void tryConnect();
     static void onConnect(mosquitto *client, void *self, int rc);
     static void onDisconnect(mosquitto *client, void *self, int rc);
+    static void onMessage(mosquitto *client, void *self, const mosquitto_message *message);
+    void heard(const QString &topic, const QByteArray &payload);
+    void claim();
 
     MqttSettings m_settings;
     mosquitto *m_client = nullptr;
     bool m_running = false;
-    QTimer m_retryTimer{this};   // a child, so it moves to the connection's thread
+    QTimer m_retryTimer{this}; // a child, so it moves to the connection's thread
+    QTimer m_claimTimer{this}; // how long the broker's retained state of the line is waited for
+    QByteArray m_heardStatus;
+    QByteArray m_heardInfo;
     unsigned m_retrySeconds = 1; // doubles up to 30 s
 };
 

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QRandomGenerator>
+#include <QSysInfo>
 
 #include <utility>
 
@@ -38,7 +39,10 @@ void MqttFeed::startSession()
                           QStringLiteral("zunoria-%1-%2")
                               .arg(QCoreApplication::applicationPid())
                               .arg(QRandomGenerator::global()->generate() % 100000),
-                          QStringLiteral("zunoria/%1/status").arg(m_bus)};
+                          QStringLiteral("zunoria/%1/status").arg(m_bus),
+                          QStringLiteral("zunoria/%1/info").arg(m_bus),
+                          QSysInfo::machineHostName(),
+                          QCoreApplication::applicationPid()};
     m_connection = new MqttConnection(std::move(settings));
     m_connection->moveToThread(&m_thread);
     connect(this, &MqttFeed::publishRequested, m_connection, &MqttConnection::publish);
@@ -51,6 +55,12 @@ void MqttFeed::startSession()
         for (auto it = m_receivers.cbegin(); it != m_receivers.cend(); ++it)
             m_dirty.insert(it.key());
         flush();
+    });
+    connect(m_connection, &MqttConnection::nameTaken, this, [this](const QString &owner) {
+        setState(FeedStatus::Mqtt::Disconnected);
+        emit failed(QStringLiteral("MQTT: the line name %1 is already used on this broker by %2; "
+                                   "choose another with --line")
+                        .arg(m_bus, owner));
     });
     connect(m_connection, &MqttConnection::disconnected, this, [this](const QString &reason) {
         setState(FeedStatus::Mqtt::Disconnected);

@@ -32,7 +32,8 @@ QByteArray lineInfoJson(const LineInfo &info)
                                      {QStringLiteral("port"), info.port},
                                      {QStringLiteral("baud"), info.baudRate},
                                      {QStringLiteral("receivers"), info.receiversFound},
-                                     {QStringLiteral("startedAt"), WallTime::iso(info.startedAt)}})
+                                     {QStringLiteral("startedAt"), WallTime::iso(info.startedAt)},
+                                     {QStringLiteral("pid"), info.pid}})
         .toJson(QJsonDocument::Compact);
 }
 

@@ -17,6 +17,7 @@ struct LineInfo
     int baudRate = 0;
     int receiversFound = 0;
     QDateTime startedAt;
+    qint64 pid = 0;
 };
 
 QByteArray lineInfoJson(const LineInfo &info);

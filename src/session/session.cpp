@@ -122,6 +122,7 @@ void Session::describeLine()
     info.baudRate = m_ctx.bus.options().Baudrate;
     info.receiversFound = m_ctx.bus.foundCount();
     info.startedAt = m_startedAt;
+    info.pid = QCoreApplication::applicationPid();
     m_feeds->setLineInfo(lineInfoJson(info));
 }
 

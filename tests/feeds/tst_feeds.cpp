@@ -2,6 +2,7 @@
 // server, a mosquitto broker, raw HTTP clients and headless Chromium.
 #include "core/options.h"
 #include "feeds/feedhub.h"
+#include "feeds/mqttconnection.h"
 #include "platform/settingsstore.h"
 #include "support/fakereceiverbus.h"
 #include "support/netsupport.h"
@@ -197,6 +198,32 @@ class TestFeeds : public QObject
     const ReceiverStatus m_vox = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü <b>"));
 
 private slots:
+    // Who owns a line name, from what the broker keeps: only a live program
+    // other than this one does; a dead run of ours on this host does not.
+    void aLineNameIsTakenOnlyByAnotherLiveProgram_data()
+    {
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<QByteArray>("info");
+        QTest::addColumn<QString>("owner");
+        const QByteArray self = QByteArray(R"({"host":"rack1","pid":)") +
+                                QByteArray::number(QCoreApplication::applicationPid()) + '}';
+        QTest::newRow("nobody") << QByteArray() << QByteArray() << "";
+        QTest::newRow("gone offline")
+            << QByteArray("offline") << QByteArray(R"({"host":"rack2","pid":7})") << "";
+        QTest::newRow("this program") << QByteArray("online") << self << "";
+        QTest::newRow("a dead run here")
+            << QByteArray("online") << QByteArray(R"({"host":"rack1","pid":999999999})") << "";
+        QTest::newRow("another host")
+            << QByteArray("online") << QByteArray(R"({"host":"rack2","pid":7})") << "rack2 (process 7)";
+        QTest::newRow("unknown owner") << QByteArray("online") << QByteArray("garbage") << "another program";
+    }
+    void aLineNameIsTakenOnlyByAnotherLiveProgram()
+    {
+        QFETCH(QByteArray, status);
+        QFETCH(QByteArray, info);
+        QTEST(lineOwner(status, info, "rack1", QCoreApplication::applicationPid()), "owner");
+    }
+
     void options_data()
     {
         QTest::addColumn<QString>("stored"); // Key=Value;Key=Value in section "Feeds"

@@ -66,6 +66,35 @@ struct RealLine
     FakeDesktop desktop;
 };
 
+// zunoria --headless on COM1 = device, as a service starts it: no display at
+// all, its own settings folder. Returns once it has said what it found.
+QByteArray startHeadless(Child &program, const QString &configHome, const QString &device,
+                         const QStringList &arguments)
+{
+    QDir(configHome).mkpath("KESTA_ZUN");
+    QFile ini(configHome + "/KESTA_ZUN/KESTA_ZUN.ini");
+    if (!ini.open(QIODevice::WriteOnly) || ini.write("[MSComm]\nCommPort=1\nRetry=0\n") <= 0)
+        return {};
+    ini.close();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(name);
+    environment.insert("XDG_CONFIG_HOME", configHome);
+    program.process.setProcessEnvironment(environment);
+    program.process.start(QCoreApplication::applicationDirPath() + "/../src/zunoria",
+                          QStringList{"--headless", "--port", "COM1=" + device} + arguments);
+    QByteArray output;
+    // A program that never says it is what the caller's check shows.
+    [[maybe_unused]] const bool said = QTest::qWaitFor(
+        [&] {
+            program.process.waitForReadyRead(50);
+            output += program.process.readAllStandardError();
+            return output.contains("receivers found");
+        },
+        10000);
+    return output;
+}
+
 } // namespace
 
 class TestEndToEnd : public QObject
@@ -104,6 +133,23 @@ private slots:
         QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "true");
         QTRY_COMPARE(topics.field("zunoria/COM3/info", "receivers"), "2");
         QCOMPARE(topics.field("zunoria/COM3/info", "port"), "COM3");
+
+        // A second program claiming the same line on the broker says so and
+        // leaves the first one's topics alone.
+        {
+            Child otherSim, other;
+            const QString otherDevice = startSimulator(otherSim, {"--receivers", "9"});
+            const int statusCount = topics.counts.value("zunoria/COM3/status");
+            const QByteArray said =
+                startHeadless(other, dir.filePath("other"), otherDevice,
+                              {"--line", "COM3", "--mqtt", QStringLiteral("127.0.0.1:%1").arg(mqttPort)});
+            QVERIFY(QTest::qWaitFor(
+                [&] { return (said + other.process.readAllStandardError()).contains("already used"); },
+                5000));
+            QVERIFY(topics.latest.keys().filter("rx/09").isEmpty());
+            QCOMPARE(topics.counts.value("zunoria/COM3/status"), statusCount);
+            QCOMPARE(topics.latest.value("zunoria/COM3/status"), "online");
+        }
         QWebSocket page;
         QString dashboard;
         connect(&page, &QWebSocket::textMessageReceived,
@@ -167,27 +213,9 @@ private slots:
         const QString logPath = dir.filePath("frames.log");
         const QString device = startSimulator(sim, {"--receivers", "3,7", "--log", logPath});
         QVERIFY2(!device.isEmpty(), "zunoria-sim not built beside the tests");
-        QVERIFY(QDir(dir.path()).mkpath("KESTA_ZUN"));
-        QFile ini(dir.filePath("KESTA_ZUN/KESTA_ZUN.ini"));
-        QVERIFY(ini.open(QIODevice::WriteOnly) && ini.write("[MSComm]\nCommPort=1\nRetry=0\n") > 0);
-        ini.close();
-
         Child program;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-            environment.remove(name);
-        environment.insert("XDG_CONFIG_HOME", dir.path());
-        program.process.setProcessEnvironment(environment);
-        program.process.start(QCoreApplication::applicationDirPath() + "/../src/zunoria",
-                              {"--headless", "--port", "COM1=" + device, "--line", "stageA"});
-        QByteArray output;
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                program.process.waitForReadyRead(50);
-                output += program.process.readAllStandardError();
-                return output.contains("stageA: 2 receivers found");
-            },
-            10000));
+        const QByteArray output = startHeadless(program, dir.path(), device, {"--line", "stageA"});
+        QVERIFY2(output.contains("zunoria: stageA: 2 receivers found"), output.constData());
         QTest::qWait(300); // polling
         ::kill(static_cast<pid_t>(program.process.processId()), SIGTERM);
         QVERIFY(program.process.waitForFinished(5000));
