@@ -1,5 +1,6 @@
 #include "feeds/mqttconnection.h"
 
+#include <QDeadlineTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -49,8 +50,6 @@ MqttConnection::MqttConnection(MqttSettings settings) : m_settings(std::move(set
 {
     m_retryTimer.setSingleShot(true);
     connect(&m_retryTimer, &QTimer::timeout, this, &MqttConnection::tryConnect);
-    m_claimTimer.setSingleShot(true);
-    connect(&m_claimTimer, &QTimer::timeout, this, &MqttConnection::claim);
     static std::once_flag initOnce;
     std::call_once(initOnce, [] { mosquitto_lib_init(); });
 }
@@ -71,42 +70,118 @@ void MqttConnection::start()
     }
     mosquitto_connect_callback_set(m_client, &MqttConnection::onConnect);
     mosquitto_disconnect_callback_set(m_client, &MqttConnection::onDisconnect);
-    mosquitto_message_callback_set(m_client, &MqttConnection::onMessage);
     mosquitto_reconnect_delay_set(m_client, kMinRetrySeconds, kMaxRetrySeconds, true);
     const QByteArray offline("offline");
     mosquitto_will_set(m_client, m_settings.statusTopic.toUtf8().constData(), offline.size(),
                        offline.constData(), 1, true);
-    if (!m_settings.user.isEmpty())
-        mosquitto_username_pw_set(m_client, m_settings.user.toUtf8().constData(),
-                                  m_settings.password.isEmpty() ? nullptr
-                                                                : m_settings.password.toUtf8().constData());
-    if (!m_settings.caFile.isEmpty()) {
-        const int rc = mosquitto_tls_set(m_client, m_settings.caFile.toUtf8().constData(), nullptr, nullptr,
-                                         nullptr, nullptr);
-        if (rc != MOSQ_ERR_SUCCESS) {
-            emit disconnected(QStringLiteral("MQTT: TLS: %1").arg(errorText(rc)));
-            return;
-        }
+    if (const int rc = configure(m_client); rc != MOSQ_ERR_SUCCESS) {
+        emit disconnected(QStringLiteral("MQTT: TLS: %1").arg(errorText(rc)));
+        return;
     }
     tryConnect();
+}
+
+int MqttConnection::configure(mosquitto *client) const
+{
+    if (!m_settings.user.isEmpty())
+        mosquitto_username_pw_set(client, m_settings.user.toUtf8().constData(),
+                                  m_settings.password.isEmpty() ? nullptr
+                                                                : m_settings.password.toUtf8().constData());
+    if (m_settings.caFile.isEmpty())
+        return MOSQ_ERR_SUCCESS;
+    return mosquitto_tls_set(client, m_settings.caFile.toUtf8().constData(), nullptr, nullptr, nullptr,
+                             nullptr);
+}
+
+namespace {
+// What the broker keeps for a line, as the probe hears it.
+struct Retained
+{
+    QByteArray statusTopic;
+    QByteArray infoTopic;
+    QByteArray status;
+    QByteArray info;
+};
+
+void onProbeMessage(mosquitto *, void *data, const mosquitto_message *message)
+{
+    auto *retained = static_cast<Retained *>(data);
+    const QByteArray payload(static_cast<const char *>(message->payload), message->payloadlen);
+    if (retained->statusTopic == message->topic)
+        retained->status = payload;
+    else if (retained->infoTopic == message->topic)
+        retained->info = payload;
+}
+} // namespace
+
+std::optional<QString> MqttConnection::askOwner(int *rc) const
+{
+    Retained retained{m_settings.statusTopic.toUtf8(), m_settings.infoTopic.toUtf8(), {}, {}};
+    mosquitto *probe = mosquitto_new(nullptr, true, &retained);
+    if (!probe) {
+        *rc = MOSQ_ERR_NOMEM;
+        return std::nullopt;
+    }
+    mosquitto_message_callback_set(probe, onProbeMessage);
+    *rc = configure(probe);
+    if (*rc == MOSQ_ERR_SUCCESS)
+        *rc = mosquitto_connect(probe, m_settings.host.toUtf8().constData(), m_settings.port,
+                                kKeepAliveSeconds);
+    const bool asked = *rc == MOSQ_ERR_SUCCESS;
+    if (asked) {
+        mosquitto_subscribe(probe, nullptr, retained.statusTopic.constData(), 1);
+        mosquitto_subscribe(probe, nullptr, retained.infoTopic.constData(), 1);
+        // Retained messages follow the subscription at once; nothing says
+        // when there are none, so the whole time is waited.
+        for (QDeadlineTimer deadline(kClaimMillis); !deadline.hasExpired();)
+            if (mosquitto_loop(probe, 50, 1) != MOSQ_ERR_SUCCESS)
+                break;
+        mosquitto_disconnect(probe);
+        mosquitto_loop(probe, 50, 1);
+    }
+    mosquitto_destroy(probe);
+    if (!asked)
+        return std::nullopt;
+    return lineOwner(retained.status, retained.info, m_settings.selfHost, m_settings.selfPid);
+}
+
+void MqttConnection::failed(int rc)
+{
+    emit disconnected(
+        QStringLiteral("MQTT: %1:%2: %3")
+            .arg(m_settings.host)
+            .arg(m_settings.port)
+            .arg(rc == MOSQ_ERR_ERRNO ? QString::fromLocal8Bit(std::strerror(errno)) : errorText(rc)));
+    // Until the first connection libmosquitto's thread has nothing to
+    // retry; this thread's event loop does it, with the same back-off.
+    m_retryTimer.start(static_cast<int>(m_retrySeconds * 1000));
+    m_retrySeconds = std::min(m_retrySeconds * 2, kMaxRetrySeconds);
 }
 
 void MqttConnection::tryConnect()
 {
     if (!m_client)
         return;
+    // The name is asked for before the first connection, which carries the
+    // line's will: a refused name must never make the broker say "offline"
+    // for the program that owns it.
+    if (!m_claimed) {
+        int rc = MOSQ_ERR_SUCCESS;
+        const auto owner = askOwner(&rc);
+        if (!owner) {
+            failed(rc);
+            return;
+        }
+        if (!owner->isEmpty()) {
+            emit nameTaken(*owner);
+            return;
+        }
+        m_claimed = true;
+    }
     const int rc = mosquitto_connect_async(m_client, m_settings.host.toUtf8().constData(), m_settings.port,
                                            kKeepAliveSeconds);
     if (rc != MOSQ_ERR_SUCCESS) {
-        emit disconnected(
-            QStringLiteral("MQTT: %1:%2: %3")
-                .arg(m_settings.host)
-                .arg(m_settings.port)
-                .arg(rc == MOSQ_ERR_ERRNO ? QString::fromLocal8Bit(std::strerror(errno)) : errorText(rc)));
-        // Until the first connection libmosquitto's thread has nothing to
-        // retry; this thread's event loop does it, with the same back-off.
-        m_retryTimer.start(static_cast<int>(m_retrySeconds * 1000));
-        m_retrySeconds = std::min(m_retrySeconds * 2, kMaxRetrySeconds);
+        failed(rc);
         return;
     }
     // From here on libmosquitto's own thread keeps the session up.
@@ -141,55 +216,10 @@ void MqttConnection::onConnect(mosquitto *client, void *self, int rc)
             QStringLiteral("MQTT: refused: %1").arg(QString::fromUtf8(mosquitto_connack_string(rc))));
         return;
     }
-    // Before saying "online", hear what the broker keeps for this line:
-    // another program may already own the name.
-    mosquitto_subscribe(client, nullptr, connection->m_settings.statusTopic.toUtf8().constData(), 1);
-    mosquitto_subscribe(client, nullptr, connection->m_settings.infoTopic.toUtf8().constData(), 1);
-    QMetaObject::invokeMethod(
-        connection, [connection] { connection->m_claimTimer.start(kClaimMillis); }, Qt::QueuedConnection);
-}
-
-void MqttConnection::onMessage(mosquitto *, void *self, const mosquitto_message *message)
-{
-    auto *connection = static_cast<MqttConnection *>(self);
-    const QString topic = QString::fromUtf8(message->topic);
-    const QByteArray payload(static_cast<const char *>(message->payload), message->payloadlen);
-    QMetaObject::invokeMethod(
-        connection, [connection, topic, payload] { connection->heard(topic, payload); },
-        Qt::QueuedConnection);
-}
-
-void MqttConnection::heard(const QString &topic, const QByteArray &payload)
-{
-    if (!m_claimTimer.isActive())
-        return;
-    if (topic == m_settings.statusTopic)
-        m_heardStatus = payload;
-    else if (topic == m_settings.infoTopic)
-        m_heardInfo = payload;
-}
-
-void MqttConnection::claim()
-{
-    if (!m_client)
-        return;
-    mosquitto_unsubscribe(m_client, nullptr, m_settings.statusTopic.toUtf8().constData());
-    mosquitto_unsubscribe(m_client, nullptr, m_settings.infoTopic.toUtf8().constData());
-    const QString owner = lineOwner(m_heardStatus, m_heardInfo, m_settings.selfHost, m_settings.selfPid);
-    m_heardStatus.clear();
-    m_heardInfo.clear();
-    if (!owner.isEmpty()) {
-        // A clean disconnect leaves the will unsaid, so the owner's "online" stays.
-        m_running = false;
-        mosquitto_disconnect(m_client);
-        mosquitto_loop_stop(m_client, false);
-        emit nameTaken(owner);
-        return;
-    }
     const QByteArray online("online");
-    mosquitto_publish(m_client, nullptr, m_settings.statusTopic.toUtf8().constData(),
+    mosquitto_publish(client, nullptr, connection->m_settings.statusTopic.toUtf8().constData(),
                       static_cast<int>(online.size()), online.constData(), 1, true);
-    emit connected();
+    emit connection->connected();
 }
 
 void MqttConnection::onDisconnect(mosquitto *, void *self, int rc)

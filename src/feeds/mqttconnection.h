@@ -5,6 +5,8 @@
 #include <QString>
 #include <QTimer>
 
+#include <optional>
+
 struct mosquitto;
 struct mosquitto_message;
 
@@ -48,25 +50,26 @@ public slots:
 signals:
     void connected();
     void disconnected(const QString &reason);
-    // Another program says "online" under this line's name; nothing was
-    // published and the connection is closed without its will.
+    // Another program says "online" under this line's name: nothing was
+    // published, and no connection with this line's will was ever made.
     void nameTaken(const QString &owner);
 
 private:
     void tryConnect();
     static void onConnect(mosquitto *client, void *self, int rc);
     static void onDisconnect(mosquitto *client, void *self, int rc);
-    static void onMessage(mosquitto *client, void *self, const mosquitto_message *message);
-    void heard(const QString &topic, const QByteArray &payload);
-    void claim();
+    // Sets the user, password and TLS of a client; a libmosquitto result.
+    int configure(mosquitto *client) const;
+    // Who owns the line on the broker, asked by a short connection without a
+    // will; empty when nobody else does, nothing when the broker could not be asked.
+    std::optional<QString> askOwner(int *rc) const;
+    void failed(int rc);
 
     MqttSettings m_settings;
     mosquitto *m_client = nullptr;
     bool m_running = false;
-    QTimer m_retryTimer{this}; // a child, so it moves to the connection's thread
-    QTimer m_claimTimer{this}; // how long the broker's retained state of the line is waited for
-    QByteArray m_heardStatus;
-    QByteArray m_heardInfo;
+    QTimer m_retryTimer{this};   // a child, so it moves to the connection's thread
+    bool m_claimed = false;      // the line's name was found free on this broker
     unsigned m_retrySeconds = 1; // doubles up to 30 s
 };
 

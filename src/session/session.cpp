@@ -45,6 +45,8 @@ Session::Session(const Platform &platform, SessionOptions options)
 
 Session::~Session()
 {
+    // The feeds listen to members that are about to go; they go first.
+    delete std::exchange(m_feeds, nullptr);
     m_showLog.stop();
 }
 
