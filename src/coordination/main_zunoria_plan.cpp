@@ -69,7 +69,7 @@ struct Args
     Guards guards;
     PlanExclusions exclusions;
     std::vector<int> fixedKHz;
-    double deadlineSeconds = 1.0;
+    double deadlineSeconds = 0.9;
     QString checkFile;
 };
 

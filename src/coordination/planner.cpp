@@ -113,6 +113,10 @@ private:
     Guards m_g;
 };
 
+// Candidates weighed per refill: more weigh better but refill less often;
+// four did best on the 36 MHz benchmark.
+constexpr int kHarmSamples = 4;
+
 // Receivers with the same band are interchangeable; searching them as one
 // class with ascending frequencies drops the permutations.
 struct BandClass
@@ -163,7 +167,7 @@ struct Planner::State
     std::vector<Frame> frames;
     std::vector<int> treeAssign;
     int treePlaced = 0;
-    bool treeAbandoned = false;
+    bool exhaustiveOnly = false;
 
     enum class Phase { Walk1, Tree, Walk2, Done } phase = Phase::Walk1;
 
@@ -304,6 +308,29 @@ struct Planner::State
             proven = true;
     }
 
+    // Of a few random candidates, the one that leaves the most free points in
+    // the band: a carrier whose products fall on used or excluded points costs
+    // the receivers still to come nothing.
+    int leastHarm(const BandClass &c, const std::vector<int> &candidates)
+    {
+        const int tries = std::min<int>(kHarmSamples, static_cast<int>(candidates.size()));
+        int best = -1;
+        int bestFree = -1;
+        for (int k = 0; k < tries; ++k) {
+            const int index = candidates[rng() % candidates.size()];
+            walk->add(walk->kHzAt(index));
+            int freePoints = 0;
+            for (int i = c.lo; i <= c.hi; ++i)
+                freePoints += feasible(*walk, i);
+            walk->remove(walk->kHzAt(index));
+            if (freePoints > bestFree) {
+                bestFree = freePoints;
+                best = index;
+            }
+        }
+        return best;
+    }
+
     // One ruin-and-refill move: take one to three carriers away, then fill
     // unplaced receivers, in random order, on random free points. Kept unless
     // fewer are placed, so the walk drifts along plateaus.
@@ -315,15 +342,17 @@ struct Planner::State
                 if (walkAssign[static_cast<size_t>(r)] >= 0)
                     placedRx.push_back(r);
         std::vector<std::pair<int, int>> removed;
-        const int ruin = std::min<int>(static_cast<int>(placedRx.size()), 1 + int(rng() % 3));
-        for (int k = 0; k < ruin; ++k) {
-            const size_t pick = rng() % placedRx.size();
+        const auto take = [&](size_t pick) {
             const int r = placedRx[pick];
             placedRx[pick] = placedRx.back();
             placedRx.pop_back();
             removed.emplace_back(r, walkAssign[static_cast<size_t>(r)]);
             unplace(*walk, walkAssign, r);
-        }
+        };
+        const int ruinCount = std::min<int>(static_cast<int>(placedRx.size()), 1 + int(rng() % 3));
+        for (int k = 0; k < ruinCount; ++k)
+            take(rng() % placedRx.size());
+        const int ruin = static_cast<int>(removed.size());
         std::vector<int> added;
         std::vector<int> candidates;
         std::vector<int> order(classes.size());
@@ -342,7 +371,7 @@ struct Planner::State
                         candidates.push_back(i);
                 if (candidates.empty())
                     break;
-                const int index = lowest ? candidates.front() : candidates[rng() % candidates.size()];
+                const int index = lowest ? candidates.front() : leastHarm(c, candidates);
                 place(*walk, walkAssign, r, index);
                 added.push_back(r);
             }
@@ -449,14 +478,18 @@ struct Planner::State
     }
 };
 
-Planner::Planner(const PlanRequest &request, int budgetMs, unsigned seed) : d(std::make_unique<State>())
+Planner::Planner(const PlanRequest &request, int budgetMs, unsigned seed, bool exhaustiveOnly)
+    : d(std::make_unique<State>())
 {
     d->request = request;
+    d->exhaustiveOnly = exhaustiveOnly;
     d->budgetMs = std::max(1, budgetMs);
     d->rng.seed(seed);
     d->setup();
     if (d->proven)
         d->phase = State::Phase::Done;
+    else if (exhaustiveOnly)
+        d->phase = State::Phase::Tree;
 }
 
 Planner::~Planner() = default;
@@ -472,36 +505,33 @@ bool Planner::run(int sliceMs)
     timer.start();
     using Phase = State::Phase;
     // A quarter of the budget walks first, so the search starts with a good
-    // plan to prune against; half goes to the search; what is left walks on.
+    // plan to prune against; a quarter goes to the search; the rest walks on.
     while (d->phase != Phase::Done && timer.elapsed() < sliceMs) {
         const qint64 used = d->usedMs + timer.elapsed();
-        for (int k = 0; k < 64 && d->phase != Phase::Done; ++k) {
-            switch (d->phase) {
-            case Phase::Walk1:
-                d->walkStep();
-                // Capped in steps too: a small case is proven long before a
-                // quarter of a generous budget has gone.
-                if (used >= d->budgetMs / 4 || ++d->walkSteps >= 5000)
-                    d->phase = Phase::Tree;
-                break;
-            case Phase::Tree:
-                if (!d->treeStep()) {
-                    d->proven = true;
-                    d->phase = Phase::Done;
-                } else if (used >= d->budgetMs * 3 / 4) {
-                    d->treeAbandoned = true;
-                    d->phase = Phase::Walk2;
-                }
-                break;
-            case Phase::Walk2:
-                d->walkStep();
-                break;
-            case Phase::Done:
-                break;
-            }
-            if (d->proven)
+        switch (d->phase) {
+        case Phase::Walk1:
+            d->walkStep();
+            // Capped in steps too: a small case is proven long before a
+            // quarter of a generous budget has gone.
+            if (used >= d->budgetMs / 4 || ++d->walkSteps >= 5000)
+                d->phase = Phase::Tree;
+            break;
+        case Phase::Tree:
+            if (!d->treeStep()) {
+                d->proven = true;
                 d->phase = Phase::Done;
+            } else if (!d->exhaustiveOnly && used >= d->budgetMs / 2) {
+                d->phase = Phase::Walk2;
+            }
+            break;
+        case Phase::Walk2:
+            d->walkStep();
+            break;
+        case Phase::Done:
+            break;
         }
+        if (d->proven)
+            d->phase = Phase::Done;
     }
     d->usedMs += timer.elapsed();
     return d->phase != Phase::Done;
@@ -530,7 +560,7 @@ PlanResult planFrequencies(const PlanRequest &request, const PlanOptions &option
 {
     QElapsedTimer timer;
     timer.start();
-    Planner planner(request, options.deadlineMs, options.seed);
+    Planner planner(request, options.deadlineMs, options.seed, options.exhaustiveOnly);
     while (!planner.finished()) {
         const qint64 left = options.deadlineMs - timer.elapsed();
         if (left <= 0 || (options.cancel && options.cancel->load()))

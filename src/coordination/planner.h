@@ -52,7 +52,9 @@ class Planner
 public:
     // budgetMs is the total work time run() will be given; it shares that time
     // between exhaustive search and improving the best plan found.
-    Planner(const PlanRequest &request, int budgetMs, unsigned seed = 1);
+    // exhaustiveOnly skips improvement and gives the search all the time it
+    // needs: for small cases, and to check the search on its own.
+    Planner(const PlanRequest &request, int budgetMs, unsigned seed = 1, bool exhaustiveOnly = false);
     ~Planner();
     Planner(const Planner &) = delete;
     Planner &operator=(const Planner &) = delete;
@@ -73,6 +75,7 @@ struct PlanOptions
     int deadlineMs = 1000;
     const std::atomic<bool> *cancel = nullptr; // checked between slices
     unsigned seed = 1;
+    bool exhaustiveOnly = false;
 };
 
 // Runs a Planner until it is finished, the deadline passes or cancel is set.
