@@ -95,6 +95,8 @@ Args parseArgs(const QStringList &argv)
             if (rasterPoints(args.band->first, args.band->second).empty() ||
                 args.band->first == args.band->second)
                 throw BadInput{QStringLiteral("--band %1 is empty: no 25 kHz step fits in it").arg(value)};
+            if (args.band->second - args.band->first > 1000000)
+                throw BadInput{QStringLiteral("--band %1 is wider than 1000 MHz").arg(value)};
         } else if (option == QLatin1String("--count")) {
             bool ok = false;
             const int n = value.toInt(&ok);

@@ -180,11 +180,10 @@ struct Planner::State
     {
         const auto &rx = request.receivers;
         int lo = INT32_MAX, hi = INT32_MIN;
+        // Only free receivers' bands need counts: a locked carrier far away
+        // still makes products, its windows are just clipped to this range.
         for (const PlanReceiver &r : rx) {
-            if (r.lockedKHz) {
-                lo = std::min(lo, *r.lockedKHz);
-                hi = std::max(hi, *r.lockedKHz);
-            } else if (r.bandLowKHz <= r.bandHighKHz) {
+            if (!r.lockedKHz && r.bandLowKHz <= r.bandHighKHz) {
                 lo = std::min(lo, r.bandLowKHz);
                 hi = std::max(hi, r.bandHighKHz);
             }
