@@ -51,7 +51,7 @@ std::vector<Conflict> findConflicts(const std::vector<int> &f, const Guards &gua
 
 QString describeConflict(const Conflict &k, const std::vector<int> &f)
 {
-    const auto mhz = [&](int i) { return formatMHz(f[static_cast<size_t>(i)]); };
+    const auto mhz = [&](int i) { return mhzText(f[static_cast<size_t>(i)]); };
     const QString victim = mhz(k.victim);
     switch (k.kind) {
     case ConflictKind::Carriers:
@@ -60,17 +60,17 @@ QString describeConflict(const Conflict &k, const std::vector<int> &f)
             .arg(std::abs(f[static_cast<size_t>(k.a)] - f[static_cast<size_t>(k.b)]));
     case ConflictKind::TwoTone3:
         return QStringLiteral("2x%1 - %2 = %3 lies %4 kHz from %5")
-            .arg(mhz(k.a), mhz(k.b), formatMHz(k.productKHz))
+            .arg(mhz(k.a), mhz(k.b), mhzText(k.productKHz))
             .arg(std::abs(k.productKHz - f[static_cast<size_t>(k.victim)]))
             .arg(victim);
     case ConflictKind::ThreeTone3:
         return QStringLiteral("%1 + %2 - %3 = %4 lies %5 kHz from %6")
-            .arg(mhz(k.a), mhz(k.b), mhz(k.c), formatMHz(k.productKHz))
+            .arg(mhz(k.a), mhz(k.b), mhz(k.c), mhzText(k.productKHz))
             .arg(std::abs(k.productKHz - f[static_cast<size_t>(k.victim)]))
             .arg(victim);
     case ConflictKind::TwoTone5:
         return QStringLiteral("3x%1 - 2x%2 = %3 lies %4 kHz from %5")
-            .arg(mhz(k.a), mhz(k.b), formatMHz(k.productKHz))
+            .arg(mhz(k.a), mhz(k.b), mhzText(k.productKHz))
             .arg(std::abs(k.productKHz - f[static_cast<size_t>(k.victim)]))
             .arg(victim);
     }

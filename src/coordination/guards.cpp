@@ -44,7 +44,7 @@ std::optional<int> parseMHz(const QString &text)
     return m.captured(1).toInt() * 1000 + decimals.toInt();
 }
 
-QString formatMHz(int kHz)
+QString mhzText(int kHz)
 {
     const QString sign = kHz < 0 ? QStringLiteral("-") : QString();
     const int magnitude = kHz < 0 ? -kHz : kHz;

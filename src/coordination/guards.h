@@ -31,6 +31,6 @@ std::optional<Guards> parseGuards(const QString &text);
 std::optional<int> parseMHz(const QString &text);
 
 // kHz as MHz with three decimals.
-QString formatMHz(int kHz);
+QString mhzText(int kHz);
 
 } // namespace zun

@@ -49,7 +49,7 @@ std::pair<int, int> parseRange(const QString &option, const QString &text)
         throw BadInput{QStringLiteral("%1 \"%2\" is not LO-HI in MHz (e.g. 470-506.5)").arg(option, text)};
     if (*lo > *hi)
         throw BadInput{QStringLiteral("%1 %2 is reversed: %3 MHz lies above %4 MHz")
-                           .arg(option, text, formatMHz(*lo), formatMHz(*hi))};
+                           .arg(option, text, mhzText(*lo), mhzText(*hi))};
     return {*lo, *hi};
 }
 
@@ -218,7 +218,7 @@ int plan(const Args &args)
     if (fixed > 0)
         summary += QStringLiteral(" (%1 fixed)").arg(fixed);
     summary += QStringLiteral(" in %1-%2 MHz, guards C %3 T3 %4 X3 %5 T5 %6 kHz, %7 in %8 s")
-                   .arg(formatMHz(lo), formatMHz(hi))
+                   .arg(mhzText(lo), mhzText(hi))
                    .arg(g.carrier)
                    .arg(g.twoTone3)
                    .arg(g.threeTone3)

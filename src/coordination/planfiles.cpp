@@ -55,7 +55,7 @@ QString exportPlanCsv(const std::vector<PlanEntry> &entries)
     QString text = QStringLiteral("address,name,frequency_mhz\n");
     for (const PlanEntry &e : entries)
         text += QString::number(e.address) + QLatin1Char(',') + csvField(e.name) + QLatin1Char(',') +
-                formatMHz(e.frequencyKHz) + QLatin1Char('\n');
+                mhzText(e.frequencyKHz) + QLatin1Char('\n');
     return text;
 }
 
@@ -63,7 +63,7 @@ QString exportFrequencyList(const std::vector<int> &frequenciesKHz)
 {
     QString text;
     for (int f : frequenciesKHz)
-        text += formatMHz(f) + QLatin1Char('\n');
+        text += mhzText(f) + QLatin1Char('\n');
     return text;
 }
 

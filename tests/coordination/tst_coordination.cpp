@@ -137,8 +137,8 @@ void verifyPlan(const Case &c, const PlanResult &result)
         if (rx.lockedKHz) {
             QCOMPARE(f, *rx.lockedKHz);
         } else if (f >= 0) {
-            QVERIFY2(f >= rx.bandLowKHz && f <= rx.bandHighKHz && f % 25 == 0, qPrintable(formatMHz(f)));
-            QVERIFY2(allowed(c, f), qPrintable(formatMHz(f)));
+            QVERIFY2(f >= rx.bandLowKHz && f <= rx.bandHighKHz && f % 25 == 0, qPrintable(mhzText(f)));
+            QVERIFY2(allowed(c, f), qPrintable(mhzText(f)));
         }
         if (f >= 0)
             plan.push_back(f);
@@ -222,7 +222,7 @@ private slots:
         QFETCH(int, kHz);
         QCOMPARE(parseMHz(text).value_or(-1), kHz);
         if (kHz >= 0)
-            QCOMPARE(parseMHz(formatMHz(kHz)).value_or(-1), kHz);
+            QCOMPARE(parseMHz(mhzText(kHz)).value_or(-1), kHz);
     }
 
     void conflicts_data()

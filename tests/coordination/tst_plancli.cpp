@@ -116,7 +116,7 @@ private slots:
             findConflicts(plan.frequenciesKHz, *parseGuards(guards >= 0 ? arguments[guards + 1] : "standard"))
                 .empty());
         for (int f : plan.frequenciesKHz)
-            QVERIFY2(f < 472000 || f > 474000 || !arguments.contains("--exclude"), qPrintable(formatMHz(f)));
+            QVERIFY2(f < 472000 || f > 474000 || !arguments.contains("--exclude"), qPrintable(mhzText(f)));
     }
 };
 
