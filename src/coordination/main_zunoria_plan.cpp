@@ -78,7 +78,6 @@ Args parseArgs(const QStringList &argv)
     Args args;
     QStringList scans;
     std::vector<double> thresholds;
-    bool haveGuards = false;
     for (int i = 1; i < argv.size(); ++i) {
         const QString option = argv[i];
         if (option == QLatin1String("--max")) {
@@ -110,7 +109,6 @@ Args parseArgs(const QStringList &argv)
                                               "values C,T3,X3,T5 with C above 0")
                                    .arg(value)};
             args.guards = *g;
-            haveGuards = true;
         } else if (option == QLatin1String("--exclude")) {
             args.exclusions.rangesKHz.push_back(parseRange(option, value));
         } else if (option == QLatin1String("--scan")) {
@@ -139,7 +137,6 @@ Args parseArgs(const QStringList &argv)
             throw BadInput{QStringLiteral("unknown option \"%1\"").arg(option)};
         }
     }
-    Q_UNUSED(haveGuards);
     if (!args.checkFile.isEmpty())
         return args;
     if (!args.band)

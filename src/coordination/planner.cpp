@@ -40,7 +40,6 @@ public:
 
     int points() const { return static_cast<int>(m_block.size()); }
     int kHzAt(int index) const { return m_base + index * kRasterKHz; }
-    int indexOf(int kHz) const { return floorDiv(kHz - m_base, kRasterKHz); }
     bool free(int index) const { return m_block[static_cast<size_t>(index)] == 0; }
     const std::vector<int> &carriers() const { return m_carriers; }
 
