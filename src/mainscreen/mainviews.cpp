@@ -5,6 +5,7 @@
 #include "mainscreen/frmmain.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
+#include "platform/regularfile.h"
 #include "receivers/settingsfile.h"
 
 #include <QFile>
@@ -153,10 +154,10 @@ void FrmMain::offerSettingsFile(const QString &path)
 
 void FrmMain::loadSettingsFile(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    QFile file;
+    if (const QString error = openRegularFile(file, path); !error.isEmpty()) {
         m_ctx.platform.dialogs.message(
-            QStringLiteral("The file %1 could not be opened: %2").arg(path, file.errorString()));
+            QStringLiteral("The file %1 could not be opened: %2").arg(path, error));
         return;
     }
     if (file.size() > kLargestSettingsFile) {
@@ -166,7 +167,9 @@ void FrmMain::loadSettingsFile(const QString &path)
                 .arg(path));
         return;
     }
-    const SettingsParse parsed = parseSettings(file.read(kLargestSettingsFile));
+    SettingsParse parsed = parseSettings(file.read(kLargestSettingsFile));
+    if (parsed.error.isEmpty())
+        parsed.error = settingsBandError(parsed.lines, m_ctx.bus.foundRecords());
     if (!parsed.error.isEmpty()) {
         m_ctx.platform.dialogs.message(parsed.error + QStringLiteral(" Nothing was changed."));
         return;
