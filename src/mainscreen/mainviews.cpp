@@ -167,9 +167,7 @@ void FrmMain::loadSettingsFile(const QString &path)
                 .arg(path));
         return;
     }
-    SettingsParse parsed = parseSettings(file.read(kLargestSettingsFile));
-    if (parsed.error.isEmpty())
-        parsed.error = settingsBandError(parsed.lines, m_ctx.bus.foundRecords());
+    const SettingsParse parsed = parseSettings(file.read(kLargestSettingsFile));
     if (!parsed.error.isEmpty()) {
         m_ctx.platform.dialogs.message(parsed.error + QStringLiteral(" Nothing was changed."));
         return;

@@ -1,6 +1,5 @@
 #include "receivers/settingsfile.h"
 
-#include "link/hex.h"
 #include "receivers/receiverrecord.h"
 
 #include <QFile>
@@ -195,7 +194,6 @@ SettingsParse parseSettings(const QByteArray &text)
             result.error = lineError(number, QStringLiteral("has ") + bad);
             return result;
         }
-        line.lineNumber = number;
         line.address = *address;
         line.name = f[1].text;
         line.group = *group;
@@ -209,27 +207,6 @@ SettingsParse parseSettings(const QByteArray &text)
         result.lines.append(line);
     }
     return result;
-}
-
-QString settingsBandError(const QList<SettingsLine> &lines, const QList<ReceiverRecord> &found)
-{
-    for (const SettingsLine &line : lines) {
-        // The load programs the first record with the address, as it does here.
-        const auto record = std::find_if(found.cbegin(), found.cend(),
-                                         [&](const ReceiverRecord &r) { return r.address == line.address; });
-        if (record == found.cend())
-            continue;
-        const int low = HexToNum(record->bandStartCode);
-        const int high = low + record->bandWidth;
-        for (const QString &code : {line.channelFreqCode, line.manualFreqCode}) {
-            const int value = HexToNum(code);
-            if (value < low || value > high)
-                return lineError(
-                    line.lineNumber,
-                    QStringLiteral("has a frequency outside the band of receiver %1").arg(line.address));
-        }
-    }
-    return {};
 }
 
 QString saveSettingsFile(const QString &path, const QByteArray &content)

@@ -23,7 +23,6 @@ struct SettingsLine
     int secondLevel = 0;
     bool manualFreq = false;
     bool mute = false;
-    int lineNumber = 0; // in the file, for messages
 };
 
 struct SettingsParse
@@ -40,10 +39,6 @@ QByteArray formatSettings(const QList<ReceiverRecord> &records);
 
 // Reads a whole file's text; any bad line rejects the whole file.
 SettingsParse parseSettings(const QByteArray &text);
-
-// The whole-file check that needs the receivers found: a frequency code of a
-// line for one of them outside that receiver's band. Empty when none is.
-QString settingsBandError(const QList<SettingsLine> &lines, const QList<ReceiverRecord> &found);
 
 // Writes through a temporary file so a failed save leaves the old file whole.
 // Returns an empty text on success, else what went wrong.

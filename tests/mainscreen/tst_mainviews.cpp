@@ -224,9 +224,6 @@ private slots:
         second("frequency code too short", "7,\"X\",1,2,\"72F\",\"72F2\",30,0,0,0\r\n");
         second("frequency code in lower case", "7,\"X\",1,2,\"72f2\",\"72F2\",30,0,0,0\r\n");
         second("manual code not hex", "7,\"X\",1,2,\"72F2\",\"7-F2\",30,0,-1,0\r\n");
-        // The receivers' band runs from 72BA to 825A.
-        second("frequency below the band", "7,\"X\",1,2,\"72B9\",\"72F2\",30,0,0,0\r\n");
-        second("manual frequency above the band", "7,\"X\",1,2,\"72F2\",\"825B\",30,0,-1,0\r\n");
         QTest::newRow("address out of range")
             << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << QString("Line 1");
         QTest::newRow("unterminated quote")
