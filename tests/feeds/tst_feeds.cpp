@@ -223,9 +223,11 @@ private slots:
             "OscTargets=a:1, b:2;MqttHost=broker;MqttPort=8883;WebPort=8080;WebToken=tok;WebAllowNetwork=1",
             {}, "osc=a:1,b:2 mqtt=broker:8883 web=8080 token=tok net=1");
         row("invalid stored parts dropped",
-            "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:1;MqttPort=x;WebPort=-5;WebToken=has space;"
+            "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:0;MqttPort=x;WebPort=-5;WebToken=has space;"
             "WebAllowNetwork=yes",
             {}, "osc=a:1 mqtt=:1883 web=0 token= net=0");
+        row("mqtt host with its port", "MqttHost=broker:1884;MqttPort=8883", {},
+            "osc= mqtt=broker:1884 web=0 token= net=0");
         row("command line over stored", "OscTargets=a:1;MqttPort=8883",
             {"--osc", "desk:9000", "--osc", "[::1]:8000", "--mqtt", "b"},
             "osc=desk:9000,::1:8000 mqtt=b:1883 web=0 token= net=0");

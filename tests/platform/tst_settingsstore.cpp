@@ -1,3 +1,4 @@
+#include "feeds/feedoptions.h"
 #include "platform/settingsstore.h"
 #include "receivers/settingsfile.h"
 #include "support/testbed.h"
@@ -74,6 +75,29 @@ private slots:
         QCOMPARE(store.get("ZunDamaged", "MSComm", "Baudrate"), QString());
         store.save("ZunDamaged", "Function", "TVtype", "2");
         QCOMPARE(FileSettingsStore().get("ZunDamaged", "Function", "TVtype"), "2");
+    }
+
+    // Feed settings typed into the file as the README shows them are read
+    // as one text each, and a save of another setting leaves them as typed.
+    void feedSettingsReadAsWritten()
+    {
+        const QByteArray feeds = "[Feeds]\nOscTargets=desk.local:9000,10.0.0.5:8000\nMqttHost=broker:1884\n"
+                                 "MqttPassword=pa,ss\nMqttUser=stage, left\n";
+        QVERIFY(QDir().mkpath(m_config.filePath(kApp)));
+        QFile file(storeFile(kApp));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(feeds) == feeds.size());
+        file.close();
+        const FeedOptions options = loadFeedOptions(FileSettingsStore(), kApp);
+        QCOMPARE(options.oscTargets.size(), 2);
+        QCOMPARE(options.oscTargets[1].host + ':' + QString::number(options.oscTargets[1].port),
+                 "10.0.0.5:8000");
+        QCOMPARE(options.mqttHost + ':' + QString::number(options.mqttPort), "broker:1884");
+        QCOMPARE(options.mqttPassword, "pa,ss");
+        QCOMPARE(options.mqttUser, "stage, left");
+        FileSettingsStore().save(kApp, "MSComm", "Baudrate", "9600");
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray after = file.readAll();
+        QVERIFY2(after.contains(feeds.mid(8)), after.constData());
     }
 
     void everySavedRecordLoadsBackAsItsSettingsWrite()
