@@ -2,7 +2,8 @@
 // baud: zunoria-sim on a pseudo-terminal, the real line, work loop, main and
 // detail windows (offscreen). Prints the process's CPU use, the points read
 // and the pictures put on screen per second, and how far the picture on
-// screen ever fell behind the line.
+// screen ever fell behind the line. "--reference N" first imports a scan
+// file of N points as the reference trace.
 #include "benchprocess.h"
 
 #include "core/context.h"
@@ -15,11 +16,14 @@
 #include "platform/portmap.h"
 #include "rftools/rftools.h"
 #include "rftools/scanplot.h"
+#include "rftools/scantab.h"
 #include "session/session.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -76,7 +80,18 @@ int main(int argc, char *argv[])
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     const int seconds = app.arguments().contains(QStringLiteral("--quick")) ? 3 : 10;
+    const qsizetype referenceAt = app.arguments().indexOf(QStringLiteral("--reference"));
+    const int referencePoints = referenceAt > 0 ? app.arguments().value(referenceAt + 1).toInt() : 0;
     QTemporaryDir scratch;
+    const QString referenceFile = scratch.filePath(QStringLiteral("reference.csv"));
+    if (referencePoints > 0) {
+        QFile file(referenceFile);
+        if (!file.open(QIODevice::WriteOnly))
+            return 1;
+        for (int i = 0; i < referencePoints; ++i) // across the simulated receiver's 800..900 MHz
+            file.write(QByteArray::number(800.0 + 100.0 * i / referencePoints, 'f', 4) +
+                       (i % 2 ? ",-60\n" : ",-95\n"));
+    }
     zunbench::SimOptions simOptions;
     simOptions.count = 1;
     zunbench::SimProcess sim(QCoreApplication::applicationDirPath() + QStringLiteral("/../src"), simOptions,
@@ -128,6 +143,12 @@ int main(int argc, char *argv[])
         main->panel(0)->moreButton()->click();
         auto *detail = static_cast<zun::FrmMore *>(main->detailWindow());
         detail->tabs()->setCurrentIndex(1);
+        if (referencePoints > 0) {
+            dialogs.queueFileName(referenceFile);
+            dynamic_cast<zun::RfTools &>(detail->tools()).spectrumTab()->importButton()->click();
+            if (!dialogs.messages().isEmpty())
+                std::fprintf(stderr, "bench_sweep: %s\n", qPrintable(dialogs.messages().last()));
+        }
         detail->findChild<QAbstractButton *>(QStringLiteral("optCont"))->click();
         detail->findChild<QAbstractButton *>(QStringLiteral("SP_Run"))->click();
         auto *plot = detail->findChild<zun::SpectrumPlot *>();

@@ -78,10 +78,13 @@ QVariant BusHealthModel::headerData(int section, Qt::Orientation orientation, in
 
 QString BusHealthModel::lineSummary() const
 {
-    return QStringLiteral("Line utilisation %1 % · %2 passes/s · %3 baud")
-        .arg(m_stats.utilisation() * 100.0, 0, 'f', 1)
-        .arg(m_stats.passesPerSecond(), 0, 'f', 1)
-        .arg(m_stats.baudRate());
+    QString summary = QStringLiteral("Line utilisation %1 % · %2 passes/s · %3 baud")
+                          .arg(m_stats.utilisation() * 100.0, 0, 'f', 1)
+                          .arg(m_stats.passesPerSecond(), 0, 'f', 1)
+                          .arg(m_stats.baudRate());
+    if (const quint64 noise = m_stats.lineNoise())
+        summary += QStringLiteral(" · line noise: %1 characters discarded").arg(noise);
+    return summary;
 }
 
 void BusHealthModel::onExchanged(const ExchangeRecord &record)

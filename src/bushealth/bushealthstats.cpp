@@ -8,6 +8,7 @@ namespace zun {
 void BusHealthStats::add(const ExchangeRecord &record)
 {
     m_busyMicros += record.roundTripMicros;
+    m_lineNoiseSeen = std::max(m_lineNoiseSeen, record.lineNoise);
     m_firstStart = m_firstStart < 0 ? record.startMicros : std::min(m_firstStart, record.startMicros);
     m_lastEnd = std::max(m_lastEnd, record.startMicros + record.roundTripMicros);
     if (record.result == ExchangeRecord::Result::Broadcast)
@@ -56,6 +57,7 @@ void BusHealthStats::reset()
     m_busyMicros = 0;
     m_firstStart = m_lastEnd = -1;
     m_passes = 0;
+    m_lineNoiseBase = m_lineNoiseSeen;
 }
 
 QList<int> BusHealthStats::addresses() const

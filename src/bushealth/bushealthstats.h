@@ -59,6 +59,8 @@ public:
     double utilisation() const;     // busy time on the wire / elapsed, 0..1
     double passesPerSecond() const; // over the same elapsed time
     bool suspectDuplicate(int address) const;
+    // Characters the line dropped since the last reset: more than any reply needs.
+    quint64 lineNoise() const { return m_lineNoiseSeen - m_lineNoiseBase; }
 
 private:
     double percentileMs(int address, double fraction) const;
@@ -67,6 +69,8 @@ private:
     QHash<int, AddressHealth> m_addresses;
     QHash<quint64, int> m_shortestReply; // by command letter and length
     qint64 m_busyMicros = 0;
+    quint64 m_lineNoiseSeen = 0;
+    quint64 m_lineNoiseBase = 0;
     qint64 m_firstStart = -1;
     qint64 m_lastEnd = -1;
     int m_passes = 0;

@@ -8,9 +8,13 @@
 #include <QHttpServerResponder>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QPointer>
 #include <QRandomGenerator>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QUrlQuery>
+
+#include <unistd.h>
 
 #include <algorithm>
 
@@ -23,7 +27,60 @@ QByteArray resource(const QString &name)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+// The value of header name in a request head, empty when it is absent.
+QByteArray headerValue(const QByteArray &head, const QByteArray &name)
+{
+    const QList<QByteArray> lines = head.split('\n');
+    for (qsizetype i = 1; i < lines.size(); ++i) {
+        const QByteArray &line = lines.at(i);
+        const qsizetype colon = line.indexOf(':');
+        if (colon > 0 && line.left(colon).trimmed().compare(name, Qt::CaseInsensitive) == 0)
+            return line.mid(colon + 1).trimmed();
+    }
+    return {};
+}
+
 } // namespace
+
+// Takes each connection before the HTTP server sees it, so that limits hold
+// from its first byte.
+class DashboardGate : public QTcpServer
+{
+public:
+    explicit DashboardGate(DashboardServer &owner) : QTcpServer(&owner), m_owner(owner)
+    {
+        // Out of descriptors, accepting pauses; try again once some are free
+        // instead of leaving the dashboard deaf.
+        connect(this, &QTcpServer::acceptError, this, [this] {
+            pauseAccepting();
+            QTimer::singleShot(1000, this, [this] { resumeAccepting(); });
+        });
+    }
+
+protected:
+    void incomingConnection(qintptr descriptor) override
+    {
+        auto *socket = new QTcpSocket(this);
+        if (!socket->setSocketDescriptor(descriptor)) {
+            ::close(static_cast<int>(descriptor));
+            delete socket;
+            return;
+        }
+        if (m_owner.admit(socket))
+            addPendingConnection(socket);
+    }
+
+private:
+    DashboardServer &m_owner;
+};
+
+struct DashboardServer::Head
+{
+    QObject *watcher = nullptr; // a child of the socket
+    QByteArray bytes;
+    bool lineChecked = false;
+    QTimer timer;
+};
 
 DashboardServer::DashboardServer(const QString &token, qint64 maxQueuedBytes, QObject *parent)
     : QAbstractHttpServer(parent), m_token(token), m_maxQueuedBytes(maxQueuedBytes)
@@ -35,6 +92,9 @@ DashboardServer::DashboardServer(const QString &token, qint64 maxQueuedBytes, QO
 
 DashboardServer::~DashboardServer()
 {
+    // The sockets go with the QObject base, after the counts they update.
+    for (QObject *child : findChildren<QObject *>())
+        disconnect(child, nullptr, this, nullptr);
     qDeleteAll(m_clients);
 }
 
@@ -47,15 +107,146 @@ QString DashboardServer::randomToken()
 
 bool DashboardServer::start(quint16 port, bool allowNetwork)
 {
-    m_listenAddress = allowNetwork ? QHostAddress(QHostAddress::Any) : QHostAddress(QHostAddress::LocalHost);
-    m_port = listen(m_listenAddress, port);
-    if (m_port == 0) {
-        m_error = QStringLiteral("Web: cannot listen on port %1").arg(port);
-        for (QTcpServer *server : servers())
-            m_error += QStringLiteral(": ") + server->errorString();
+    // A short token can be guessed over the network in a night.
+    if (m_token.size() < kMinTokenLength) {
+        m_error = QStringLiteral("Web: the token must have at least %1 characters").arg(kMinTokenLength);
         return false;
     }
+    m_listenAddress = allowNetwork ? QHostAddress(QHostAddress::Any) : QHostAddress(QHostAddress::LocalHost);
+    auto *gate = new DashboardGate(*this);
+    if (!gate->listen(m_listenAddress, port)) {
+        m_error = QStringLiteral("Web: cannot listen on port %1: %2").arg(port).arg(gate->errorString());
+        delete gate;
+        return false;
+    }
+    bind(gate);
+    m_port = gate->serverPort();
     return true;
+}
+
+bool DashboardServer::admit(QTcpSocket *socket)
+{
+    const QHostAddress peer = socket->peerAddress();
+    if (m_connections >= kMaxConnections || m_perAddress.value(peer) >= kMaxConnectionsPerAddress) {
+        // Never handed on: it is answered and gone.
+        connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        socket->write("HTTP/1.1 503 Service Unavailable\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+        socket->disconnectFromHost();
+        return false;
+    }
+    ++m_connections;
+    ++m_perAddress[peer];
+    // Counted down when the socket goes, by a child of its own: the HTTP
+    // server cuts the socket's own connections when it hands it to WebSocket.
+    auto *watcher = new QObject(socket);
+    connect(watcher, &QObject::destroyed, this, [this, peer, socket] {
+        m_heads.remove(socket);
+        --m_connections;
+        if (--m_perAddress[peer] <= 0)
+            m_perAddress.remove(peer);
+    });
+    auto head = std::make_shared<Head>();
+    head->watcher = watcher;
+    head->timer.setSingleShot(true);
+    QPointer<QTcpSocket> guarded(socket);
+    connect(&head->timer, &QTimer::timeout, this, [guarded] {
+        if (guarded)
+            guarded->abort();
+    });
+    head->timer.start(kRequestTimeoutMs);
+    m_heads.insert(socket, head);
+    // Connected before the HTTP server's own reader, so it sees each byte
+    // first; through the watcher, so that it can be cut without the other.
+    connect(socket, &QTcpSocket::readyRead, watcher, [this, socket] { inspect(socket); });
+    return true;
+}
+
+void DashboardServer::forget(QTcpSocket *socket)
+{
+    if (const auto head = m_heads.take(socket))
+        disconnect(socket, &QTcpSocket::readyRead, head->watcher, nullptr);
+}
+
+void DashboardServer::refuse(QTcpSocket *socket, const QByteArray &status)
+{
+    forget(socket);
+    socket->read(socket->bytesAvailable()); // nothing more reaches the HTTP server
+    socket->write("HTTP/1.1 " + status + "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    socket->disconnectFromHost();
+}
+
+void DashboardServer::inspect(QTcpSocket *socket)
+{
+    const auto found = m_heads.constFind(socket);
+    if (found == m_heads.cend())
+        return;
+    const std::shared_ptr<Head> head = *found;
+    head->bytes += socket->peek(socket->bytesAvailable());
+    for (;;) {
+        const qsizetype lineEnd = head->bytes.indexOf('\n');
+        if (!head->lineChecked && lineEnd >= 0) {
+            // The token first: a stranger gets no further than the request line.
+            const QList<QByteArray> parts = head->bytes.left(lineEnd).trimmed().split(' ');
+            if (parts.size() != 3 || !tokenMatches(QUrl(QString::fromLatin1(parts.at(1))))) {
+                refuse(socket, "403 Forbidden");
+                return;
+            }
+            head->lineChecked = true;
+        }
+        qsizetype end = head->bytes.indexOf("\r\n\r\n");
+        const qsizetype bareEnd = head->bytes.indexOf("\n\n");
+        if (end < 0 || (bareEnd >= 0 && bareEnd < end))
+            end = bareEnd < 0 ? -1 : bareEnd + 2;
+        else
+            end += 4;
+        if (end < 0 || end > kMaxHeadBytes) {
+            if (head->bytes.size() > kMaxHeadBytes || end > kMaxHeadBytes)
+                refuse(socket, "431 Request Header Fields Too Large");
+            return;
+        }
+        const QByteArray whole = head->bytes.left(end);
+        const QByteArray length = headerValue(whole, "content-length");
+        if ((!length.isEmpty() && length != "0") || !headerValue(whole, "transfer-encoding").isEmpty()) {
+            refuse(socket, "413 Content Too Large"); // the dashboard takes no uploads
+            return;
+        }
+        if (headerValue(whole, "upgrade").compare("websocket", Qt::CaseInsensitive) == 0) {
+            if (!upgradeAllowed(whole, socket)) {
+                refuse(socket, "403 Forbidden");
+                return;
+            }
+            forget(socket); // from here on the bytes are WebSocket frames
+            return;
+        }
+        // A whole request: the next one on this connection has its own ten seconds.
+        head->bytes.remove(0, end);
+        head->lineChecked = false;
+        head->timer.start(kRequestTimeoutMs);
+        if (head->bytes.isEmpty())
+            return;
+    }
+}
+
+bool DashboardServer::upgradeAllowed(const QByteArray &head, QTcpSocket *socket) const
+{
+    // A page elsewhere must not reach the feed through the user's browser, nor
+    // a name that only resolves here by a trick of DNS.
+    const QString host = QString::fromLatin1(headerValue(head, "host")).toLower();
+    const QString origin = QString::fromLatin1(headerValue(head, "origin")).toLower();
+    QStringList names{QStringLiteral("127.0.0.1"), QStringLiteral("localhost"), QStringLiteral("[::1]")};
+    if (m_listenAddress != QHostAddress(QHostAddress::LocalHost)) {
+        names << QHostInfo::localHostName().toLower();
+        const QHostAddress local = socket->localAddress();
+        bool isV4 = false;
+        const QHostAddress v4(local.toIPv4Address(&isV4));
+        names << (isV4 ? v4.toString() : QLatin1Char('[') + local.toString() + QLatin1Char(']'));
+    }
+    for (const QString &name : names) {
+        const QString address = name + QLatin1Char(':') + QString::number(m_port);
+        if (host == address && origin == QStringLiteral("http://") + address)
+            return true;
+    }
+    return false;
 }
 
 QString DashboardServer::url() const
@@ -87,10 +278,19 @@ bool DashboardServer::handleRequest(const QHttpServerRequest &request, QTcpSocke
     // true without answering; false sends it to missingHandler instead.
     if (request.value("upgrade").compare("websocket", Qt::CaseInsensitive) == 0)
         return path == QLatin1String("/ws") && tokenMatches(request.url());
-    if (!tokenMatches(request.url()) || request.method() != QHttpServerRequest::Method::Get ||
+    const bool head = request.method() == QHttpServerRequest::Method::Head;
+    if (!tokenMatches(request.url()) || (request.method() != QHttpServerRequest::Method::Get && !head) ||
         (path != QLatin1String("/") && !path.isEmpty()))
         return false;
-    makeResponder(request, socket).write(page(), "text/html; charset=utf-8");
+    if (!head) {
+        makeResponder(request, socket).write(page(), "text/html; charset=utf-8");
+        return true;
+    }
+    QHttpServerResponder responder = makeResponder(request, socket);
+    responder.writeStatusLine();
+    responder.writeHeaders({{"Content-Type", "text/html; charset=utf-8"},
+                            {"Content-Length", QByteArray::number(page().size())}});
+    responder.writeBody("", 0); // ends the headers; a HEAD answer has no body
     return true;
 }
 

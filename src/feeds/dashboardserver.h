@@ -18,12 +18,19 @@ namespace zun {
 // WebSocket that carries every receiver's state as JSON, changes coalesced
 // every 100 ms. Every request needs ?token=…; anything else gets an empty
 // 403. A client that stops reading is dropped once its queue passes
-// maxQueuedBytes, so a stuck phone never holds memory or time.
+// maxQueuedBytes, so a stuck phone never holds memory or time. Whatever a
+// client sends, it holds no more than a request head, a slot among the
+// connections and ten seconds of the server's time before it is answered.
 class DashboardServer : public QAbstractHttpServer
 {
     Q_OBJECT
 public:
     static constexpr int kFlushIntervalMs = 100;
+    static constexpr qsizetype kMaxHeadBytes = 16 * 1024; // request line and headers
+    static constexpr int kMaxConnectionsPerAddress = 64;
+    static constexpr int kMaxConnections = 256;
+    static constexpr int kRequestTimeoutMs = 10000;
+    static constexpr qsizetype kMinTokenLength = 16;
 
     DashboardServer(const QString &token, qint64 maxQueuedBytes = 1 << 20, QObject *parent = nullptr);
     ~DashboardServer() override;
@@ -36,6 +43,7 @@ public:
     QString errorText() const { return m_error; }
     int clientCount() const { return static_cast<int>(m_clients.size()); }
     int droppedClients() const { return m_dropped; }
+    int connectionCount() const { return m_connections; }
 
     static QString randomToken();
 
@@ -54,6 +62,13 @@ protected:
     void missingHandler(const QHttpServerRequest &request, QTcpSocket *socket) override;
 
 private:
+    friend class DashboardGate;
+    struct Head;                    // what has come of a connection's current request head
+    bool admit(QTcpSocket *socket); // false: refused and on its way out
+    void inspect(QTcpSocket *socket);
+    void refuse(QTcpSocket *socket, const QByteArray &status);
+    void forget(QTcpSocket *socket);
+    bool upgradeAllowed(const QByteArray &head, QTcpSocket *socket) const;
     void store(const ReceiverStatus &status);
     void acceptWebSocket();
     bool tokenMatches(const QUrl &url) const;
@@ -72,6 +87,9 @@ private:
     QList<QWebSocket *> m_clients;
     QTimer m_flushTimer;
     int m_dropped = 0;
+    int m_connections = 0;
+    QHash<QHostAddress, int> m_perAddress;
+    QHash<QTcpSocket *, std::shared_ptr<Head>> m_heads;
 };
 
 } // namespace zun

@@ -70,11 +70,20 @@ FeedOptions loadFeedOptions(const SettingsStore &store, const QString &app)
         if (const auto target = parseOscTarget(item))
             options.oscTargets.append(*target);
     }
+    // "host:port" as the command line takes it; MqttPort serves a bare host.
     QString host, port;
-    if (splitHostPort(get("MqttHost"), &host, &port) && port.isEmpty())
-        options.mqttHost = host;
-    if (const auto p = parsePort(get("MqttPort")))
+    if (splitHostPort(get("MqttHost"), &host, &port)) {
+        const auto fromHost = parsePort(port);
+        const auto fromKey = parsePort(get("MqttPort"));
+        if (port.isEmpty() || fromHost)
+            options.mqttHost = host;
+        if (fromHost)
+            options.mqttPort = *fromHost;
+        else if (fromKey && port.isEmpty())
+            options.mqttPort = *fromKey;
+    } else if (const auto p = parsePort(get("MqttPort"))) {
         options.mqttPort = *p;
+    }
     options.mqttUser = get("MqttUser");
     options.mqttPassword = store.get(app, kFeedSection, QStringLiteral("MqttPassword"));
     options.mqttCaFile = get("MqttCaFile");

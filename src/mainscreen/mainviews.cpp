@@ -5,6 +5,7 @@
 #include "mainscreen/frmmain.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
+#include "platform/regularfile.h"
 #include "receivers/settingsfile.h"
 
 #include <QFile>
@@ -153,10 +154,10 @@ void FrmMain::offerSettingsFile(const QString &path)
 
 void FrmMain::loadSettingsFile(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    QFile file;
+    if (const QString error = openRegularFile(file, path); !error.isEmpty()) {
         m_ctx.platform.dialogs.message(
-            QStringLiteral("The file %1 could not be opened: %2").arg(path, file.errorString()));
+            QStringLiteral("The file %1 could not be opened: %2").arg(path, error));
         return;
     }
     if (file.size() > kLargestSettingsFile) {

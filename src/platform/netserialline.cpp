@@ -182,11 +182,11 @@ void NetSerialLine::absorb(const QByteArray &bytes)
     if (bytes.isEmpty())
         return;
     if (!m_telnet) {
-        m_input += bytes;
+        m_input.append(bytes);
         return;
     }
     const auto result = m_session.receive(bytes);
-    m_input += result.data;
+    m_input.append(result.data);
     if (!result.reply.isEmpty())
         send(result.reply);
 }
@@ -223,7 +223,7 @@ int NetSerialLine::bytesWaiting()
 QByteArray NetSerialLine::readAll()
 {
     pull();
-    return std::exchange(m_input, {});
+    return m_input.take();
 }
 
 void NetSerialLine::discardInput()

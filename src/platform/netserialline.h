@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/lineinput.h"
 #include "platform/linesettings.h"
 #include "platform/netaddress.h"
 #include "platform/rfc2217session.h"
@@ -42,6 +43,7 @@ public:
     void discardInput() override;
     void discardOutput() override {}
     void waitForInput(int millis) override;
+    std::uint64_t discardedInput() const override { return m_input.discarded(); }
     QString takeNotice() override;
 
 private:
@@ -62,7 +64,7 @@ private:
     std::optional<NetAddress> m_address; // of the open connection
     Rfc2217Session m_session;
     LineSettings m_settings;
-    QByteArray m_input;
+    LineInput m_input;
     QString m_notice;
     QString m_refusedBy; // warned once per server
     int m_portNumber = 1;

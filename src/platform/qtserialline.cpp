@@ -65,6 +65,9 @@ QtSerialLine::QtSerialLine(const PortMap &ports) : m_ports(ports)
 {
     QObject::connect(&m_port, &QSerialPort::errorOccurred, &m_port,
                      [this](QSerialPort::SerialPortError error) { onError(error); });
+    // Qt reads into a buffer of its own whenever events run, waited for or
+    // not; bounded, the rest stays with the driver, which bounds it too.
+    m_port.setReadBufferSize(kLongestReply);
 }
 
 QtSerialLine::~QtSerialLine()
@@ -235,7 +238,7 @@ QByteArray QtSerialLine::readAll()
     if (!m_port.isOpen())
         return {};
     pullInput();
-    return std::exchange(m_input, {});
+    return m_input.take();
 }
 
 void QtSerialLine::discardInput()
@@ -297,7 +300,7 @@ void QtSerialLine::pullInput()
     if (!m_port.isOpen() || m_lost)
         return;
     if (m_port.bytesAvailable() > 0)
-        m_input += m_port.readAll();
+        m_input.append(m_port.readAll());
     const int fd = static_cast<int>(m_port.handle());
     char chunk[256];
     // Bounded, so that a line that never falls silent cannot hold us here.

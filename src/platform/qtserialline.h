@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/lineinput.h"
 #include "platform/linesettings.h"
 #include "platform/serialline.h"
 
@@ -36,6 +37,7 @@ public:
     void discardInput() override;
     void discardOutput() override;
     void waitForInput(int millis) override;
+    std::uint64_t discardedInput() const override { return m_input.discarded(); }
     void expectInput(int bytes) override
     {
         m_expected = bytes;
@@ -58,7 +60,7 @@ private:
     bool m_lost = false; // the device went away; close at the next safe point
     // Input read straight from the device, after whatever Qt's own notifier
     // had already buffered.
-    QByteArray m_input;
+    LineInput m_input;
     int m_expected = 0;
     // Early enough that a sleep's timer slack never makes the reply wait.
     static constexpr qint64 kWakeMarginMicros = 150;

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstdint>
+
 namespace zun {
 
 // The serial line as the program uses it: one port at a time, chosen by its
@@ -43,6 +45,10 @@ public:
     // sleep until they are all there instead of waking for each one; waits
     // still end at their time limit with whatever came.
     virtual void expectInput(int bytes) { (void)bytes; }
+
+    // Characters dropped since the line was made because more came than
+    // the longest reply needs: line noise, or a device that never stops.
+    virtual std::uint64_t discardedInput() const { return 0; }
 
     // A warning the user should see once, such as a serial server that
     // cannot set the far port's speed; empty when there is none. Taking it

@@ -62,6 +62,7 @@ bool ReceiverBus::send(const QString &frame, int replyLength, int timeoutMillis,
     record.roundTripMicros = static_cast<qint64>(m_clock.nowMicros() - start);
     record.commandChars = static_cast<int>(frame.size());
     record.replyChars = static_cast<int>(reply.size());
+    record.lineNoise = m_line.discardedInput();
     emit exchanged(record);
     return ok;
 }

@@ -43,6 +43,7 @@ struct ExchangeRecord
     qint64 roundTripMicros = 0; // from the first write to the end of the exchange
     int commandChars = 0;       // characters written per attempt, carriage return included
     int replyChars = 0;         // characters read on the last attempt
+    quint64 lineNoise = 0;      // characters the line has dropped so far, in all
 };
 
 } // namespace zun

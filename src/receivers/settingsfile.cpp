@@ -6,6 +6,8 @@
 #include <QRegularExpression>
 #include <QSaveFile>
 
+#include <algorithm>
+
 namespace zun {
 
 namespace {
@@ -79,6 +81,30 @@ std::optional<int> integerIn(const Field &field, int low, int high)
     return value;
 }
 
+bool hasControlCharacter(const QByteArray &raw)
+{
+    // Latin-1's C1 range counts too: no receiver text holds one.
+    return std::any_of(raw.cbegin(), raw.cend(), [](char c) {
+        const auto u = static_cast<unsigned char>(c);
+        return u < 0x20 || (u >= 0x7F && u < 0xA0);
+    });
+}
+
+// The characters the detail window lets a user type into a name.
+bool isNameText(const QString &name)
+{
+    return std::all_of(name.cbegin(), name.cend(), [](QChar c) {
+        const ushort u = c.unicode();
+        return u == ' ' || (u >= 42 && u <= 57) || (u >= 'A' && u <= 'Z');
+    });
+}
+
+bool isFrequencyCode(const QString &code)
+{
+    static const QRegularExpression pattern(QStringLiteral("^[0-9A-F]{4}$"));
+    return pattern.match(code).hasMatch();
+}
+
 QString lineError(int lineNumber, const QString &what)
 {
     return QStringLiteral("Line %1 of the settings file %2.").arg(lineNumber).arg(what);
@@ -117,6 +143,12 @@ SettingsParse parseSettings(const QByteArray &text)
             raw.chop(1);
         if (raw.trimmed().isEmpty())
             continue;
+        // A line break or escape inside a field would reach the receiver as part
+        // of the settings write and could start a command of its own.
+        if (hasControlCharacter(raw)) {
+            result.error = lineError(number, QStringLiteral("has a control character"));
+            return result;
+        }
         const auto fields = splitFields(QString::fromLatin1(raw));
         if (!fields) {
             result.error = lineError(number, QStringLiteral("has a quote that is not closed"));
@@ -142,12 +174,16 @@ SettingsParse parseSettings(const QByteArray &text)
             bad = QStringLiteral("an address that is not a number from 1 to 64");
         else if (!f[1].quoted)
             bad = QStringLiteral("a name that is not in quotes");
+        else if (!isNameText(f[1].text))
+            bad = QStringLiteral("a name with characters other than 0-9, A-Z, blank or +-*/,.");
         else if (!group)
             bad = QStringLiteral("a group that is not a number from 0 to 15");
         else if (!channel)
             bad = QStringLiteral("a channel that is not a number from 1 to 16");
         else if (!f[4].quoted || !f[5].quoted)
             bad = QStringLiteral("a frequency that is not in quotes");
+        else if (!isFrequencyCode(f[4].text) || !isFrequencyCode(f[5].text))
+            bad = QStringLiteral("a frequency code that is not 4 hexadecimal digits 0-9, A-F");
         else if (!squelch)
             bad = QStringLiteral("a squelch that is not a number from 0 to 255");
         else if (!second)

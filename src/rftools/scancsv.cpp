@@ -10,6 +10,9 @@ namespace {
 const QString kHeader = QStringLiteral("Frequency (MHz);Level (dBm)");
 // Half the last printed digit, so a band end written with three decimals still fits.
 constexpr double kBandSlack = 0.0005;
+// Far beyond what a receiver measures either way, yet any real scan fits.
+constexpr double kLowestDbm = -150.0;
+constexpr double kHighestDbm = 30.0;
 
 // Only the decimal separator follows the locale; digits and sign stay ASCII
 // so that the file reads back anywhere.
@@ -32,6 +35,13 @@ bool readNumber(QString field, bool decimalComma, double &value)
 QString lineError(int line, const QString &what)
 {
     return QStringLiteral("Line %1: %2").arg(line).arg(what);
+}
+
+// A message quotes no more of a line than a reader can take in.
+QString excerpt(QStringView line)
+{
+    constexpr qsizetype kShown = 80;
+    return line.size() <= kShown ? line.toString() : line.left(kShown).toString() + QStringLiteral("...");
 }
 } // namespace
 
@@ -57,43 +67,58 @@ QString formatScanCsv(const std::vector<ScanPoint> &points, CsvVariant variant, 
 ScanCsvResult parseScanCsv(const QString &text, double bandLowMHz, double bandHighMHz)
 {
     ScanCsvResult result;
-    const QStringList lines = text.split(QLatin1Char('\n'));
+    const auto fail = [&](int lineNumber, const QString &what) {
+        result.errorLine = lineNumber;
+        result.error = lineError(lineNumber, what);
+    };
     bool first = true;
-    for (int i = 0; i < lines.size(); ++i) {
-        const QString line = lines.at(i).trimmed();
+    int lineNumber = 0;
+    for (qsizetype start = 0; start <= text.size() && result.ok();) {
+        qsizetype end = text.indexOf(QLatin1Char('\n'), start);
+        if (end < 0)
+            end = text.size();
+        const QStringView line = QStringView(text).mid(start, end - start).trimmed();
+        start = end + 1;
+        ++lineNumber;
         if (line.isEmpty())
             continue;
-        const int lineNumber = i + 1;
+        // No point line is anywhere near this long; one that is, is not a scan,
+        // and nothing more of it is looked at.
+        if (line.size() > kLongestScanLine) {
+            fail(lineNumber,
+                 QStringLiteral("the line is too long for a scan point: \"%1\"").arg(excerpt(line)));
+            break;
+        }
         const bool wasFirst = first;
         first = false;
         if (wasFirst && line.compare(kHeader, Qt::CaseInsensitive) == 0)
             continue;
 
         const bool semicolons = line.contains(QLatin1Char(';'));
-        const QStringList fields = line.split(semicolons ? QLatin1Char(';') : QLatin1Char(','));
+        const QList<QStringView> fields = line.split(semicolons ? QLatin1Char(';') : QLatin1Char(','));
         if (fields.size() != 2) {
-            result.errorLine = lineNumber;
-            result.error =
-                lineError(lineNumber, QStringLiteral("expected 2 columns (frequency in MHz, level in "
-                                                     "dBm), found %1.")
-                                          .arg(fields.size()));
+            fail(lineNumber, QStringLiteral("expected 2 columns (frequency in MHz, level in dBm), found %1.")
+                                 .arg(fields.size()));
             break;
         }
         ScanPoint point;
-        bool numbers = readNumber(fields.at(0), semicolons, point.frequencyMHz) &&
-                       readNumber(fields.at(1), semicolons, point.levelDbm);
+        bool numbers = readNumber(fields.at(0).toString(), semicolons, point.frequencyMHz) &&
+                       readNumber(fields.at(1).toString(), semicolons, point.levelDbm);
         if (!numbers) {
-            result.errorLine = lineNumber;
-            result.error =
-                lineError(lineNumber, QStringLiteral("\"%1\" is not a frequency and a level.").arg(line));
+            fail(lineNumber, QStringLiteral("\"%1\" is not a frequency and a level.").arg(excerpt(line)));
             break;
         }
         if (point.frequencyMHz < bandLowMHz - kBandSlack || point.frequencyMHz > bandHighMHz + kBandSlack) {
-            result.errorLine = lineNumber;
-            result.error = lineError(lineNumber, QStringLiteral("%1 MHz is outside the band %2 - %3 MHz.")
-                                                     .arg(QString::number(point.frequencyMHz, 'f', 3),
-                                                          QString::number(bandLowMHz, 'f', 3),
-                                                          QString::number(bandHighMHz, 'f', 3)));
+            fail(lineNumber,
+                 QStringLiteral("%1 MHz is outside the band %2 - %3 MHz.")
+                     .arg(QString::number(point.frequencyMHz, 'f', 3), QString::number(bandLowMHz, 'f', 3),
+                          QString::number(bandHighMHz, 'f', 3)));
+            break;
+        }
+        if (point.levelDbm < kLowestDbm || point.levelDbm > kHighestDbm) {
+            fail(lineNumber, QStringLiteral("%1 dBm is not a level a receiver can measure (%2 to +%3 dBm).")
+                                 .arg(excerpt(fields.at(1).trimmed()), QString::number(kLowestDbm),
+                                      QString::number(kHighestDbm)));
             break;
         }
         result.points.push_back(point);

@@ -30,8 +30,12 @@ struct ScanCsvResult
     bool ok() const { return error.isEmpty(); }
 };
 
+// The longest line a scan file may have; a point line needs fewer than 40.
+inline constexpr qsizetype kLongestScanLine = 200;
+
 // Reads either variant back. Every point must lie in the band (MHz, both ends
-// included); the first line that does not parse stops the reading and is named.
+// included) and between -150 and +30 dBm; the first line that does not parse
+// stops the reading and is named, with at most 80 of its characters.
 ScanCsvResult parseScanCsv(const QString &text, double bandLowMHz, double bandHighMHz);
 
 } // namespace zun

@@ -2,6 +2,7 @@
 
 #include "core/context.h"
 #include "core/rftoolspanel.h"
+#include "platform/regularfile.h"
 #include "rftools/scanplot.h"
 #include "rftools/scanstate.h"
 #include "rftools/scantab.h"
@@ -94,10 +95,9 @@ void ScanFiles::importReference()
     const QString file = m_ctx.platform.dialogs.openFileName(kCsvFilter);
     if (file.isEmpty())
         return;
-    QFile in(file);
-    if (!in.open(QIODevice::ReadOnly)) {
-        m_ctx.platform.dialogs.message(
-            QStringLiteral("%1 could not be read: %2").arg(file, in.errorString()));
+    QFile in;
+    if (const QString error = openRegularFile(in, file); !error.isEmpty()) {
+        m_ctx.platform.dialogs.message(QStringLiteral("%1 could not be read: %2").arg(file, error));
         return;
     }
     if (in.size() > kLargestImport) {
@@ -105,7 +105,7 @@ void ScanFiles::importReference()
         return;
     }
     const ScanCsvResult result =
-        parseScanCsv(QString::fromUtf8(in.readAll()), m_host.bandStart(), bandStop());
+        parseScanCsv(QString::fromUtf8(in.read(kLargestImport)), m_host.bandStart(), bandStop());
     if (!result.ok()) {
         m_ctx.platform.dialogs.message(QStringLiteral("%1 was not imported.\n%2").arg(file, result.error));
         return;
@@ -118,6 +118,7 @@ void ScanFiles::importReference()
     std::sort(reference.begin(), reference.end(),
               [](const QPointF &a, const QPointF &b) { return a.x() < b.x(); });
     m_state.reference = std::move(reference);
+    m_tab.plot()->referenceChanged();
     redraw();
 }
 

@@ -100,18 +100,54 @@ void SpectrumPlot::drawReference(double xScale)
 {
     if (!m_reference || m_reference->empty())
         return;
-    const PlotGeometry g = plotGeometry();
-    m_runPoints.clear();
-    for (const QPointF &p : *m_reference) {
-        const int level = std::clamp(static_cast<int>(std::lround(p.y())), 0, 99);
-        m_runPoints.push_back(toDevice(static_cast<int>(std::floor(p.x() * xScale)), g.levelY(level)));
+    const ReferenceKey key{m_reference->data(), m_reference->size(), xScale, m_shown.size()};
+    if (!(key == m_referenceKey)) {
+        // A reference may hold far more points than the picture has columns;
+        // drawing each on every sweep step would stall the sweep. Within a
+        // column, its first, lowest, highest and last point set the same pixels.
+        m_referenceKey = key;
+        m_referencePoints.clear();
+        const PlotGeometry g = plotGeometry();
+        const auto at = [&](const QPointF &p) {
+            const int level = std::clamp(static_cast<int>(std::lround(p.y())), 0, 99);
+            return toDevice(static_cast<int>(std::floor(p.x() * xScale)), g.levelY(level));
+        };
+        const auto add = [this](QPoint p) {
+            if (m_referencePoints.empty() || m_referencePoints.back() != p)
+                m_referencePoints.push_back(p);
+        };
+        const ReferenceTrace &reference = *m_reference;
+        for (std::size_t i = 0; i < reference.size();) {
+            const QPoint first = at(reference[i]);
+            QPoint low = first;
+            QPoint high = first;
+            QPoint last = first;
+            bool lowFirst = true;
+            for (++i; i < reference.size(); ++i) {
+                const QPoint p = at(reference[i]);
+                if (p.x() != first.x())
+                    break;
+                if (p.y() < low.y()) {
+                    low = p;
+                    lowFirst = false;
+                }
+                if (p.y() > high.y()) {
+                    high = p;
+                    lowFirst = true;
+                }
+                last = p;
+            }
+            add(first);
+            add(lowFirst ? low : high);
+            add(lowFirst ? high : low);
+            add(last);
+        }
     }
-    rasterPolyline(m_shown, m_runPoints.data(), static_cast<int>(m_runPoints.size()),
-                   traceColors::kReference.rgb());
+    const QRgb color = traceColors::kReference.rgb();
+    rasterPolyline(m_shown, m_referencePoints.data(), static_cast<int>(m_referencePoints.size()), color);
     // A single point would set no pixel as a polyline.
-    if (m_runPoints.size() == 1)
-        rasterLine(m_shown, m_runPoints.front(), m_runPoints.front() + QPoint(1, 0),
-                   traceColors::kReference.rgb());
+    if (m_referencePoints.size() == 1)
+        rasterLine(m_shown, m_referencePoints.front(), m_referencePoints.front() + QPoint(1, 0), color);
 }
 
 void SpectrumPlot::drawHolds(int last, double xScale)

@@ -37,6 +37,10 @@ public:
     // The reference goes under the live trace, the hold traces over it. The
     // owner keeps both alive as long as the plot.
     void setComparisonTraces(const HoldTraces *holds, const ReferenceTrace *reference);
+    // The reference's points were replaced; it is reduced again when drawn.
+    void referenceChanged() { m_referenceKey = {}; }
+    // Corners of the reference as last drawn: at most four per pixel column.
+    std::size_t referenceVertices() const { return m_referencePoints.size(); }
     void present() { update(); }
     void clearPicture() override
     {
@@ -72,6 +76,17 @@ private:
     std::vector<QPoint> m_runPoints;
     const HoldTraces *m_holds = nullptr;
     const ReferenceTrace *m_reference = nullptr;
+    // The reference reduced to the picture's columns, and what it was reduced for.
+    struct ReferenceKey
+    {
+        const QPointF *data = nullptr;
+        std::size_t size = 0;
+        double xScale = 0;
+        QSize picture;
+        bool operator==(const ReferenceKey &) const = default;
+    };
+    ReferenceKey m_referenceKey;
+    std::vector<QPoint> m_referencePoints;
     bool m_leftPressed = false;
     // The trace waiting to be composed.
     LevelArray m_levels;

@@ -91,6 +91,9 @@ bool SimSerialLine::write(const QByteArray &text)
     // Bytes queue behind whatever is still leaving the port.
     const std::uint64_t start = std::max(m_clock.nowMicros(), m_txFreeAt);
     m_txFreeAt = start + simWireMicros(static_cast<int>(text.size()), m_baud);
+    // Trimmed in halves, so each frame is moved once on average.
+    if (m_written.size() >= 2 * m_writtenLimit)
+        m_written.erase(m_written.begin(), m_written.end() - static_cast<std::ptrdiff_t>(m_writtenLimit) + 1);
     m_written.push_back({start, m_port, m_baud, text});
     if (SimBus *bus = this->bus(m_port))
         for (const SimTimedByte &b : bus->hostTransmit(text, start, m_baud))
@@ -103,7 +106,7 @@ void SimSerialLine::collectArrived()
     const std::uint64_t now = m_clock.nowMicros();
     auto it = m_inFlight.begin();
     for (; it != m_inFlight.end() && it->first <= now; ++it)
-        m_input.append(it->second);
+        m_input.append(&it->second, 1);
     m_inFlight.erase(m_inFlight.begin(), it);
 }
 
@@ -116,9 +119,7 @@ int SimSerialLine::bytesWaiting()
 QByteArray SimSerialLine::readAll()
 {
     collectArrived();
-    QByteArray bytes;
-    bytes.swap(m_input);
-    return bytes;
+    return m_input.take();
 }
 
 void SimSerialLine::discardInput()

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/lineinput.h"
 #include "platform/serialline.h"
 #include "sim/simbus.h"
 
 #include <QByteArray>
 #include <QString>
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <vector>
@@ -38,8 +40,12 @@ public:
         int baud;
         QByteArray bytes;
     };
+    // The latest frames written, oldest first: at least the last
+    // writtenLimit() and never twice as many, so a long demo stays small.
     const std::vector<WrittenFrame> &written() const { return m_written; }
     void clearWritten() { m_written.clear(); }
+    std::size_t writtenLimit() const { return m_writtenLimit; }
+    void setWrittenLimit(std::size_t frames) { m_writtenLimit = std::max<std::size_t>(frames, 1); }
 
     int baudRate() const { return m_baud; }
     bool requestToSend() const { return m_rts; }
@@ -64,6 +70,7 @@ public:
     void discardInput() override;
     void discardOutput() override {}
     void waitForInput(int millis) override;
+    std::uint64_t discardedInput() const override { return m_input.discarded(); }
 
 private:
     void collectArrived();
@@ -76,9 +83,10 @@ private:
     bool m_rts = false;
     bool m_textMode = false;
     std::multimap<std::uint64_t, char> m_inFlight; // equal times keep their order
-    QByteArray m_input;
+    LineInput m_input;
     std::uint64_t m_txFreeAt = 0;
     std::vector<WrittenFrame> m_written;
+    std::size_t m_writtenLimit = 20000;
 };
 
 } // namespace zun

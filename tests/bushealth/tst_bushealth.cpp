@@ -1,6 +1,7 @@
 #include "bushealth/bushealthmodel.h"
 #include "bushealth/bushealthwindow.h"
 #include "support/fakereceiverbus.h"
+#include "support/testbed.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -107,6 +108,26 @@ private slots:
         feed(stats, script);
         QCOMPARE(stats.suspectDuplicate(3), suspect);
         QVERIFY(!stats.suspectDuplicate(5));
+    }
+
+    // Characters without a carriage return, more than any reply: the line
+    // keeps what a reply needs, polling goes on, and bus health counts the rest.
+    void lineNoiseIsBoundedAndShown()
+    {
+        TestBed bed;
+        bed.attachReceivers(1, {3});
+        QVERIFY(bed.startHeadless());
+        bed.line.injectInput(QByteArray(5000, 'x'));
+        QCOMPARE(bed.line.bytesWaiting(), 41);
+        QCOMPARE(bed.line.discardedInput(), quint64(5000 - 41));
+        bed.line.clearWritten();
+        bed.session->loop().runSteps();
+        QCOMPARE(bed.framesSent().value(0), "%03N\r");
+        QVERIFY(bed.ctx.bus.record(0).online);
+        const QString summary = bed.session->busHealth().lineSummary();
+        QVERIFY2(summary.endsWith(" · line noise: 4959 characters discarded"), qPrintable(summary));
+        bed.session->busHealth().resetCounters();
+        QVERIFY(!bed.session->busHealth().lineSummary().contains("noise"));
     }
 
     void windowSortsAndResets()

@@ -9,6 +9,7 @@
 
 #include <QCommandLineParser>
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -21,7 +22,13 @@
 #include <cstdint>
 #include <cstring>
 
+#include <arpa/inet.h>
 #include <lo/lo.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 using namespace zun;
 
@@ -86,7 +93,7 @@ struct OscReceiver
     QStringList messages;
 };
 
-const QString kToken = QStringLiteral("tok-42");
+const QString kToken = QStringLiteral("tok-42-0123456789");
 
 // Sends raw bytes and returns everything the server answers until it closes
 // or goes quiet for a second.
@@ -115,10 +122,14 @@ QByteArray get(const QByteArray &target)
     return "GET " + target + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
 }
 
-QByteArray upgradeRequest(const QByteArray &target)
+// From the dashboard's own page unless told otherwise.
+QByteArray upgradeRequest(const QByteArray &target, quint16 port, QByteArray host = {},
+                          QByteArray origin = {})
 {
-    return "GET " + target +
-           " HTTP/1.1\r\nHost: 127.0.0.1\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+    host = host.isEmpty() ? "127.0.0.1:" + QByteArray::number(port) : host;
+    origin = origin.isEmpty() ? "http://" + host : origin;
+    return "GET " + target + " HTTP/1.1\r\nHost: " + host + "\r\nOrigin: " + origin +
+           "\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
            "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n";
 }
 
@@ -239,9 +250,11 @@ private slots:
             "OscTargets=a:1, b:2;MqttHost=broker;MqttPort=8883;WebPort=8080;WebToken=tok;WebAllowNetwork=1",
             {}, "osc=a:1,b:2 mqtt=broker:8883 web=8080 token=tok net=1");
         row("invalid stored parts dropped",
-            "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:1;MqttPort=x;WebPort=-5;WebToken=has space;"
+            "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:0;MqttPort=x;WebPort=-5;WebToken=has space;"
             "WebAllowNetwork=yes",
             {}, "osc=a:1 mqtt=:1883 web=0 token= net=0");
+        row("mqtt host with its port", "MqttHost=broker:1884;MqttPort=8883", {},
+            "osc= mqtt=broker:1884 web=0 token= net=0");
         row("command line over stored", "OscTargets=a:1;MqttPort=8883",
             {"--osc", "desk:9000", "--osc", "[::1]:8000", "--mqtt", "b"},
             "osc=desk:9000,::1:8000 mqtt=b:1883 web=0 token= net=0");
@@ -365,35 +378,144 @@ private slots:
 
     void dashboardHttp_data()
     {
-        QTest::addColumn<QByteArray>("target"); // of a GET, or "ws:" and the target of an upgrade
-        QTest::addColumn<QByteArray>("status"); // empty: any answer or none
-        QTest::newRow("no token") << QByteArray("/") << QByteArray("403");
-        QTest::newRow("wrong token") << QByteArray("/?token=tok-43") << QByteArray("403");
-        QTest::newRow("token prefix") << QByteArray("/?token=tok") << QByteArray("403");
-        QTest::newRow("page") << QByteArray("/?token=tok-42") << QByteArray("200");
-        QTest::newRow("other path") << QByteArray("/etc/passwd?token=tok-42") << QByteArray("404");
+        QTest::addColumn<QByteArray>("request"); // "ws:target", "ws:target host origin", or whole
+        QTest::addColumn<QByteArray>("status");  // empty: any answer or none
+        const QByteArray token = "?token=" + kToken.toLatin1();
+        const QByteArray pad = "X-Pad: " + QByteArray(17 * 1024, 'p') + "\r\n";
+        QTest::newRow("no token") << get("/") << QByteArray("403");
+        QTest::newRow("wrong token") << get("/?token=tok-43-0123456789") << QByteArray("403");
+        QTest::newRow("token prefix") << get("/?token=tok") << QByteArray("403");
+        QTest::newRow("page") << get("/" + token) << QByteArray("200");
+        QTest::newRow("page, HEAD") << "HEAD /" + token + " HTTP/1.1\r\nHost: x\r\n\r\n" << QByteArray("200");
+        QTest::newRow("other path") << get("/etc/passwd" + token) << QByteArray("404");
         QTest::newRow("websocket without token") << QByteArray("ws:/ws") << QByteArray("403");
         QTest::newRow("websocket, wrong token") << QByteArray("ws:/ws?token=x") << QByteArray("403");
+        QTest::newRow("websocket") << "ws:/ws" + token << QByteArray("101");
+        QTest::newRow("websocket from another page")
+            << "ws:/ws" + token + " - http://evil.example" << QByteArray("403");
+        QTest::newRow("websocket by another name")
+            << "ws:/ws" + token + " evil.example:PORT -" << QByteArray("403");
+        QTest::newRow("websocket without origin")
+            << "GET /ws" + token +
+                   " HTTP/1.1\r\nHost: 127.0.0.1:PORT\r\nUpgrade: websocket\r\n"
+                   "Connection: Upgrade\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n"
+                   "Sec-WebSocket-Version: 13\r\n\r\n"
+            << QByteArray("403");
+        QTest::newRow("headers beyond 16 KB") << "GET /" + token + " HTTP/1.1\r\n" + pad + "\r\n"
+                                              << QByteArray("431");
+        QTest::newRow("headers beyond 16 KB, no token") << "GET / HTTP/1.1\r\n" + pad + "\r\n"
+                                                        << QByteArray("403");
+        QTest::newRow("a body") << "POST /" + token + " HTTP/1.1\r\nContent-Length: 5\r\n\r\nhello"
+                                << QByteArray("413");
         QTest::newRow("malformed") << QByteArray("\x01\x02 GARBAGE\r\n\r\n") << QByteArray();
     }
     void dashboardHttp()
     {
-        QFETCH(QByteArray, target);
+        QFETCH(QByteArray, request);
         QFETCH(QByteArray, status);
         startDashboard();
-        QCOMPARE(m_hub->statusText(), QStringLiteral("Web: http://127.0.0.1:%1/?token=tok-42").arg(m_port));
-        const QByteArray answer =
-            exchange(m_port, target.startsWith("ws:") ? upgradeRequest(target.mid(3)) : get(target));
+        QCOMPARE(m_hub->statusText(),
+                 QStringLiteral("Web: http://127.0.0.1:%1/?token=%2").arg(m_port).arg(kToken));
+        const QByteArray port = QByteArray::number(m_port);
+        request.replace("PORT", port);
+        if (request.startsWith("ws:")) {
+            const QList<QByteArray> words = request.mid(3).split(' ');
+            request = upgradeRequest(words[0], m_port, words.value(1).replace("-", ""),
+                                     words.value(2).replace("-", ""));
+        }
+        const QByteArray answer = exchange(m_port, request);
         QVERIFY2(answer.startsWith(status.isEmpty() ? QByteArray() : "HTTP/1.1 " + status),
-                 answer.constData());
+                 answer.left(200).constData());
         // Refusals carry nothing but their status line and headers.
         const QByteArray body = answer.mid(answer.indexOf("\r\n\r\n") + 4);
-        if (status == "200")
+        if (status == "200" && request.startsWith("GET"))
             QVERIFY(body.contains("new WebSocket(") && body.contains("<style>*"));
-        else if (!status.isEmpty())
-            QVERIFY2(body.isEmpty(), body.constData());
+        else if (status != "101" && !status.isEmpty())
+            QVERIFY2(body.isEmpty(), body.left(200).constData());
+        if (request.startsWith("HEAD"))
+            QVERIFY(answer.contains("Content-Length: ") && !answer.contains("Content-Length: 0"));
         // Whatever came before, the server still serves.
-        QVERIFY(exchange(m_port, get("/?token=tok-42")).startsWith("HTTP/1.1 200"));
+        QVERIFY(exchange(m_port, get("/?token=" + kToken.toLatin1())).startsWith("HTTP/1.1 200"));
+    }
+
+    // Connections are limited per client address and in all; one that sends
+    // no whole request is closed; a short token is refused at start.
+    void dashboardLimitsWhatAClientHolds()
+    {
+        startDashboard();
+        std::vector<int> held; // plain descriptors: each bound to its own client address
+        const auto connectFrom = [&](const char *address) {
+            const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+            sockaddr_in local{};
+            local.sin_family = AF_INET;
+            ::inet_pton(AF_INET, address, &local.sin_addr);
+            sockaddr_in server = local;
+            ::inet_pton(AF_INET, "127.0.0.1", &server.sin_addr);
+            server.sin_port = htons(m_port);
+            const bool ok = ::bind(fd, reinterpret_cast<sockaddr *>(&local), sizeof local) == 0 &&
+                            ::connect(fd, reinterpret_cast<sockaddr *>(&server), sizeof server) == 0;
+            held.push_back(fd);
+            QCoreApplication::processEvents(); // the server accepts: the listen queue stays short
+            return ok;
+        };
+        const auto answerOf = [](int fd) {
+            char buffer[64] = {};
+            pollfd wait{fd, POLLIN, 0};
+            for (int i = 0; i < 300 && ::poll(&wait, 1, 0) == 0; ++i)
+                QTest::qWait(10);
+            return QByteArray(buffer, std::max<ssize_t>(::read(fd, buffer, sizeof buffer), 0));
+        };
+        for (int i = 0; i < 64; ++i)
+            QVERIFY(connectFrom("127.0.0.2"));
+        QTRY_COMPARE(m_hub->dashboard()->connectionCount(), 64);
+        QVERIFY(connectFrom("127.0.0.2"));
+        QVERIFY(answerOf(held.back()).startsWith("HTTP/1.1 503"));
+        for (const char *address : {"127.0.0.3", "127.0.0.4", "127.0.0.5"})
+            for (int i = 0; i < 64; ++i)
+                QVERIFY(connectFrom(address));
+        QTRY_COMPARE(m_hub->dashboard()->connectionCount(), 256);
+        QVERIFY(connectFrom("127.0.0.6"));
+        QVERIFY(answerOf(held.back()).startsWith("HTTP/1.1 503"));
+        for (int fd : held)
+            ::close(fd);
+        QTRY_COMPARE(m_hub->dashboard()->connectionCount(), 0);
+
+        QTcpSocket idle;
+        idle.connectToHost(QHostAddress::LocalHost, m_port);
+        QVERIFY(idle.waitForConnected(3000));
+        idle.write("GET /?token=" + kToken.toLatin1() + " HTTP/1.1\r\n"); // and then nothing
+        QTRY_VERIFY_WITH_TIMEOUT(idle.state() == QAbstractSocket::UnconnectedState, 15000);
+        QCOMPARE(m_hub->dashboard()->connectionCount(), 0);
+
+        FeedOptions options;
+        options.webPort = freeLoopbackPort();
+        options.webToken = QStringLiteral("0123456789abcde"); // 15
+        const std::unique_ptr<FeedHub> hub(
+            attachFeeds(options, m_bus.get(), m_bus.get(), QStringLiteral("COM1")));
+        QVERIFY2(hub->statusText().contains("at least 16 characters"), qPrintable(hub->statusText()));
+    }
+
+    // With no descriptor left the server cannot accept; once some are free
+    // again it serves as before.
+    void dashboardOutlivesRunningOutOfDescriptors()
+    {
+        startDashboard();
+        rlimit old{};
+        QCOMPARE(::getrlimit(RLIMIT_NOFILE, &old), 0);
+        rlimit tight = old;
+        tight.rlim_cur =
+            QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System).size() + 8;
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &tight), 0);
+        std::vector<std::unique_ptr<QTcpSocket>> clients;
+        for (int i = 0; i < 20; ++i) {
+            clients.push_back(std::make_unique<QTcpSocket>());
+            clients.back()->connectToHost(QHostAddress::LocalHost, m_port);
+        }
+        QTest::qWait(300);
+        QCOMPARE(::setrlimit(RLIMIT_NOFILE, &old), 0);
+        clients.clear();
+        QTRY_VERIFY_WITH_TIMEOUT(
+            exchange(m_port, get("/?token=" + kToken.toLatin1())).startsWith("HTTP/1.1 200"), 10000);
     }
 
     void dashboardDropsAClientThatNeverReads()
@@ -403,8 +525,8 @@ private slots:
         stuck.setReadBufferSize(1);
         stuck.connectToHost(QHostAddress::LocalHost, m_port);
         QVERIFY(stuck.waitForConnected(3000));
-        stuck.write(upgradeRequest("/ws?token=" + kToken.toLatin1()));
-        QWebSocket reader;
+        stuck.write(upgradeRequest("/ws?token=" + kToken.toLatin1(), m_port));
+        QWebSocket reader(QStringLiteral("http://127.0.0.1:%1").arg(m_port));
         int readerGot = 0;
         connect(&reader, &QWebSocket::textMessageReceived, this, [&] { ++readerGot; });
         reader.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=%2").arg(m_port).arg(kToken)));

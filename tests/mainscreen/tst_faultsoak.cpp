@@ -105,10 +105,12 @@ public:
         const int address = m_frame.mid(1, 2).toInt(nullptr, 16);
         const bool accepted = bytes.size() >= 3 && bytes.startsWith(head);
         lastByAddress[address] = {accepted, bytes};
-        // The reply must be exactly what the bus sent since the attempt began.
+        // The reply must be exactly what the bus sent since the attempt began, as far as kept.
         QByteArray traced;
         for (const Tagged &t : landed)
             traced += t.byte;
+        traced.truncate(kLongestReply); // the line keeps no more than the longest reply
+
         if (traced != bytes)
             untracedBytes += bytes.size();
         // The head that makes the program take a reply must answer its own question.

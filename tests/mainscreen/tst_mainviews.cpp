@@ -9,12 +9,15 @@
 #include "support/testbed.h"
 
 #include <QAction>
+#include <QDir>
 #include <QMenu>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
+
+#include <sys/stat.h>
 
 using namespace zun;
 
@@ -208,6 +211,19 @@ private slots:
         second("quote inside a name", "9,\"A\"B\",2,3,\"72F2\",\"72F2\",20,32,0,0\r\n");
         second("frequency not in quotes", "7,\"X\",1,2,72F2,\"72F2\",30,0,0,0\r\n");
         second("binary garbage with zero bytes", QByteArray("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16));
+        // Nothing reaches the line that the detail window could not send.
+        second("carriage return in a name", "3,\"x\r#02D\",7,9,\"72F2\",\"72F2\",30,0,0,0\r\n");
+        second("zero byte in a name", QByteArray("7,\"A\0B\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n", 36));
+        second("control character in a name", "7,\"A\x01\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n");
+        second("escape in a name", "7,\"\x1B[2J\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n");
+        second("tab beside a number", "7\t,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n");
+        second("lower case in a name", "7,\"abc\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n");
+        second("name character not typeable", "7,\"A;B\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n");
+        second("frequency code not hex", "7,\"X\",1,2,\"ZZZZ\",\"72F2\",30,0,0,0\r\n");
+        second("frequency code of blanks", "7,\"X\",1,2,\"    \",\"72F2\",30,0,0,-1\r\n");
+        second("frequency code too short", "7,\"X\",1,2,\"72F\",\"72F2\",30,0,0,0\r\n");
+        second("frequency code in lower case", "7,\"X\",1,2,\"72f2\",\"72F2\",30,0,0,0\r\n");
+        second("manual code not hex", "7,\"X\",1,2,\"72F2\",\"7-F2\",30,0,-1,0\r\n");
         QTest::newRow("address out of range")
             << "65,\"X\",1,2,\"72F2\",\"72F2\",30,0,0,0\r\n" + kGoodLine << QString("Line 1");
         QTest::newRow("unterminated quote")
@@ -233,6 +249,41 @@ private slots:
         QCOMPARE(messages.size(), mentions.isNull() ? 0 : 1);
         if (!mentions.isNull())
             QVERIFY2(messages.first().contains(mentions), qPrintable(messages.first()));
+        QVERIFY(rig.line.written().empty());
+        QCOMPARE(rig.state(), before);
+    }
+
+    void onlyRegularFilesLoad_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("pipe") << "pipe"
+                              << "a pipe";
+        QTest::newRow("folder") << "folder"
+                                << "a folder";
+        QTest::newRow("device") << "/dev/zero"
+                                << "a device";
+    }
+    void onlyRegularFilesLoad()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QString, reason);
+        Rig rig({3, 7});
+        const QString before = rig.state();
+        QTemporaryDir dir;
+        QString path = kind;
+        if (kind == "pipe") {
+            path = dir.filePath("rack.zun");
+            QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        } else if (kind == "folder") {
+            path = dir.filePath("rack.zun");
+            QVERIFY(QDir().mkdir(path));
+        }
+        rig.dialogs.queueFileName(path);
+        rig.trigger("mnuLoad");
+        QCOMPARE(
+            rig.dialogs.messages(),
+            QStringList{QString("The file %1 could not be opened: it is %2, not a file").arg(path, reason)});
         QVERIFY(rig.line.written().empty());
         QCOMPARE(rig.state(), before);
     }

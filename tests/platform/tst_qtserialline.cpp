@@ -125,6 +125,30 @@ private slots:
         QCOMPARE(m_line->readAll(), QByteArray("$01"));
     }
 
+    // A device that sends without end holds no more than the longest reply;
+    // the rest is counted, and the next transaction is answered as ever.
+    void endlessJunkIsBounded()
+    {
+        QVERIFY(m_line->open());
+        receive(m_master, 50);
+        ::fcntl(m_master, F_SETFL, ::fcntl(m_master, F_GETFL) | O_NONBLOCK);
+        const QByteArray junk(1000, 'x');
+        qint64 sent = 0;
+        for (int round = 0; round < 200; ++round) {
+            sent += std::max<ssize_t>(::write(m_master, junk.data(), junk.size()), 0);
+            QVERIFY(m_line->bytesWaiting() <= 41);
+        }
+        QTRY_COMPARE(qint64(m_line->discardedInput()), sent - 41);
+        QVERIFY(sent > 100'000);
+        ::fcntl(m_master, F_SETFL, ::fcntl(m_master, F_GETFL) & ~O_NONBLOCK);
+        std::thread receiver = answerOnce(m_master, {"$01N80A0B0C9"}, 0);
+        QString reply;
+        const bool ok = m_link->SendCommand("%01N\r", 12, reply, 250);
+        receiver.join();
+        QVERIFY(ok);
+        QCOMPARE(reply, "$01N80A0B0C9");
+    }
+
     // Reply length 0: nobody waits on the port, yet what arrived meanwhile is read.
     void replyIsRead_data()
     {

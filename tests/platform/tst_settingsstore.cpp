@@ -1,3 +1,4 @@
+#include "feeds/feedoptions.h"
 #include "platform/settingsstore.h"
 #include "receivers/settingsfile.h"
 #include "support/testbed.h"
@@ -76,25 +77,47 @@ private slots:
         QCOMPARE(FileSettingsStore().get("ZunDamaged", "Function", "TVtype"), "2");
     }
 
+    // Feed settings typed into the file as the README shows them are read
+    // as one text each, and a save of another setting leaves them as typed.
+    void feedSettingsReadAsWritten()
+    {
+        const QByteArray feeds = "[Feeds]\nOscTargets=desk.local:9000,10.0.0.5:8000\nMqttHost=broker:1884\n"
+                                 "MqttPassword=pa,ss\nMqttUser=stage, left\n";
+        QVERIFY(QDir().mkpath(m_config.filePath(kApp)));
+        QFile file(storeFile(kApp));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(feeds) == feeds.size());
+        file.close();
+        const FeedOptions options = loadFeedOptions(FileSettingsStore(), kApp);
+        QCOMPARE(options.oscTargets.size(), 2);
+        QCOMPARE(options.oscTargets[1].host + ':' + QString::number(options.oscTargets[1].port),
+                 "10.0.0.5:8000");
+        QCOMPARE(options.mqttHost + ':' + QString::number(options.mqttPort), "broker:1884");
+        QCOMPARE(options.mqttPassword, "pa,ss");
+        QCOMPARE(options.mqttUser, "stage, left");
+        FileSettingsStore().save(kApp, "MSComm", "Baudrate", "9600");
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray after = file.readAll();
+        QVERIFY2(after.contains(feeds.mid(8)), after.constData());
+    }
+
     void everySavedRecordLoadsBackAsItsSettingsWrite()
     {
-        // What detection or a hand-edited file can store: any Latin-1 byte in
-        // the texts, texts cut short or a name too long, group 0..15, channel
-        // 1..16, squelch and the second level 0..255, both flags.
+        // What a hand-edited file may hold: any character a name may have,
+        // a name short or too long, any code, group 0..15, channel 1..16,
+        // squelch and the second level 0..255, both flags.
         QRandomGenerator random(9);
-        const auto text = [&](int longest) {
+        const auto text = [&](int longest, const QString &from) {
             QString t(random.bounded(longest + 1), QChar());
             for (QChar &c : t)
-                c = QChar(random.bounded(256));
+                c = from.at(random.bounded(from.size()));
             return t;
         };
+        const QString nameCharacters = " *+,-./0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+        const QString hexDigits = "0123456789ABCDEF";
         const auto hex = [](int value, int width) {
             return QString::number(value, 16).toUpper().rightJustified(width, '0');
         };
-        // The format has no way to carry these two inside a quoted string.
-        const auto carried = [](QString t, int width) {
-            return t.replace('"', '\'').replace('\n', ' ').leftJustified(width, ' ', true);
-        };
+        const auto carried = [](const QString &t, int width) { return t.leftJustified(width, ' ', true); };
         for (int round = 0; round < 20; ++round) {
             TestBed bed;
             std::vector<int> all(64);
@@ -111,11 +134,11 @@ private slots:
             for (int address = 1; address <= 64; ++address) {
                 ReceiverRecord r;
                 r.address = address;
-                r.name = text(8);
+                r.name = text(8, nameCharacters);
                 r.group = int(random.bounded(16));
                 r.channel = 1 + int(random.bounded(16));
-                r.channelFreqCode = text(4);
-                r.manualFreqCode = text(4);
+                r.channelFreqCode = text(4, hexDigits).rightJustified(4, '0');
+                r.manualFreqCode = text(4, hexDigits).rightJustified(4, '0');
                 r.squelch = int(random.bounded(256));
                 r.secondLevel = int(random.bounded(256));
                 r.manualFreq = random.bounded(2);

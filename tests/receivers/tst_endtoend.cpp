@@ -122,7 +122,7 @@ private slots:
         options.feeds.mqttHost = "127.0.0.1";
         options.feeds.mqttPort = mqttPort;
         options.feeds.webPort = freeLoopbackPort();
-        options.feeds.webToken = "e2e-token";
+        options.feeds.webToken = "e2e-token-0123456789";
         const auto session = assembleSession(real.platform(), options);
         QVERIFY(session->start({}));
         QCOMPARE(session->bus().foundCount(), 2);
@@ -150,11 +150,12 @@ private slots:
             QCOMPARE(topics.counts.value("zunoria/COM3/status"), statusCount);
             QCOMPARE(topics.latest.value("zunoria/COM3/status"), "online");
         }
-        QWebSocket page;
+        QWebSocket page(QStringLiteral("http://127.0.0.1:%1").arg(options.feeds.webPort));
         QString dashboard;
         connect(&page, &QWebSocket::textMessageReceived,
                 [&dashboard](const QString &text) { dashboard = text; });
-        page.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=e2e-token").arg(options.feeds.webPort)));
+        page.open(QUrl(
+            QStringLiteral("ws://127.0.0.1:%1/ws?token=e2e-token-0123456789").arg(options.feeds.webPort)));
         QTRY_VERIFY(!dashboard.isEmpty());
         QCOMPARE(QJsonDocument::fromJson(dashboard.toUtf8())["bus"].toString(), "COM3");
 

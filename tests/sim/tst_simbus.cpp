@@ -113,6 +113,21 @@ private slots:
         QVERIFY(!line.write("%05L\r"));
     }
 
+    // The demo runs for hours: the line remembers only its latest frames.
+    void writtenHistoryIsBounded()
+    {
+        VirtualClock clock;
+        SimSerialLine line(clock);
+        line.attachBus(1, nullptr);
+        QVERIFY(line.open());
+        line.setWrittenLimit(10);
+        for (int i = 0; i < 1000; ++i)
+            line.write(QByteArray::number(i));
+        QVERIFY(line.written().size() >= 10 && line.written().size() < 20);
+        QCOMPARE(line.written().back().bytes, "999");
+        QCOMPARE(line.written().front().bytes, QByteArray::number(1000 - qsizetype(line.written().size())));
+    }
+
     void consoleCommands()
     {
         SimBus bus;
