@@ -74,11 +74,14 @@ SimProcess::~SimProcess()
 bool SimProcess::start()
 {
     m_process.setProcessChannelMode(QProcess::SeparateChannels);
-    m_process.start(QDir(m_bin).filePath(QStringLiteral("zunoria-sim")),
-                    {QStringLiteral("--count"), QString::number(m_options.count), QStringLiteral("--baud"),
-                     QString::number(m_options.baud), QStringLiteral("--turnaround-us"),
-                     QString::number(qRound(m_options.turnaroundMicros)), QStringLiteral("--log"), m_logPath,
-                     QStringLiteral("--log-replies")});
+    QStringList args{QStringLiteral("--count"),         QString::number(m_options.count),
+                     QStringLiteral("--baud"),          QString::number(m_options.baud),
+                     QStringLiteral("--turnaround-us"), QString::number(qRound(m_options.turnaroundMicros)),
+                     QStringLiteral("--log"),           m_logPath,
+                     QStringLiteral("--log-replies")};
+    if (m_options.wholeReplies)
+        args << QStringLiteral("--whole-replies");
+    m_process.start(QDir(m_bin).filePath(QStringLiteral("zunoria-sim")), args);
     if (!m_process.waitForStarted(5000)) {
         m_error = QStringLiteral("zunoria-sim did not start");
         return false;
@@ -208,9 +211,14 @@ bool ProgramProcess::running() const
 
 CpuSample ProgramProcess::cpu() const
 {
+    return cpuOf(m_process.processId());
+}
+
+CpuSample cpuOf(qint64 pid)
+{
     CpuSample s;
     s.wallSeconds = monotonicSeconds();
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(m_process.processId()));
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
     if (!stat.open(QIODevice::ReadOnly))
         return s;
     const QByteArray text = stat.readAll();

@@ -17,6 +17,7 @@ struct SimOptions
     double turnaroundMicros = 1000;
     bool startStopped = false; // every receiver off the line from the start
     int retry = 2;             // the program's stored retry count
+    bool wholeReplies = false; // each reply in one piece instead of paced
 };
 
 // zunoria-sim on a pseudo-terminal, logging every frame and reply.
@@ -53,6 +54,8 @@ struct CpuSample
     double wallSeconds = 0;
 };
 double cpuPercent(const CpuSample &before, const CpuSample &after);
+// CPU time so far of a running child process.
+CpuSample cpuOf(qint64 pid);
 
 // The real program on COM1 = the simulator's pty, offscreen, with its own
 // settings folder; the other seven ports point nowhere.

@@ -23,6 +23,8 @@ const char kUsage[] = "usage: zunoria-sim [options]\n"
                       "  --seed N              seed of levels and faults (default 1)\n"
                       "  --log FILE            every frame heard, one per line with a time stamp\n"
                       "  --log-replies         the log shows the replies as well\n"
+                      "  --whole-replies       each reply arrives in one piece when its last\n"
+                      "                        character would (default: character by character)\n"
                       "  --turnaround-us N     reply delay of every receiver (default 1500)\n"
                       "  --kob-ms N            time a receiver stays off the line after KOB (default 3000)\n"
                       "  --late-ms N           delay of a late reply (default 400)\n"
@@ -38,6 +40,7 @@ struct Options
     unsigned long long seed = 1;
     QByteArray logPath;
     bool logReplies = false;
+    bool wholeReplies = false;
     long turnaroundMicros = -1;
     long kobMillis = -1;
     long lateMillis = -1;
@@ -57,6 +60,10 @@ bool parse(int argc, char **argv, Options &o)
         const QByteArray arg = argv[i];
         if (arg == "--log-replies") {
             o.logReplies = true;
+            continue;
+        }
+        if (arg == "--whole-replies") {
+            o.wholeReplies = true;
             continue;
         }
         if (i + 1 >= argc)
@@ -124,6 +131,7 @@ int main(int argc, char **argv)
 
     zun::SystemClock clock;
     zun::SimPtyHost host(*bus, clock, o.baud);
+    host.setWholeReplies(o.wholeReplies);
     QString error;
     if (!host.open(error)) {
         std::fprintf(stderr, "zunoria-sim: %s\n", qPrintable(error));

@@ -3,6 +3,7 @@
 #include "platform/clock.h"
 #include "sim/simconsole.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -115,8 +116,12 @@ void SimPtyHost::readMaster()
     if (n <= 0)
         return;
     const std::uint64_t now = m_clock.nowMicros();
-    for (const SimTimedByte &b : m_bus.hostTransmit(QByteArray(buffer, n), now, lineBaud()))
-        m_outgoing.emplace(b.micros, b.byte);
+    const auto bytes = m_bus.hostTransmit(QByteArray(buffer, n), now, lineBaud());
+    std::uint64_t last = 0;
+    for (const SimTimedByte &b : bytes)
+        last = std::max(last, b.micros);
+    for (const SimTimedByte &b : bytes)
+        m_outgoing.emplace(m_wholeReplies ? last : b.micros, b.byte);
 }
 
 SimPtyHost::Console SimPtyHost::readConsole()

@@ -29,6 +29,10 @@ public:
     QByteArray slavePath() const { return m_slavePath; }
     // Every frame heard goes there, one line each with a time stamp.
     bool setLogFile(const QString &path, bool withReplies);
+    // Each reply reaches the port in one piece when its last character would
+    // have, as from an adapter that hands over whole packets, instead of
+    // character by character.
+    void setWholeReplies(bool whole) { m_wholeReplies = whole; }
 
     // Serves until "quit" on stdin, SIGINT or SIGTERM; blocks in ppoll.
     // A closed stdin only ends the console, not the service.
@@ -51,6 +55,7 @@ private:
     std::FILE *m_log = nullptr;
     QByteArray m_console;
     std::multimap<std::uint64_t, char> m_outgoing;
+    bool m_wholeReplies = false;
 };
 
 } // namespace zun
