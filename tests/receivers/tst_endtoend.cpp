@@ -104,11 +104,13 @@ private slots:
     // A receiver leaves the line and comes back under the program as it runs
     // without a window on COM3: the alarm, the show log, the broker's topics,
     // the dashboard and the bus health all see it, under the port's name.
+    // Full lines throughout: an address nobody answers costs a detection
+    // time-out of wall time.
     void everyListenerFollowsTheAssembledProgram()
     {
         QTemporaryDir dir;
         Child sim;
-        const QString device = startSimulator(sim, {"--receivers", "3,7"});
+        const QString device = startSimulator(sim, {"--count", "64"});
         QVERIFY2(!device.isEmpty(), "zunoria-sim not built beside the tests");
         const quint16 mqttPort = freeLoopbackPort();
         Child broker;
@@ -125,28 +127,29 @@ private slots:
         options.feeds.webToken = "e2e-token-0123456789";
         const auto session = assembleSession(real.platform(), options);
         QVERIFY(session->start({}));
-        QCOMPARE(session->bus().foundCount(), 2);
+        QCOMPARE(session->bus().foundCount(), 64);
         QCOMPARE(session->lineName(), "COM3");
         runProgram(*session, 300);
 
         QTRY_COMPARE_WITH_TIMEOUT(topics.latest.value("zunoria/COM3/status"), "online", 10000);
         QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "true");
-        QTRY_COMPARE(topics.field("zunoria/COM3/info", "receivers"), "2");
+        QTRY_COMPARE(topics.field("zunoria/COM3/info", "receivers"), "64");
         QCOMPARE(topics.field("zunoria/COM3/info", "port"), "COM3");
 
         // A second program claiming the same line on the broker says so and
         // leaves the first one's topics alone.
         {
             Child otherSim, other;
-            const QString otherDevice = startSimulator(otherSim, {"--receivers", "9"});
+            const QString otherDevice = startSimulator(otherSim, {"--count", "64"});
             const int statusCount = topics.counts.value("zunoria/COM3/status");
+            const QString owner = topics.field("zunoria/COM3/info", "pid");
             const QByteArray said =
                 startHeadless(other, dir.filePath("other"), otherDevice,
                               {"--line", "COM3", "--mqtt", QStringLiteral("127.0.0.1:%1").arg(mqttPort)});
             QVERIFY(QTest::qWaitFor(
                 [&] { return (said + other.process.readAllStandardError()).contains("already used"); },
                 5000));
-            QVERIFY(topics.latest.keys().filter("rx/09").isEmpty());
+            QCOMPARE(topics.field("zunoria/COM3/info", "pid"), owner);
             QCOMPARE(topics.counts.value("zunoria/COM3/status"), statusCount);
             QCOMPARE(topics.latest.value("zunoria/COM3/status"), "online");
         }
@@ -161,7 +164,7 @@ private slots:
 
         sim.process.write("stop 7\n");
         runProgram(*session, 500);
-        QVERIFY(!session->bus().record(1).online);
+        QVERIFY(!session->bus().record(6).online);
         const QList<Alarm> &alarms = session->alarms().alarms();
         QVERIFY(std::any_of(alarms.begin(), alarms.end(), [](const Alarm &a) {
             return a.address == 7 && a.condition == AlarmCondition::Offline && !a.clearedMicros;
@@ -173,7 +176,7 @@ private slots:
                 if (!message.startsWith("zunoria/COM3/alarm "))
                     continue;
                 const QJsonObject alarm = QJsonDocument::fromJson(message.mid(19)).object();
-                if (alarm["line"] == "COM3" && alarm["address"] == 7 && alarm["name"] == "VOCAL2" &&
+                if (alarm["line"] == "COM3" && alarm["address"] == 7 && alarm["name"] == "HOST" &&
                     alarm["kind"] == "offline" && alarm["state"] == state &&
                     QDateTime::fromString(alarm["time"].toString(), Qt::ISODateWithMs).isValid())
                     return true;
@@ -185,7 +188,7 @@ private slots:
 
         sim.process.write("start 7\n");
         QTest::qWait(100);
-        QVERIFY(session->bringBack(1)); // what a name click does, and the recovery every 10 s
+        QVERIFY(session->bringBack(6)); // what a name click does, and the recovery every 10 s
         runProgram(*session, 200);
         QVERIFY(alarms.last().clearedMicros.has_value());
         QTRY_COMPARE(topics.field("zunoria/COM3/rx/07/state", "online"), "true");
@@ -212,18 +215,17 @@ private slots:
         QTemporaryDir dir;
         Child sim;
         const QString logPath = dir.filePath("frames.log");
-        const QString device = startSimulator(sim, {"--receivers", "3,7", "--log", logPath});
+        const QString device = startSimulator(sim, {"--count", "64", "--log", logPath});
         QVERIFY2(!device.isEmpty(), "zunoria-sim not built beside the tests");
         Child program;
         const QByteArray output = startHeadless(program, dir.path(), device, {"--line", "stageA"});
-        QVERIFY2(output.contains("zunoria: stageA: 2 receivers found"), output.constData());
-        QTest::qWait(300); // polling
+        QVERIFY2(output.contains("zunoria: stageA: 64 receivers found"), output.constData());
+        QTRY_VERIFY(framesInLog(logPath, "%03N") > 5); // polling
         ::kill(static_cast<pid_t>(program.process.processId()), SIGTERM);
         QVERIFY(program.process.waitForFinished(5000));
         QCOMPARE(program.process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(program.process.exitCode(), 0);
         QTRY_COMPARE(framesInLog(logPath, "#00A0"), 3);
-        QVERIFY2(framesInLog(logPath, "%03N") > 5, qPrintable(QString::number(framesInLog(logPath, "%03N"))));
     }
 
     // The adapter is pulled under the running program (the simulator dies and
@@ -235,7 +237,7 @@ private slots:
         QTemporaryDir dir;
         const QString alias = dir.filePath("ttyUSB0"); // re-pointed like a udev link
         auto sim = std::make_unique<Child>();
-        const QString device = startSimulator(*sim, {"--receivers", "3,7"});
+        const QString device = startSimulator(*sim, {"--count", "64"});
         QVERIFY2(!device.isEmpty() && QFile::link(device, alias), "zunoria-sim not built beside the tests");
 
         RealLine real("COM1", alias);
@@ -244,7 +246,7 @@ private slots:
         QVERIFY(session->start(windows.views()));
         FrmMain &main = *windows.mainWindow();
         ReceiverBus &bus = session->bus();
-        QCOMPARE(bus.foundCount(), 2);
+        QCOMPARE(bus.foundCount(), 64);
         QCOMPARE(bus.record(1).name, "VOCAL2");
         runProgram(*session, 200);
         QVERIFY(bus.record(0).online && bus.record(1).online);
@@ -273,10 +275,10 @@ private slots:
 
         sim = std::make_unique<Child>();
         const QString logPath = dir.filePath("frames.log");
-        const QString again = startSimulator(*sim, {"--receivers", "3,7", "--log", logPath});
+        const QString again = startSimulator(*sim, {"--count", "64", "--log", logPath});
         QVERIFY(!again.isEmpty() && QFile::remove(alias) && QFile::link(again, alias));
         main.action("mnuReconnect")->trigger();
-        QCOMPARE(bus.foundCount(), 2);
+        QCOMPARE(bus.foundCount(), 64);
         QVERIFY(real.line.isOpen() && bus.record(0).online && bus.record(1).online);
         QVERIFY(bus.link().SendCommand("%07N\r", 12, reply, 250));
 
