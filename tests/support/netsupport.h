@@ -32,10 +32,11 @@ struct Subscriber
     {
         return QJsonDocument::fromJson(latest.value(topic)).object().value(key).toVariant().toString();
     }
-    Child child;
     QHash<QString, QByteArray> latest;
     QHash<QString, int> counts;
     QList<QByteArray> messages; // "topic payload", in order
+    // Last, so it stops first: its final output must still find the lists above.
+    Child child;
 };
 
 // Starts a server and waits until it takes connections on the loopback port.
