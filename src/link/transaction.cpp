@@ -53,8 +53,7 @@ bool Link::exchange(const QByteArray &bytes, const QString &address, int replyLe
     for (int attempt = 0; attempt <= m_retry; ++attempt) {
         m_lastAttempts = attempt + 1;
         reply.clear();
-        m_line.discardInput();
-        m_line.discardOutput();
+        m_line.discardInputAndOutput();
         if (!m_line.write(bytes))
             return false;
         m_line.expectInput(replyLength);

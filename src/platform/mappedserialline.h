@@ -29,8 +29,10 @@ public:
     QByteArray readAll() override { return m_active->readAll(); }
     void discardInput() override { m_active->discardInput(); }
     void discardOutput() override { m_active->discardOutput(); }
+    void discardInputAndOutput() override { m_active->discardInputAndOutput(); }
     void waitForInput(int millis) override { m_active->waitForInput(millis); }
     void expectInput(int bytes) override { m_active->expectInput(bytes); }
+    std::uint64_t discardedInput() const override { return m_active->discardedInput(); }
     QString takeNotice() override { return m_network.takeNotice(); }
 
 private:

@@ -207,8 +207,11 @@ bool QtSerialLine::write(const QByteArray &text)
             return false;
         done = std::max<qsizetype>(n, 0);
     }
-    if (done == text.size())
+    m_justDrained = false;
+    if (done == text.size()) {
+        m_justWritten = true;
         return true;
+    }
     const qsizetype rest = text.size() - done;
     if (m_port.write(text.constData() + done, rest) != rest)
         return false;
@@ -228,7 +231,10 @@ int QtSerialLine::bytesWaiting()
     closeIfLost();
     if (!m_port.isOpen())
         return 0;
-    pullInput();
+    if (!std::exchange(m_justWritten, false))
+        pullInput();
+    else
+        m_justDrained = false;
     return static_cast<int>(m_input.size());
 }
 
@@ -237,7 +243,9 @@ QByteArray QtSerialLine::readAll()
     closeIfLost();
     if (!m_port.isOpen())
         return {};
-    pullInput();
+    if (!m_justDrained)
+        pullInput();
+    m_justWritten = m_justDrained = false;
     return m_input.take();
 }
 
@@ -245,8 +253,18 @@ void QtSerialLine::discardInput()
 {
     closeIfLost();
     m_input.clear();
+    m_justWritten = m_justDrained = false;
     if (m_port.isOpen())
         m_port.clear(QSerialPort::Input);
+}
+
+void QtSerialLine::discardInputAndOutput()
+{
+    closeIfLost();
+    m_input.clear();
+    m_justWritten = m_justDrained = false;
+    if (m_port.isOpen())
+        m_port.clear(QSerialPort::AllDirections);
 }
 
 void QtSerialLine::discardOutput()
@@ -259,6 +277,7 @@ void QtSerialLine::discardOutput()
 void QtSerialLine::waitForInput(int millis)
 {
     closeIfLost();
+    m_justWritten = m_justDrained = false;
     if (millis <= 0)
         return;
     if (!m_port.isOpen()) {
@@ -303,13 +322,16 @@ void QtSerialLine::pullInput()
         m_input.append(m_port.readAll());
     const int fd = static_cast<int>(m_port.handle());
     char chunk[256];
+    m_justDrained = false;
     // Bounded, so that a line that never falls silent cannot hold us here.
     for (int round = 0; round < 64; ++round) {
         const ssize_t n = ::read(fd, chunk, sizeof chunk);
         if (n > 0) {
             m_input.append(chunk, n);
-            if (static_cast<size_t>(n) < sizeof chunk)
+            if (static_cast<size_t>(n) < sizeof chunk) {
+                m_justDrained = true;
                 break;
+            }
             continue;
         }
         // With VMIN and VTIME at 0, as Qt sets them, 0 means "nothing yet";
@@ -317,6 +339,7 @@ void QtSerialLine::pullInput()
         // next wait.
         if (n < 0 && errno != EAGAIN && errno != EINTR)
             markLost(QString::fromLocal8Bit(std::strerror(errno)));
+        m_justDrained = n == 0 || errno == EAGAIN;
         break;
     }
     closeIfLost();

@@ -36,6 +36,7 @@ public:
     QByteArray readAll() override;
     void discardInput() override;
     void discardOutput() override;
+    void discardInputAndOutput() override;
     void waitForInput(int millis) override;
     std::uint64_t discardedInput() const override { return m_input.discarded(); }
     void expectInput(int bytes) override
@@ -65,6 +66,11 @@ private:
     // Early enough that a sleep's timer slack never makes the reply wait.
     static constexpr qint64 kWakeMarginMicros = 150;
     bool m_sleptThisReply = false;
+    // Reads known to return nothing are spared: the first look after a
+    // command went out (no reply is that fast; the wait that follows finds
+    // one that is), and a read straight after one that emptied the device.
+    bool m_justWritten = false;
+    bool m_justDrained = false;
 };
 
 } // namespace zun

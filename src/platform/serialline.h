@@ -35,6 +35,12 @@ public:
     virtual QByteArray readAll() = 0;
     virtual void discardInput() = 0;
     virtual void discardOutput() = 0;
+    // Both at once, where the device can do it in one request.
+    virtual void discardInputAndOutput()
+    {
+        discardInput();
+        discardOutput();
+    }
 
     // Blocks until more input may be waiting or the time is up. It neither
     // processes UI events nor spins; it may return early, so callers keep
