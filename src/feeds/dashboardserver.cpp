@@ -153,7 +153,7 @@ bool DashboardServer::admit(QTcpSocket *socket)
         if (guarded)
             guarded->abort();
     });
-    head->timer.start(kRequestTimeoutMs);
+    head->timer.start(m_requestTimeoutMs);
     m_heads.insert(socket, head);
     // Connected before the HTTP server's own reader, so it sees each byte
     // first; through the watcher, so that it can be cut without the other.
@@ -221,7 +221,7 @@ void DashboardServer::inspect(QTcpSocket *socket)
         // A whole request: the next one on this connection has its own ten seconds.
         head->bytes.remove(0, end);
         head->lineChecked = false;
-        head->timer.start(kRequestTimeoutMs);
+        head->timer.start(m_requestTimeoutMs);
         if (head->bytes.isEmpty())
             return;
     }

@@ -44,6 +44,8 @@ public:
     int clientCount() const { return static_cast<int>(m_clients.size()); }
     int droppedClients() const { return m_dropped; }
     int connectionCount() const { return m_connections; }
+    // How long a client may take to send a whole request.
+    void setRequestTimeout(int millis) { m_requestTimeoutMs = millis; }
 
     static QString randomToken();
 
@@ -88,6 +90,7 @@ private:
     QTimer m_flushTimer;
     int m_dropped = 0;
     int m_connections = 0;
+    int m_requestTimeoutMs = kRequestTimeoutMs;
     QHash<QHostAddress, int> m_perAddress;
     QHash<QTcpSocket *, std::shared_ptr<Head>> m_heads;
 };
