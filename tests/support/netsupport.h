@@ -24,18 +24,20 @@ struct Child
     QProcess process;
 };
 
-// mosquitto_sub -v on zunoria/#: the latest payload and a count per topic.
+// mosquitto_sub -v on a filter: the latest payload and a count per topic. An
+// empty payload reads "(null)", as mosquitto_sub prints it.
 struct Subscriber
 {
-    explicit Subscriber(quint16 port);
+    explicit Subscriber(quint16 port, const QString &filter = QStringLiteral("zunoria/#"));
     QString field(const QString &topic, const QString &key) const
     {
         return QJsonDocument::fromJson(latest.value(topic)).object().value(key).toVariant().toString();
     }
-    Child child;
     QHash<QString, QByteArray> latest;
     QHash<QString, int> counts;
     QList<QByteArray> messages; // "topic payload", in order
+    // Last, so that it ends first: its last output still finds the tables above.
+    Child child;
 };
 
 // Starts a server and waits until it takes connections on the loopback port.
