@@ -29,7 +29,8 @@ for file in usr/share/applications/com.kesta.zunoria.desktop usr/share/metainfo/
     usr/share/mime/packages/zunoria.xml usr/share/icons/hicolor/48x48/apps/zunoria.png \
     usr/share/icons/hicolor/256x256/apps/zunoria.png usr/lib/zunoria/ZUN.HLP \
     usr/lib/systemd/system/zunoria-headless@.service usr/lib/sysusers.d/zunoria.conf \
-    usr/share/doc/zunoria/zunoria-line.conf.example; do
+    usr/share/doc/zunoria/zunoria-line.conf.example usr/share/doc/zunoria/mosquitto-zunoria.acl.example \
+    usr/share/doc/zunoria/mosquitto-zunoria.conf.example; do
     [ -e "$scratch/$file" ] || { echo "missing from the package: /$file" >&2; exit 1; }
 done
 version=$(env -u DISPLAY -u QT_QPA_PLATFORM "$scratch/usr/bin/zunoria" --version)

@@ -4,6 +4,7 @@
 #include "core/context.h"
 #include "core/options.h"
 #include "detail/settingstab.h"
+#include "receivers/receivername.h"
 
 #include <QGroupBox>
 #include <QKeyEvent>
@@ -48,11 +49,6 @@ int keyAsciiOf(const QKeyEvent *key)
     if (text.size() != 1 || text.at(0).unicode() < 32 || text.at(0).unicode() == 127)
         return -1;
     return text.at(0).unicode();
-}
-
-bool nameCharAllowed(int k)
-{
-    return k == 32 || (k >= 42 && k <= 57) || (k >= 65 && k <= 90);
 }
 
 bool nameKeyAllowed(int k)

@@ -13,6 +13,7 @@ FeedHub::FeedHub(const FeedOptions &options, const QString &busName, QObject *pa
         m_mqtt = new MqttFeed(options, busName, this);
         m_status.mqtt = m_mqtt->state();
         connect(m_mqtt, &MqttFeed::failed, this, &FeedHub::setError);
+        connect(m_mqtt, &MqttFeed::controlRequested, this, &FeedHub::controlRequested);
         connect(m_mqtt, &MqttFeed::stateChanged, this, [this](FeedStatus::Mqtt state) {
             m_status.mqtt = state;
             if (state == FeedStatus::Mqtt::Connected)
@@ -61,6 +62,18 @@ void FeedHub::receiverFound(const ReceiverStatus &status)
         m_mqtt->onReceiverFound(status);
     if (m_dashboard)
         m_dashboard->onReceiverFound(status);
+}
+
+void FeedHub::setPresent(const QList<int> &addresses)
+{
+    if (m_mqtt)
+        m_mqtt->setPresent(addresses);
+}
+
+void FeedHub::publishControlResult(const QString &addressLevel, const QByteArray &json)
+{
+    if (m_mqtt)
+        m_mqtt->publishControlResult(addressLevel, json);
 }
 
 void FeedHub::setError(const QString &message)

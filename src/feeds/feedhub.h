@@ -32,9 +32,14 @@ public:
     void publishAlarm(const QByteArray &json);
     // Tells every feed of a receiver found before the feeds began.
     void receiverFound(const zun::ReceiverStatus &status);
+    // After a detection, the addresses now on the line.
+    void setPresent(const QList<int> &addresses);
+    void publishControlResult(const QString &addressLevel, const QByteArray &json);
 
 signals:
     void statusTextChanged(const QString &text);
+    // A request on zunoria/<line>/rx/<addressLevel>/set, with control on.
+    void controlRequested(const QString &addressLevel, const QByteArray &payload);
 
 private:
     void setError(const QString &message);

@@ -49,6 +49,12 @@ bool splitHostPort(const QString &text, QString *host, QString *port)
 
 } // namespace
 
+bool validTopicPrefix(const QString &text)
+{
+    static const QRegularExpression level(QStringLiteral("^[^/+#\\s]+(/[^/+#\\s]+)*$"));
+    return text.size() <= 128 && level.match(text).hasMatch();
+}
+
 std::optional<OscTarget> parseOscTarget(const QString &text)
 {
     QString host, port;
@@ -87,6 +93,10 @@ FeedOptions loadFeedOptions(const SettingsStore &store, const QString &app)
     options.mqttUser = get("MqttUser");
     options.mqttPassword = store.get(app, kFeedSection, QStringLiteral("MqttPassword"));
     options.mqttCaFile = get("MqttCaFile");
+    options.mqttControl = get("MqttControl") == QLatin1String("1");
+    options.mqttDiscovery = get("MqttDiscovery") == QLatin1String("1");
+    if (validTopicPrefix(get("MqttDiscoveryPrefix")))
+        options.mqttDiscoveryPrefix = get("MqttDiscoveryPrefix");
     if (const auto p = parsePort(get("WebPort")))
         options.webPort = *p;
     if (isUrlSafeToken(get("WebToken")))
@@ -102,6 +112,13 @@ QList<QCommandLineOption> feedCommandLineOptions()
          QStringLiteral("HOST:PORT")},
         {QStringLiteral("mqtt"), QStringLiteral("Publish live status to the MQTT broker at HOST[:PORT]."),
          QStringLiteral("HOST[:PORT]")},
+        {QStringLiteral("mqtt-control"),
+         QStringLiteral("Obey mute, name and bring-back requests on zunoria/<line>/rx/<address>/set.")},
+        {QStringLiteral("mqtt-discovery"),
+         QStringLiteral("Announce every receiver to Home Assistant by MQTT discovery.")},
+        {QStringLiteral("mqtt-discovery-prefix"),
+         QStringLiteral("Topic prefix of the discovery messages (default: homeassistant)."),
+         QStringLiteral("PREFIX")},
         {QStringLiteral("web"), QStringLiteral("Serve the live dashboard on PORT."), QStringLiteral("PORT")},
         {QStringLiteral("web-token"), QStringLiteral("Access token of the dashboard (default: random)."),
          QStringLiteral("TOKEN")},
@@ -136,6 +153,19 @@ std::optional<FeedOptions> applyFeedArguments(const QCommandLineParser &parser, 
         options.mqttHost = host;
         options.mqttPort = port.isEmpty() ? 1883 : *p;
     }
+    options.mqttControl = options.mqttControl || parser.isSet(QStringLiteral("mqtt-control"));
+    options.mqttDiscovery = options.mqttDiscovery || parser.isSet(QStringLiteral("mqtt-discovery"));
+    if (parser.isSet(QStringLiteral("mqtt-discovery-prefix"))) {
+        const QString prefix = parser.value(QStringLiteral("mqtt-discovery-prefix"));
+        if (!validTopicPrefix(prefix))
+            return fail(QStringLiteral("--mqtt-discovery-prefix expects topic levels without '+', '#' "
+                                       "or blanks, not \"%1\"")
+                            .arg(prefix));
+        options.mqttDiscoveryPrefix = prefix;
+    }
+    if (options.mqttHost.isEmpty() &&
+        (parser.isSet(QStringLiteral("mqtt-control")) || parser.isSet(QStringLiteral("mqtt-discovery"))))
+        return fail(QStringLiteral("--mqtt-control and --mqtt-discovery need a broker: --mqtt HOST[:PORT]"));
     if (parser.isSet(QStringLiteral("web"))) {
         const QString text = parser.value(QStringLiteral("web"));
         const auto p = parsePort(text);

@@ -30,7 +30,10 @@ struct FeedOptions
     quint16 mqttPort = 1883;
     QString mqttUser;
     QString mqttPassword;
-    QString mqttCaFile; // set: TLS against this CA
+    QString mqttCaFile;       // set: TLS against this CA
+    bool mqttControl = false; // zunoria/<line>/rx/<aa>/set is obeyed
+    bool mqttDiscovery = false;
+    QString mqttDiscoveryPrefix = QStringLiteral("homeassistant");
 
     quint16 webPort = 0; // 0: dashboard off
     QString webToken;    // empty: a random one is made at start
@@ -45,11 +48,15 @@ inline const QString kFeedSection = QStringLiteral("Feeds");
 // "host:port" with a port 1..65535; IPv6 literals in brackets ("[::1]:9000").
 std::optional<OscTarget> parseOscTarget(const QString &text);
 
+// A topic prefix we publish under: levels without wildcards, none of them empty.
+bool validTopicPrefix(const QString &text);
+
 // Reads section "Feeds" of the settings store; anything invalid is left at
 // its default (off) silently.
 FeedOptions loadFeedOptions(const SettingsStore &store, const QString &app);
 
-// --osc HOST:PORT (repeatable), --mqtt HOST[:PORT], --web PORT, --web-token TOKEN.
+// --osc HOST:PORT (repeatable), --mqtt HOST[:PORT], --mqtt-control,
+// --mqtt-discovery, --mqtt-discovery-prefix PREFIX, --web PORT, --web-token TOKEN.
 QList<QCommandLineOption> feedCommandLineOptions();
 
 // Lays what the command line names over the stored options; nullopt with a

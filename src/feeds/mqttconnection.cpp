@@ -70,6 +70,7 @@ void MqttConnection::start()
     }
     mosquitto_connect_callback_set(m_client, &MqttConnection::onConnect);
     mosquitto_disconnect_callback_set(m_client, &MqttConnection::onDisconnect);
+    mosquitto_message_callback_set(m_client, &MqttConnection::onMessage);
     mosquitto_reconnect_delay_set(m_client, kMinRetrySeconds, kMaxRetrySeconds, true);
     const QByteArray offline("offline");
     mosquitto_will_set(m_client, m_settings.statusTopic.toUtf8().constData(), offline.size(),
@@ -219,7 +220,17 @@ void MqttConnection::onConnect(mosquitto *client, void *self, int rc)
     const QByteArray online("online");
     mosquitto_publish(client, nullptr, connection->m_settings.statusTopic.toUtf8().constData(),
                       static_cast<int>(online.size()), online.constData(), 1, true);
+    // A clean session forgets subscriptions: each connection asks anew.
+    for (const QString &topic : connection->m_settings.subscriptions)
+        mosquitto_subscribe(client, nullptr, topic.toUtf8().constData(), 1);
     emit connection->connected();
+}
+
+void MqttConnection::onMessage(mosquitto *, void *self, const mosquitto_message *message)
+{
+    auto *connection = static_cast<MqttConnection *>(self);
+    const QByteArray payload(static_cast<const char *>(message->payload), message->payloadlen);
+    emit connection->messageReceived(QString::fromUtf8(message->topic), payload, message->retain);
 }
 
 void MqttConnection::onDisconnect(mosquitto *, void *self, int rc)

@@ -1,5 +1,6 @@
 #include "feeds/mqttfeed.h"
 
+#include "feeds/hadiscovery.h"
 #include "feeds/mqttconnection.h"
 #include "feeds/statusjson.h"
 
@@ -42,10 +43,16 @@ void MqttFeed::startSession()
                           QStringLiteral("zunoria/%1/status").arg(m_bus),
                           QStringLiteral("zunoria/%1/info").arg(m_bus),
                           QSysInfo::machineHostName(),
-                          QCoreApplication::applicationPid()};
+                          QCoreApplication::applicationPid(),
+                          {}};
+    if (m_options.mqttControl)
+        settings.subscriptions << QStringLiteral("zunoria/%1/rx/+/set").arg(m_bus);
+    if (m_options.mqttDiscovery)
+        settings.subscriptions << m_options.mqttDiscoveryPrefix + QStringLiteral("/status");
     m_connection = new MqttConnection(std::move(settings));
     m_connection->moveToThread(&m_thread);
     connect(this, &MqttFeed::publishRequested, m_connection, &MqttConnection::publish);
+    connect(m_connection, &MqttConnection::messageReceived, this, &MqttFeed::onMessage);
     connect(m_connection, &MqttConnection::connected, this, [this] {
         setState(FeedStatus::Mqtt::Connected);
         // The broker may have lost what was retained; say everything again.
@@ -55,6 +62,7 @@ void MqttFeed::startSession()
         for (auto it = m_receivers.cbegin(); it != m_receivers.cend(); ++it)
             m_dirty.insert(it.key());
         flush();
+        announceAll();
     });
     connect(m_connection, &MqttConnection::nameTaken, this, [this](const QString &owner) {
         setState(FeedStatus::Mqtt::Disconnected);
@@ -89,6 +97,11 @@ void MqttFeed::onPortChanged(const QString &portName)
     // The old name's description goes with it; its status says "offline".
     if (m_state == FeedStatus::Mqtt::Connected && !m_info.isEmpty())
         emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), QByteArray(), true);
+    // Devices named for the old line would stay in Home Assistant unavailable for ever.
+    if (m_state == FeedStatus::Mqtt::Connected)
+        for (const int address : m_announced.keys())
+            withdraw(address);
+    m_announced.clear();
     endSession();
     m_bus = portName;
     m_published.clear();
@@ -110,9 +123,76 @@ void MqttFeed::publishAlarm(const QByteArray &json)
         emit publishRequested(QStringLiteral("zunoria/%1/alarm").arg(m_bus), json, false);
 }
 
+void MqttFeed::setPresent(const QList<int> &addresses)
+{
+    const QSet<int> present(addresses.cbegin(), addresses.cend());
+    for (const int address : m_receivers.keys()) {
+        if (present.contains(address))
+            continue;
+        m_receivers.remove(address);
+        m_published.remove(address);
+        m_dirty.remove(address);
+        if (m_announced.contains(address) && m_state == FeedStatus::Mqtt::Connected)
+            withdraw(address);
+    }
+}
+
+void MqttFeed::publishControlResult(const QString &addressLevel, const QByteArray &json)
+{
+    if (m_state == FeedStatus::Mqtt::Connected)
+        emit publishRequested(QStringLiteral("zunoria/%1/rx/%2/result").arg(m_bus, addressLevel), json,
+                              false);
+}
+
+void MqttFeed::onMessage(const QString &topic, const QByteArray &payload, bool retained)
+{
+    if (m_options.mqttDiscovery && topic == m_options.mqttDiscoveryPrefix + QStringLiteral("/status")) {
+        // Home Assistant forgets discovered devices when it restarts and says so.
+        if (payload == "online")
+            announceAll();
+        return;
+    }
+    // A retained request is one somebody left on the broker long ago: obeying
+    // it on every connection would repeat it behind everybody's back.
+    const QString head = QStringLiteral("zunoria/%1/rx/").arg(m_bus);
+    if (!m_options.mqttControl || retained || !topic.startsWith(head) ||
+        !topic.endsWith(QStringLiteral("/set")))
+        return;
+    const QString level = topic.mid(head.size(), topic.size() - head.size() - 4);
+    if (!level.isEmpty() && !level.contains(QLatin1Char('/')))
+        emit controlRequested(level, payload);
+}
+
+void MqttFeed::announce(const ReceiverStatus &status)
+{
+    m_announced.insert(status.address, status.name);
+    for (const DiscoveryMessage &m :
+         discoveryMessages(m_options.mqttDiscoveryPrefix, m_bus, status, m_options.mqttControl))
+        emit publishRequested(m.topic, m.payload, true);
+}
+
+void MqttFeed::announceAll()
+{
+    if (!m_options.mqttDiscovery || m_state != FeedStatus::Mqtt::Connected)
+        return;
+    for (const ReceiverStatus &status : std::as_const(m_receivers))
+        announce(status);
+}
+
+void MqttFeed::withdraw(int address)
+{
+    m_announced.remove(address);
+    for (const DiscoveryMessage &m : discoveryRemoval(m_options.mqttDiscoveryPrefix, m_bus, address))
+        emit publishRequested(m.topic, m.payload, true);
+}
+
 void MqttFeed::store(const ReceiverStatus &status)
 {
     m_receivers.insert(status.address, status);
+    // The device carries the receiver's name; a renamed one is told again.
+    if (m_options.mqttDiscovery && m_state == FeedStatus::Mqtt::Connected &&
+        (!m_announced.contains(status.address) || m_announced.value(status.address) != status.name))
+        announce(status);
     m_dirty.insert(status.address);
     if (!m_flushTimer.isActive())
         m_flushTimer.start(0);

@@ -46,11 +46,18 @@ public slots:
     void setInfo(const QByteArray &json);
     // Not retained: an alarm is an event, not a state. Lost while the broker is away.
     void publishAlarm(const QByteArray &json);
+    // After a detection: receivers not among these are gone from the line,
+    // and their discovery configs are emptied.
+    void setPresent(const QList<int> &addresses);
+    // The outcome of a set request, on zunoria/<bus>/rx/<addressLevel>/result.
+    void publishControlResult(const QString &addressLevel, const QByteArray &json);
 
 signals:
     void stateChanged(zun::FeedStatus::Mqtt state);
     void failed(const QString &message);
     void publishRequested(const QString &topic, const QByteArray &payload, bool retain);
+    // A live message on zunoria/<bus>/rx/<addressLevel>/set, with control on.
+    void controlRequested(const QString &addressLevel, const QByteArray &payload);
 
 private:
     void store(const ReceiverStatus &status);
@@ -58,6 +65,10 @@ private:
     void startSession();
     void endSession();
     void setState(FeedStatus::Mqtt state);
+    void onMessage(const QString &topic, const QByteArray &payload, bool retained);
+    void announce(const ReceiverStatus &status);
+    void announceAll();
+    void withdraw(int address);
 
     FeedOptions m_options;
     QString m_bus;
@@ -68,6 +79,7 @@ private:
     QHash<int, ReceiverStatus> m_receivers;
     QHash<int, QByteArray> m_published;
     QSet<int> m_dirty;
+    QHash<int, QString> m_announced; // address: the name its discovery config carries
     QTimer m_flushTimer;
     QElapsedTimer m_clock;
     RateLimiter m_limiter{kMinPublishIntervalMs};

@@ -81,6 +81,14 @@ void FrmMain::connectSession()
             enableFoundPanels();
     });
     connect(&m_session, &Session::receiverBackOnPoll, this, &FrmMain::EnableRcvPanel);
+    // A request from the broker shows as the same click in the window would.
+    connect(&m_session, &Session::receiverEdited, this, [this](int index) {
+        if (!validIndex(index))
+            return;
+        const ReceiverRecord &r = m_ctx.bus.record(index);
+        m_grid->panel(index)->setMutePicture(r.mute);
+        setPanelNameCaption(index, QStringLiteral("%1 ").arg(r.address, 2, 10, QLatin1Char('0')) + r.name);
+    });
     const auto showStatus = [this](const QString &text) {
         if (!text.isEmpty())
             statusBar()->showMessage(text);

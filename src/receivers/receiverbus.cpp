@@ -506,15 +506,15 @@ bool ReceiverBus::changeAddress(int newAddress)
     return true;
 }
 
-QString ReceiverBus::setName(const QString &text)
+QString ReceiverBus::setName(int index, const QString &text)
 {
-    ReceiverRecord *r = selectedRecord();
     const QString name = (text.toUpper() + QString(6, QLatin1Char(' '))).left(6);
-    if (!r)
+    if (!validIndex(index))
         return name;
-    r->name = name;
-    send(frames::name(r->address, name), 4, 250);
-    emit receiverChanged(status(m_selected));
+    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
+    r.name = name;
+    send(frames::name(r.address, name), 4, 250);
+    emit receiverChanged(status(index));
     return name;
 }
 

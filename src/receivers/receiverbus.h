@@ -147,7 +147,8 @@ public:
     bool tuneCursor(int timeoutMillis);
     bool changeAddress(int newAddress);
     // Upper case, blank padded to 6; returns the name as stored and sent.
-    QString setName(const QString &text);
+    QString setName(const QString &text) { return setName(m_selected, text); }
+    QString setName(int index, const QString &text);
     // Press and hold: one step now, then after 400 ms one every 20 ms until
     // released or at the end of 1..99. The release sends the value once.
     void squelchPressed(int direction);

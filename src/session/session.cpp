@@ -7,6 +7,7 @@
 #include "link/ports.h"
 #include "session/consolereport.h"
 #include "session/linejson.h"
+#include "session/remotecontrol.h"
 
 #include <QCoreApplication>
 
@@ -30,7 +31,10 @@ Session::Session(const Platform &platform, SessionOptions options)
     connectMonitoring(&m_ctx.bus, &m_alarms, &m_showLog);
     connectBusHealth(&m_ctx.bus, &m_busHealth);
     m_loop.setStep(WorkMode::Polling, [this] { return pollStep(); });
-    m_loop.setHousekeeping([this] { return recoverIfDue(); });
+    m_loop.setHousekeeping([this] {
+        const bool remote = m_control && m_control->runWaiting();
+        return recoverIfDue() || remote;
+    });
     // The first try comes a full period after a receiver went away, not at once.
     connect(&m_ctx.bus, &ReceiverBus::wentOffline, this, [this] {
         const std::uint64_t now = m_ctx.platform.clock.nowMicros();
@@ -110,6 +114,29 @@ void Session::startFeeds()
     connect(&m_alarms, &AlarmEngine::alarmRaised, this, [this](int id) { publishAlarm(id, false); });
     // An acknowledgement is the desk's own business; the broker hears raise and clear.
     connect(&m_alarms, &AlarmEngine::alarmCleared, this, [this](int id) { publishAlarm(id, true); });
+    connect(this, &Session::receiversDetected, this, &Session::tellFeedsWhoIsPresent);
+    connect(this, &Session::receiversReconnected, this, &Session::tellFeedsWhoIsPresent);
+    startRemoteControl();
+}
+
+void Session::startRemoteControl()
+{
+    if (!m_options.feeds.mqttControl || !m_feeds->mqtt())
+        return;
+    m_control = new RemoteControl(*this, this);
+    connect(m_feeds, &FeedHub::controlRequested, m_control, &RemoteControl::enqueue);
+    connect(m_control, &RemoteControl::resultReady, m_feeds, &FeedHub::publishControlResult);
+    connect(m_control, &RemoteControl::receiverEdited, this, &Session::receiverEdited);
+}
+
+void Session::tellFeedsWhoIsPresent()
+{
+    if (!m_feeds)
+        return;
+    QList<int> addresses;
+    for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
+        addresses << m_ctx.bus.record(i).address;
+    m_feeds->setPresent(addresses);
 }
 
 void Session::describeLine()

@@ -19,6 +19,7 @@
 namespace zun {
 
 class FeedHub;
+class RemoteControl;
 
 // The views start-up shows, supplied by the windows; a session without a
 // window leaves them empty.
@@ -92,6 +93,8 @@ signals:
     void feedStatusChanged(const QString &text);
     // One event for the status line, or a line on standard error without a window.
     void notice(const QString &text);
+    // A request from the broker changed this receiver's mute or name.
+    void receiverEdited(int index);
 
 private:
     bool pollStep();
@@ -100,6 +103,8 @@ private:
     void publishAlarm(int id, bool cleared);
     void updateLineName();
     void scheduleRecoveryWake();
+    void startRemoteControl();
+    void tellFeedsWhoIsPresent();
 
     SessionOptions m_options;
     Context m_ctx;
@@ -109,6 +114,8 @@ private:
     ShowLog m_showLog;
     BusHealthModel m_busHealth;
     FeedHub *m_feeds = nullptr;
+    // Null unless the options ask for control over MQTT.
+    RemoteControl *m_control = nullptr;
     QString m_lineName;
     QDateTime m_startedAt;
     bool m_started = false;

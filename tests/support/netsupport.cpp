@@ -38,7 +38,7 @@ QString startSimulator(Child &child, const QStringList &arguments)
     return device.startsWith('/') ? device : QString();
 }
 
-Subscriber::Subscriber(quint16 port)
+Subscriber::Subscriber(quint16 port, const QString &filter)
 {
     QObject::connect(&child.process, &QProcess::readyReadStandardOutput, [this] {
         while (child.process.canReadLine()) {
@@ -50,7 +50,7 @@ Subscriber::Subscriber(quint16 port)
         }
     });
     child.process.start("mosquitto_sub",
-                        {"-h", "127.0.0.1", "-p", QString::number(port), "-v", "-t", "zunoria/#"});
+                        {"-h", "127.0.0.1", "-p", QString::number(port), "-v", "-t", filter});
 }
 
 double cpuSeconds()

@@ -24,10 +24,11 @@ struct Child
     QProcess process;
 };
 
-// mosquitto_sub -v on zunoria/#: the latest payload and a count per topic.
+// mosquitto_sub -v on a filter: the latest payload and a count per topic. An
+// empty payload reads "(null)", as mosquitto_sub prints it.
 struct Subscriber
 {
-    explicit Subscriber(quint16 port);
+    explicit Subscriber(quint16 port, const QString &filter = QStringLiteral("zunoria/#"));
     QString field(const QString &topic, const QString &key) const
     {
         return QJsonDocument::fromJson(latest.value(topic)).object().value(key).toVariant().toString();
