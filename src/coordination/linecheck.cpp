@@ -41,36 +41,50 @@ std::vector<bool> conflictedCarriers(const std::vector<Conflict> &conflicts, int
     return out;
 }
 
-QStringList carrierStates(const std::vector<int> &carriersKHz, int lineCount, const QStringList &labels,
-                          const Guards &guards)
+QStringList carrierStates(const std::vector<Conflict> &conflicts, const std::vector<int> &carriersKHz,
+                          int lineCount, const QStringList &labels)
 {
-    const std::vector<Conflict> conflicts = findConflicts(carriersKHz, guards);
-    QStringList states;
-    for (int v = 0; v < lineCount; ++v) {
+    constexpr int kNamesShown = 4;
+    struct Suffered
+    {
         std::set<int> others;
         QString first;
         int count = 0;
-        for (const Conflict &k : conflicts) {
-            // A carrier pair is one conflict seen from both sides.
-            const bool involved = k.victim == v || (k.kind == ConflictKind::Carriers && k.a == v);
-            if (!involved)
+    };
+    std::vector<Suffered> per(static_cast<std::size_t>(std::max(lineCount, 0)));
+    // One pass: a crowded line has far more conflicts than receivers.
+    for (const Conflict &k : conflicts) {
+        // A carrier pair is one conflict seen from both sides.
+        for (const int v : {k.victim, k.kind == ConflictKind::Carriers ? k.a : -1}) {
+            if (v < 0 || v >= lineCount)
                 continue;
+            Suffered &s = per[static_cast<std::size_t>(v)];
             for (const int i : {k.a, k.b, k.c, k.victim})
                 if (i >= 0 && i != v)
-                    others.insert(i);
-            if (count++ == 0)
-                first = describeConflict(k, carriersKHz);
+                    s.others.insert(i);
+            if (s.count++ == 0)
+                s.first = describeConflict(k, carriersKHz);
         }
-        if (count == 0) {
+    }
+    QStringList states;
+    for (const Suffered &s : per) {
+        if (s.count == 0) {
             states << QStringLiteral("clean");
             continue;
         }
         QStringList names;
-        for (const int i : others)
+        for (const int i : s.others) {
+            if (names.size() == kNamesShown)
+                break;
             names << labels.value(i);
-        QString text = QStringLiteral("conflict with %1: %2").arg(names.join(QStringLiteral(", ")), first);
-        if (count > 1)
-            text += QStringLiteral(" (%1 more)").arg(count - 1);
+        }
+        const int hidden = static_cast<int>(s.others.size()) - static_cast<int>(names.size());
+        QString who = names.join(QStringLiteral(", "));
+        if (hidden > 0)
+            who += QStringLiteral(" and %1 more").arg(hidden);
+        QString text = QStringLiteral("conflict with %1: %2").arg(who, s.first);
+        if (s.count > 1)
+            text += QStringLiteral(" (%1 conflicts)").arg(s.count);
         states << text;
     }
     return states;

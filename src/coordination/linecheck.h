@@ -29,12 +29,13 @@ std::vector<LineCarrier> lineCarriers(const QList<ReceiverRecord> &found);
 // MHz to the nearest kHz.
 int toKHz(double mhz);
 
-// What each of the first lineCount carriers suffers: "clean", or "conflict
-// with" the addresses of the others involved and the first conflict in
-// words. Carriers after lineCount (another user's frequencies) take part but
-// get no state. labels name each carrier ("05", "ext 1").
-QStringList carrierStates(const std::vector<int> &carriersKHz, int lineCount, const QStringList &labels,
-                          const Guards &guards);
+// What each of the first lineCount carriers suffers under the conflicts
+// found among all of them: "clean", or "conflict with" the others involved
+// (a few named) and the first conflict in words. Carriers after lineCount
+// (another user's frequencies) take part but get no state. labels name each
+// carrier ("05", "470.125").
+QStringList carrierStates(const std::vector<Conflict> &conflicts, const std::vector<int> &carriersKHz,
+                          int lineCount, const QStringList &labels);
 
 // Each carrier that suffers a conflict, for marking.
 std::vector<bool> conflictedCarriers(const std::vector<Conflict> &conflicts, int count);

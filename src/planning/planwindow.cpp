@@ -177,7 +177,9 @@ QWidget *PlanWindow::buildButtons()
 
 void PlanWindow::scheduleRefresh()
 {
-    m_refreshTimer.start();
+    // A deploy changes one receiver per pass; the table catches up once at its end.
+    if (!m_deploying)
+        m_refreshTimer.start();
 }
 
 void PlanWindow::refresh()
@@ -210,8 +212,11 @@ void PlanWindow::recheck()
         carriers.push_back(f);
         labels << mhzText(f);
     }
-    m_states = carrierStates(carriers, static_cast<int>(m_line.size()), labels,
-                             parseGuards(m_guards->currentText()).value_or(Guards{}));
+    const std::vector<Conflict> conflicts =
+        findConflicts(carriers, parseGuards(m_guards->currentText()).value_or(Guards{}));
+    const int lineCount = static_cast<int>(m_line.size());
+    m_states = carrierStates(conflicts, carriers, lineCount, labels);
+    m_currentConflicted = conflictedCarriers(conflicts, lineCount);
     fillTable();
     updatePicture();
 }
@@ -311,8 +316,7 @@ void PlanWindow::updatePicture()
     const Guards guards = parseGuards(m_guards->currentText()).value_or(Guards{});
     for (const LineCarrier &c : m_line)
         picture.currentKHz.push_back(c.frequencyKHz);
-    picture.currentConflicted = conflictedCarriers(findConflicts(picture.currentKHz, guards),
-                                                   static_cast<int>(picture.currentKHz.size()));
+    picture.currentConflicted = m_currentConflicted;
     for (const int f : m_proposed)
         if (f >= 0)
             picture.proposedKHz.push_back(f);

@@ -92,6 +92,7 @@ private:
 
     std::vector<LineCarrier> m_line;
     QStringList m_states;
+    std::vector<bool> m_currentConflicted;
     std::vector<int> m_proposed;
     QSet<int> m_lockedAddresses;
     std::vector<ScanPoint> m_filePoints;

@@ -48,6 +48,14 @@ void PlanWindow::apply()
         setStatus(QStringLiteral("The plan changes no receiver."));
         return;
     }
+    const auto unplaced = std::count(m_proposed.begin(), m_proposed.end(), -1);
+    if (unplaced > 0 &&
+        m_ctx.platform.dialogs.message(
+            QStringLiteral("%1 receivers have no place in the plan and keep their frequencies, which may "
+                           "conflict with it. Apply the plan anyway?")
+                .arg(unplaced),
+            MessageButtons::YesNo) != MessageAnswer::Yes)
+        return;
     if (m_ctx.bus.workMode() != WorkMode::Polling) {
         m_ctx.platform.dialogs.message(
             QStringLiteral("The receivers are retuned between polls: close the detail window first."));
