@@ -2,6 +2,7 @@
 // it runs, a plan computed, applied over the simulated line and taken back.
 #include "coordination/guards.h"
 #include "coordination/linecheck.h"
+#include "coordination/planfiles.h"
 #include "planning/planwindow.h"
 #include "receivers/frequency.h"
 #include "support/testbed.h"
@@ -10,6 +11,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTableWidget>
@@ -166,6 +168,57 @@ private slots:
             QCOMPARE(toKHz(ComputeFreq(QString::number(r->tunedCode(), 16))), before[std::size_t(i)]);
             QCOMPARE(line.text(i, PlanWindow::ColDeploy), QStringLiteral("done"));
         }
+    }
+
+    // Each file as the user chooses it through the file dialog: the plan
+    // written and read back, a list checked against the line, bad files refused.
+    void files_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QByteArray>("content"); // written before an import; empty for an export
+        QTest::addColumn<QString>("expected");   // in the status line, or the message shown
+        QTest::newRow("plan as CSV") << "cmdExportCsv" << QByteArray() << "frequencies written";
+        QTest::newRow("plain list") << "cmdExportList" << QByteArray() << "frequencies written";
+        QTest::newRow("list on top of the line")
+            << "cmdImportList" << QByteArray("LINE") << "0 of 2 receivers clean";
+        QTest::newRow("list far from the line")
+            << "cmdImportList" << QByteArray("650.000\n651.000\n") << "2 of 2 receivers clean";
+        QTest::newRow("not a list") << "cmdImportList" << QByteArray("470.000\nhello\n") << "Line 2";
+    }
+    void files()
+    {
+        QFETCH(QString, button);
+        QFETCH(QByteArray, content);
+        QFETCH(QString, expected);
+        Line line({1, 2});
+        line.click("cmdCompute");
+        line.settle();
+        const QString path = line.dataDir.filePath(QStringLiteral("chosen.txt"));
+        if (!content.isEmpty()) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            // "LINE": the receivers' own frequencies, each then on top of another carrier.
+            if (content == "LINE")
+                content = exportFrequencyList({line.frequencyKHz(0), line.frequencyKHz(1)}).toUtf8();
+            file.write(content);
+        }
+        line.dialogs.queueFileName(path);
+        line.click(qPrintable(button));
+        const QString shown = line.window->findChild<QLabel *>(QStringLiteral("lblPlanStatus"))->text() +
+                              line.dialogs.messages().join(QLatin1Char('\n'));
+        QVERIFY2(shown.contains(expected), qPrintable(shown));
+        if (button == QLatin1String("cmdImportList"))
+            return;
+        // What was written reads back as the proposed frequencies.
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const FrequencyListResult back = importFrequencyList(QString::fromUtf8(file.readAll()));
+        QVERIFY(back.ok());
+        std::vector<int> plan = line.window->proposed();
+        std::vector<int> read = back.frequenciesKHz;
+        std::sort(plan.begin(), plan.end());
+        std::sort(read.begin(), read.end());
+        QCOMPARE(read, plan);
     }
 
     // A frequency the receiver refuses, and one it never hears.
