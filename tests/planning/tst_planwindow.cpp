@@ -8,8 +8,10 @@
 #include "support/testbed.h"
 
 #include <QAction>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
+#include <QDoubleSpinBox>
 #include <QFile>
 #include <QLabel>
 #include <QPushButton>
@@ -219,6 +221,35 @@ private slots:
         std::sort(plan.begin(), plan.end());
         std::sort(read.begin(), read.end());
         QCOMPARE(read, plan);
+    }
+
+    // The last spectrum scan, run by the receiver layer as the detail window
+    // runs it, keeps the plan off what it measured above the threshold.
+    void keepsOffTheLastScan_data()
+    {
+        QTest::addColumn<double>("thresholdDbm");
+        QTest::addColumn<bool>("keptOff");
+        QTest::newRow("every point a signal") << -150.0 << true;
+        QTest::newRow("no point above") << 30.0 << false;
+    }
+    void keepsOffTheLastScan()
+    {
+        QFETCH(double, thresholdDbm);
+        QFETCH(bool, keptOff);
+        Line line({1, 2});
+        const int low = lineCarriers(line.ctx.bus.foundRecords()).front().bandLowKHz;
+        constexpr int kPoints = 41; // the band's lowest MHz
+        line.ctx.bus.select(0);
+        for (int i = 0; i < kPoints; ++i)
+            QVERIFY(line.ctx.bus.scanStep(i, (low + i * kRasterKHz) / 1000.0));
+        QCOMPARE(line.session->lastScan().points().size(), std::size_t(kPoints));
+        line.window->findChild<QCheckBox *>(QStringLiteral("chkScan"))->setChecked(true);
+        line.window->findChild<QDoubleSpinBox *>(QStringLiteral("spnThreshold"))->setValue(thresholdDbm);
+        line.click("cmdCompute");
+        line.settle();
+        const std::vector<int> plan = line.window->proposed();
+        const int lowest = *std::min_element(plan.begin(), plan.end());
+        QCOMPARE(lowest >= low + (kPoints - 1) * kRasterKHz + Guards{}.carrier, keptOff);
     }
 
     // A frequency the receiver refuses, and one it never hears.
