@@ -11,6 +11,7 @@
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/portmapping.h"
 #include "mainscreen/rcvpanel.h"
+#include "planning/planwindow.h"
 #include "platform/framepacer.h"
 #include "platform/portmap.h"
 #include "session/session.h"
@@ -61,6 +62,7 @@ FrmMain::FrmMain(Session &session, QWidget *parent)
         return validIndex(index) ? m_ctx.bus.record(index).address : 0;
     });
     addBusHealthItem();
+    addFrequencyPlanItem();
     resize(1280, 760);
 }
 
@@ -114,6 +116,24 @@ void FrmMain::addBusHealthItem()
         window->show();
         window->raise();
     });
+}
+
+void FrmMain::addFrequencyPlanItem()
+{
+    QMenu *receiverMenu = findChild<QMenu *>(QStringLiteral("mnuReceiver"));
+    QAction *plan = receiverMenu->addAction(QStringLiteral("Frequency Plan..."));
+    plan->setObjectName(QStringLiteral("mnuFreqPlan"));
+    connect(plan, &QAction::triggered, this, [this] {
+        if (!m_plan)
+            m_plan = new PlanWindow(m_session, this);
+        m_plan->show();
+        m_plan->raise();
+    });
+}
+
+PlanWindow *FrmMain::planWindow() const
+{
+    return m_plan;
 }
 
 FrmMain::~FrmMain()

@@ -20,6 +20,7 @@ struct Context;
 class Monitoring;
 class Session;
 class PanelGrid;
+class PlanWindow;
 class PortMap;
 class RcvPanel;
 class WorkLoop;
@@ -87,6 +88,8 @@ public:
     QMenu *popupMenu() const { return m_popup; }
     // The "Monitor" menu over the session's alarms and show log.
     Monitoring *monitoring() const { return m_monitoring; }
+    // Null until "Frequency Plan..." was first chosen.
+    PlanWindow *planWindow() const;
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -109,6 +112,7 @@ private:
     bool validIndex(int index) const;
     void connectSession();
     void addBusHealthItem();
+    void addFrequencyPlanItem();
     void enableFoundPanels();
 
     Session &m_session;
@@ -117,6 +121,7 @@ private:
     frmCheckNet *m_checkNet = nullptr;
     QPointer<DetailWindow> m_more;
     Monitoring *m_monitoring = nullptr;
+    QPointer<PlanWindow> m_plan;
     QMenu *m_popup = nullptr;
     QAction *m_mnuBaud1 = nullptr;
     std::array<QAction *, 9> m_mnuCom{}; // index 1..8

@@ -338,6 +338,21 @@ bool ReceiverBus::bringBack(int index)
     return true;
 }
 
+std::optional<Identification> ReceiverBus::readBack(int index)
+{
+    if (!validIndex(index))
+        return std::nullopt;
+    const int address = m_table[static_cast<std::size_t>(index)].address;
+    QString reply;
+    send(frames::identify(address), 41, 100, reply);
+    const auto id = parseIdentification(reply, address);
+    if (!id)
+        return std::nullopt;
+    fill(index, *id);
+    emit receiverChanged(status(index));
+    return id;
+}
+
 void ReceiverBus::pilotKob(int index)
 {
     // KobActive belongs to the detail window's KOB alone: it locks that window,

@@ -6,6 +6,7 @@
 #include "receivers/leveltable.h"
 #include "receivers/receiverrecord.h"
 #include "receivers/receiverstatus.h"
+#include "receivers/replies.h"
 #include "receivers/settingsfile.h"
 #include "receivers/workmode.h"
 
@@ -128,6 +129,9 @@ public:
     // Writes a settings-file line's fields to the detected receiver with that
     // address and sends them; the index changed, or nothing.
     std::optional<int> programReceiver(const SettingsLine &fields);
+    // Asks a receiver for its whole status ("M") and takes it into the record:
+    // what a receiver really runs on after a command it may not have taken.
+    std::optional<Identification> readBack(int index);
 
     // --- the detail window's receiver (the selected one) ----------------------------------
     // Fresh battery mean and drop counters for a newly opened window.

@@ -10,6 +10,9 @@
 #include "session/remotecontrol.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 #include <QScopedValueRollback>
 #include <QSysInfo>
@@ -25,7 +28,8 @@ constexpr int kWakeMillis = 1000;
 
 Session::Session(const Platform &platform, SessionOptions options)
     : m_options(std::move(options)), m_ctx(platform), m_loop(m_ctx.bus), m_wallTime(platform.clock),
-      m_alarms(platform.clock), m_showLog(m_wallTime), m_lineName(m_options.lineName)
+      m_alarms(platform.clock), m_showLog(m_wallTime), m_deploy(m_ctx.bus), m_lastScan(m_ctx.bus),
+      m_lineName(m_options.lineName)
 {
     m_alarms.setSettings(AlarmSettings::load(platform.settings));
     connectMonitoring(&m_ctx.bus, &m_alarms, &m_showLog);
@@ -217,7 +221,27 @@ void Session::setAutoRecover(bool on)
 
 bool Session::pollStep()
 {
+    if (m_deploy.busy())
+        return m_deploy.step();
     return m_ctx.bus.ReadAllAD();
+}
+
+QString Session::saveLineBackup(QString *error)
+{
+    QString folder = m_options.dataFolder;
+    if (folder.isEmpty())
+        folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    if (!QDir().mkpath(folder)) {
+        *error = QStringLiteral("the folder %1 cannot be made").arg(folder);
+        return {};
+    }
+    const QString stamp = m_wallTime.now().toString(QStringLiteral("yyyy-MM-dd_HH-mm-ss"));
+    QString path = QDir(folder).filePath(QStringLiteral("line-%1.zun").arg(stamp));
+    // Two deploys in one second keep both files.
+    for (int n = 2; QFileInfo::exists(path); ++n)
+        path = QDir(folder).filePath(QStringLiteral("line-%1-%2.zun").arg(stamp).arg(n));
+    *error = saveSettingsFile(path, formatSettings(m_ctx.bus.foundRecords()));
+    return error->isEmpty() ? path : QString();
 }
 
 bool Session::recoverIfDue()

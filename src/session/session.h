@@ -5,6 +5,8 @@
 #include "core/context.h"
 #include "core/workloop.h"
 #include "platform/walltime.h"
+#include "session/frequencydeploy.h"
+#include "session/scanmemory.h"
 #include "session/sessionoptions.h"
 #include "showlog/showlog.h"
 
@@ -56,6 +58,12 @@ public:
     // Null until the first detection at start, and when no feed is on.
     FeedHub *feeds() const { return m_feeds; }
     QString feedStatusText() const;
+    // Retuning many receivers: runs in the poll's place until it is through.
+    FrequencyDeploy &deploy() { return m_deploy; }
+    const ScanMemory &lastScan() const { return m_lastScan; }
+    // The line's settings as a ".zun" file named with the date and time in
+    // the data folder; the path, or empty with the reason in *error.
+    QString saveLineBackup(QString *error);
 
     // The name listeners give the line: --line, else the port in use ("COM3").
     QString lineName() const { return m_lineName; }
@@ -113,6 +121,8 @@ private:
     AlarmEngine m_alarms;
     ShowLog m_showLog;
     BusHealthModel m_busHealth;
+    FrequencyDeploy m_deploy;
+    ScanMemory m_lastScan;
     FeedHub *m_feeds = nullptr;
     // Null unless the options ask for control over MQTT.
     RemoteControl *m_control = nullptr;

@@ -28,6 +28,9 @@ struct SessionOptions
     bool autoRecover = false;
     // No window: questions are answered at once and messages printed.
     bool headless = false;
+    // Where settings saved before a frequency plan is deployed go; empty: the
+    // user's data folder.
+    QString dataFolder;
 };
 
 // Keys of the settings store that belong to the session.

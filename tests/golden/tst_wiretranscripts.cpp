@@ -11,6 +11,7 @@
 #include "mainscreen/imagesign.h"
 #include "mainscreen/rcvpanel.h"
 #include "mainscreen/startupwindows.h"
+#include "planning/planwindow.h"
 #include "support/testbed.h"
 
 #include <QFile>
@@ -126,6 +127,10 @@ struct Program : TestBed
                 box->selectAll();
                 QTest::keyClicks(box, words[1]);
                 QTest::keyClick(box, Qt::Key_Return);
+            } else if (verb == "plan") { // a button of the frequency plan window, then until it is through
+                click(find<QWidget>(main->planWindow(), words[0]));
+                while (main->planWindow()->computing() || session->deploy().busy())
+                    passes(1);
             } else if (verb == "hold") {
                 hold(find<QPushButton>(detail, words[0]), words[1].toInt());
             } else if (verb == "tab") {
@@ -255,6 +260,8 @@ const std::map<QString, Run> &runs()
          {{}, "forget; menu mnu_PM_GCH mnu_PM_Frq mnu_PM_SQ mnu_PM_Rname mnu_PM_Addr mnu_PM_VOL"}},
         {"panel-clicks", {{}, "forget; panel 0 mute; passes 1; panel 0 mute; panel 1 pilot; passes 1"}},
         {"menus", {{}, "forget; menu mnuReconnect; type 38400; menu mnuBaud1 mnuAuto"}},
+        {"plan-deploy",
+         {{}, "forget; menu mnuFreqPlan; plan cmdCompute; plan cmdApply; passes 1; plan cmdUndo; passes 1"}},
         // The stored port is there but silent; the receivers sit on COM1.
         {"port-search",
          {[](Program &s) {

@@ -26,8 +26,18 @@ void ScriptedDesktop::processEvents()
         script(++calls);
 }
 
+namespace {
+SessionOptions withDataFolder(SessionOptions options, const QString &folder)
+{
+    if (options.dataFolder.isEmpty())
+        options.dataFolder = folder;
+    return options;
+}
+} // namespace
+
 TestBed::TestBed(const SessionOptions &options)
-    : session(assembleSession(Platform{clock, line, settings, dialogs, desktop}, options)),
+    : session(assembleSession(Platform{clock, line, settings, dialogs, desktop},
+                              withDataFolder(options, dataDir.path()))),
       ctx(session->context())
 {
     ctx.endProgram = [this] { ++endProgramCalls; };

@@ -6,6 +6,8 @@
 #include "sim/simbus.h"
 #include "sim/simserialline.h"
 
+#include <QTemporaryDir>
+
 #include <functional>
 #include <memory>
 #include <vector>
@@ -53,6 +55,8 @@ struct TestBed
 
     double virtualSeconds() const { return clock.nowMicros() / 1e6; }
 
+    // The user's data folder, unless the options name one.
+    QTemporaryDir dataDir;
     VirtualClock clock;
     SimSerialLine line{clock};
     MemorySettingsStore settings;
