@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <optional>
@@ -20,10 +21,11 @@ struct MqttSettings
     QString password;
     QString caFile; // set: TLS
     QString clientId;
-    QString statusTopic; // retained "online", last will "offline"
+    QString statusTopic; // retained "online", last will "offline"; empty: a listener owning no line
     QString infoTopic;   // retained JSON with "host" and "pid" of the program owning the line
     QString selfHost;
     qint64 selfPid = 0;
+    QStringList subscriptions; // asked for again on every connection
 };
 
 // Who owns a line name on the broker, judged from its retained status and
@@ -53,11 +55,13 @@ signals:
     // Another program says "online" under this line's name: nothing was
     // published, and no connection with this line's will was ever made.
     void nameTaken(const QString &owner);
+    void messageReceived(const QString &topic, const QByteArray &payload);
 
 private:
     void tryConnect();
     static void onConnect(mosquitto *client, void *self, int rc);
     static void onDisconnect(mosquitto *client, void *self, int rc);
+    static void onMessage(mosquitto *client, void *self, const mosquitto_message *message);
     // Sets the user, password and TLS of a client; a libmosquitto result.
     int configure(mosquitto *client) const;
     // Who owns the line on the broker, asked by a short connection without a

@@ -42,7 +42,8 @@ void MqttFeed::startSession()
                           QStringLiteral("zunoria/%1/status").arg(m_bus),
                           QStringLiteral("zunoria/%1/info").arg(m_bus),
                           QSysInfo::machineHostName(),
-                          QCoreApplication::applicationPid()};
+                          QCoreApplication::applicationPid(),
+                          {}};
     m_connection = new MqttConnection(std::move(settings));
     m_connection->moveToThread(&m_thread);
     connect(this, &MqttFeed::publishRequested, m_connection, &MqttConnection::publish);
@@ -52,6 +53,8 @@ void MqttFeed::startSession()
         m_published.clear();
         if (!m_info.isEmpty())
             emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), m_info, true);
+        if (!m_health.isEmpty())
+            emit publishRequested(QStringLiteral("zunoria/%1/health").arg(m_bus), m_health, true);
         for (auto it = m_receivers.cbegin(); it != m_receivers.cend(); ++it)
             m_dirty.insert(it.key());
         flush();
@@ -89,6 +92,8 @@ void MqttFeed::onPortChanged(const QString &portName)
     // The old name's description goes with it; its status says "offline".
     if (m_state == FeedStatus::Mqtt::Connected && !m_info.isEmpty())
         emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), QByteArray(), true);
+    if (m_state == FeedStatus::Mqtt::Connected && !m_health.isEmpty())
+        emit publishRequested(QStringLiteral("zunoria/%1/health").arg(m_bus), QByteArray(), true);
     endSession();
     m_bus = portName;
     m_published.clear();
@@ -102,6 +107,15 @@ void MqttFeed::setInfo(const QByteArray &json)
     m_info = json;
     if (m_state == FeedStatus::Mqtt::Connected)
         emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), m_info, true);
+}
+
+void MqttFeed::setHealth(const QByteArray &json)
+{
+    if (json == m_health)
+        return;
+    m_health = json;
+    if (m_state == FeedStatus::Mqtt::Connected)
+        emit publishRequested(QStringLiteral("zunoria/%1/health").arg(m_bus), m_health, true);
 }
 
 void MqttFeed::publishAlarm(const QByteArray &json)

@@ -47,4 +47,16 @@ QString startSimulator(Child &child, const QStringList &arguments);
 // User and system CPU time this process used so far.
 double cpuSeconds();
 
+// Sends raw bytes and returns everything the server answers until it closes
+// or goes quiet for a second.
+QByteArray exchange(quint16 port, const QByteArray &request);
+// A GET request for target on localhost.
+QByteArray get(const QByteArray &target);
+
+// zunoria --headless on COM1 = device, as a service starts it: no display at
+// all, its own settings folder. Returns what it said once it said what it
+// found (or gave up waiting).
+QByteArray startHeadless(Child &program, const QString &configHome, const QString &device,
+                         const QStringList &arguments);
+
 } // namespace zun
