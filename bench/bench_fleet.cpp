@@ -58,17 +58,29 @@ bool listening(quint16 port)
     return socket.waitForConnected(200);
 }
 
-// One blocking request; the body of the answer.
+// One blocking request; the body of the answer, read up to its length
+// (the server keeps the connection open).
 QByteArray httpGet(quint16 port, const QByteArray &target)
 {
     QTcpSocket socket;
     socket.connectToHost(QHostAddress::LocalHost, port);
     if (!socket.waitForConnected(1000))
         return {};
-    socket.write("GET " + target + " HTTP/1.1\r\nHost: localhost\r\nConnection: close\r\n\r\n");
+    socket.write("GET " + target + " HTTP/1.1\r\nHost: localhost\r\n\r\n");
     QByteArray answer;
-    while (socket.waitForReadyRead(2000))
+    while (socket.waitForReadyRead(2000)) {
         answer += socket.readAll();
+        const qsizetype end = answer.indexOf("\r\n\r\n");
+        if (end < 0)
+            continue;
+        const qsizetype at = answer.toLower().indexOf("content-length:");
+        if (at >= 0 && at < end) {
+            const qsizetype length =
+                answer.mid(at + 15, answer.indexOf("\r\n", at) - at - 15).trimmed().toLongLong();
+            if (answer.size() - end - 4 >= length)
+                return answer.mid(end + 4, length);
+        }
+    }
     return answer.mid(answer.indexOf("\r\n\r\n") + 4);
 }
 
