@@ -1,3 +1,4 @@
+#include "fleet/fleetservice.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/startupwindows.h"
 #include "platform/consoledialogs.h"
@@ -29,7 +30,9 @@ void describeOptions(QCommandLineParser &parser)
         "A port may also be a serial server: tcp://HOST:PORT (raw) or rfc2217://HOST:PORT.\n"
         "Example: zunoria --port COM1=/dev/serial/by-id/usb-FTDI_...-if00-port0\n\n"
         "With --headless it runs without a window (a rack PC, a systemd service:\n"
-        "zunoria-headless@LINE.service): one event a line on standard error, SIGTERM ends it."));
+        "zunoria-headless@LINE.service): one event a line on standard error, SIGTERM ends it.\n\n"
+        "With --fleet --mqtt HOST --web PORT it opens no serial line and shows every line\n"
+        "on the broker on one web dashboard."));
     parser.addHelpOption();
     parser.addVersionOption();
     parser.addOption(
@@ -47,7 +50,8 @@ void describeOptions(QCommandLineParser &parser)
 bool needsNoWindow(int argc, char *argv[])
 {
     for (int i = 1; i < argc; ++i)
-        for (const char *option : {"-h", "--help", "--help-all", "-v", "--version", "-?", "--headless"})
+        for (const char *option :
+             {"-h", "--help", "--help-all", "-v", "--version", "-?", "--headless", "--fleet"})
             if (std::strcmp(argv[i], option) == 0)
                 return true;
     return false;
@@ -96,6 +100,22 @@ int main(int argc, char *argv[])
     if (!options) {
         fail(error);
         return 2;
+    }
+    if (const QString problem = zun::fleetOptionsProblem(parser, *options); !problem.isEmpty()) {
+        fail(problem);
+        return 1;
+    }
+    if (options->fleet) {
+        const auto fleet = zun::assembleFleet(options->feeds);
+        if (!fleet->start()) {
+            fail(fleet->errorText());
+            return 1;
+        }
+        std::fprintf(stderr, "zunoria: fleet dashboard at %s\n", qUtf8Printable(fleet->url()));
+        zun::TerminationSignals termination;
+        QObject::connect(&termination, &zun::TerminationSignals::requested, app.get(),
+                         &QCoreApplication::quit);
+        return app->exec();
     }
     zun::PortMap portMap(settings);
     for (const QString &mapping : parser.values(QStringLiteral("port"))) {

@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QPointer>
 #include <QRandomGenerator>
+#include <QSysInfo>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUrlQuery>
@@ -39,6 +40,9 @@ QByteArray headerValue(const QByteArray &head, const QByteArray &name)
     }
     return {};
 }
+
+const QString kMetricsPath = QStringLiteral("/metrics");
+const QString kStatePath = QStringLiteral("/api/state");
 
 } // namespace
 
@@ -79,6 +83,7 @@ struct DashboardServer::Head
     QObject *watcher = nullptr; // a child of the socket
     QByteArray bytes;
     bool lineChecked = false;
+    bool bearerWanted = false; // a /metrics request: the token comes as a header
     QTimer timer;
 };
 
@@ -186,8 +191,11 @@ void DashboardServer::inspect(QTcpSocket *socket)
         const qsizetype lineEnd = head->bytes.indexOf('\n');
         if (!head->lineChecked && lineEnd >= 0) {
             // The token first: a stranger gets no further than the request line.
+            // A scraper sends it as a header, looked at once the head is whole.
             const QList<QByteArray> parts = head->bytes.left(lineEnd).trimmed().split(' ');
-            if (parts.size() != 3 || !tokenMatches(QUrl(QString::fromLatin1(parts.at(1))))) {
+            const QUrl target(QString::fromLatin1(parts.value(1)));
+            head->bearerWanted = parts.size() == 3 && target.path() == kMetricsPath;
+            if (parts.size() != 3 || (!head->bearerWanted && !tokenMatches(target))) {
                 refuse(socket, "403 Forbidden");
                 return;
             }
@@ -205,6 +213,10 @@ void DashboardServer::inspect(QTcpSocket *socket)
             return;
         }
         const QByteArray whole = head->bytes.left(end);
+        if (head->bearerWanted && !bearerMatches(headerValue(whole, "authorization"))) {
+            refuse(socket, "401 Unauthorized\r\nWWW-Authenticate: Bearer");
+            return;
+        }
         const QByteArray length = headerValue(whole, "content-length");
         if ((!length.isEmpty() && length != "0") || !headerValue(whole, "transfer-encoding").isEmpty()) {
             refuse(socket, "413 Content Too Large"); // the dashboard takes no uploads
@@ -262,7 +274,19 @@ QString DashboardServer::url() const
 
 bool DashboardServer::tokenMatches(const QUrl &url) const
 {
-    const QByteArray given = QUrlQuery(url).queryItemValue(QStringLiteral("token")).toUtf8();
+    return sameToken(QUrlQuery(url).queryItemValue(QStringLiteral("token")).toUtf8());
+}
+
+bool DashboardServer::bearerMatches(const QByteArray &authorization) const
+{
+    const QByteArray scheme("bearer ");
+    return authorization.size() > scheme.size() &&
+           authorization.left(scheme.size()).compare(scheme, Qt::CaseInsensitive) == 0 &&
+           sameToken(authorization.mid(scheme.size()).trimmed());
+}
+
+bool DashboardServer::sameToken(const QByteArray &given) const
+{
     const QByteArray wanted = m_token.toUtf8();
     // Compare every byte so the time taken does not tell how much matched.
     char difference = static_cast<char>(given.size() != wanted.size());
@@ -279,8 +303,23 @@ bool DashboardServer::handleRequest(const QHttpServerRequest &request, QTcpSocke
     if (request.value("upgrade").compare("websocket", Qt::CaseInsensitive) == 0)
         return path == QLatin1String("/ws") && tokenMatches(request.url());
     const bool head = request.method() == QHttpServerRequest::Method::Head;
-    if (!tokenMatches(request.url()) || (request.method() != QHttpServerRequest::Method::Get && !head) ||
-        (path != QLatin1String("/") && !path.isEmpty()))
+    const bool get = request.method() == QHttpServerRequest::Method::Get;
+    if (get && path == kMetricsPath) {
+        if (!bearerMatches(request.value("authorization"))) {
+            makeResponder(request, socket).write(QHttpServerResponder::StatusCode::Unauthorized);
+            return true;
+        }
+        makeResponder(request, socket)
+            .write(metricsText(m_snapshot ? m_snapshot() : ownLine()),
+                   "text/plain; version=0.0.4; charset=utf-8");
+        return true;
+    }
+    if (get && path == kStatePath && tokenMatches(request.url())) {
+        makeResponder(request, socket)
+            .write(stateJson(m_snapshot ? m_snapshot() : ownLine()), "application/json");
+        return true;
+    }
+    if (!tokenMatches(request.url()) || (!get && !head) || (path != QLatin1String("/") && !path.isEmpty()))
         return false;
     if (!head) {
         makeResponder(request, socket).write(page(), "text/html; charset=utf-8");
@@ -303,10 +342,24 @@ void DashboardServer::missingHandler(const QHttpServerRequest &request, QTcpSock
 
 QByteArray DashboardServer::page() const
 {
-    QByteArray html = resource(QStringLiteral("index.html"));
-    html.replace("/*STYLE*/", resource(QStringLiteral("dashboard.css")));
-    html.replace("/*SCRIPT*/", resource(QStringLiteral("dashboard.js")));
+    QByteArray html = resource(m_page.html);
+    html.replace("/*STYLE*/", resource(m_page.css));
+    html.replace("/*SCRIPT*/", resource(m_page.js));
     return html;
+}
+
+QList<LineSnapshot> DashboardServer::ownLine() const
+{
+    LineSnapshot line;
+    line.line = m_bus;
+    line.host = QSysInfo::machineHostName();
+    QList<int> addresses = m_receivers.keys();
+    std::sort(addresses.begin(), addresses.end());
+    for (int address : addresses)
+        line.receivers.append(m_receivers.value(address));
+    line.receiversFound = static_cast<int>(line.receivers.size());
+    line.health = m_health;
+    return {line};
 }
 
 void DashboardServer::acceptWebSocket()
@@ -325,6 +378,10 @@ void DashboardServer::acceptWebSocket()
             client->deleteLater();
         });
         // Anything the page sends is ignored: the dashboard is read-only.
+        if (m_greeting) {
+            send(client, m_greeting());
+            continue;
+        }
         QList<int> all = m_receivers.keys();
         std::sort(all.begin(), all.end());
         send(client, message(all));
@@ -365,7 +422,11 @@ void DashboardServer::flush()
     QList<int> changed = m_dirty.values();
     m_dirty.clear();
     std::sort(changed.begin(), changed.end());
-    const QByteArray text = message(changed);
+    broadcast(message(changed));
+}
+
+void DashboardServer::broadcast(const QByteArray &text)
+{
     for (QWebSocket *client : QList<QWebSocket *>(m_clients))
         send(client, text);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "feeds/lineexport.h"
 #include "receivers/receiverstatus.h"
 
 #include <QAbstractHttpServer>
@@ -10,6 +11,7 @@
 #include <QTimer>
 #include <QWebSocket>
 
+#include <functional>
 #include <memory>
 
 namespace zun {
@@ -21,6 +23,8 @@ namespace zun {
 // maxQueuedBytes, so a stuck phone never holds memory or time. Whatever a
 // client sends, it holds no more than a request head, a slot among the
 // connections and ten seconds of the server's time before it is answered.
+// GET /api/state (token in the query) and GET /metrics (token as a bearer)
+// show the same lines in JSON and in the Prometheus format.
 class DashboardServer : public QAbstractHttpServer
 {
     Q_OBJECT
@@ -49,6 +53,21 @@ public:
 
     static QString randomToken();
 
+    // The page, its style and its script, by resource name.
+    struct Page
+    {
+        QString html = QStringLiteral("index.html");
+        QString css = QStringLiteral("dashboard.css");
+        QString js = QStringLiteral("dashboard.js");
+    };
+    void setPage(const Page &page) { m_page = page; }
+    // What a new WebSocket client is sent first; by default every receiver.
+    void setGreeting(std::function<QByteArray()> greeting) { m_greeting = std::move(greeting); }
+    // The lines /api/state and /metrics show; by default this line alone.
+    void setSnapshot(std::function<QList<LineSnapshot>()> snapshot) { m_snapshot = std::move(snapshot); }
+    // Sends text to every WebSocket client, dropping those that do not read.
+    void broadcast(const QByteArray &text);
+
 public slots:
     void onReceiverFound(const zun::ReceiverStatus &status) { store(status); }
     void onReceiverChanged(const zun::ReceiverStatus &status) { store(status); }
@@ -56,6 +75,7 @@ public slots:
     void onWentOffline(const zun::ReceiverStatus &status) { store(status); }
     void onCameBack(const zun::ReceiverStatus &status) { store(status); }
     void onPortChanged(const QString &portName);
+    void setHealth(const QList<zun::BusCounters> &health) { m_health = health; }
     // Sends what changed since the last flush; the timer calls it.
     void flush();
 
@@ -74,6 +94,9 @@ private:
     void store(const ReceiverStatus &status);
     void acceptWebSocket();
     bool tokenMatches(const QUrl &url) const;
+    bool sameToken(const QByteArray &given) const;
+    bool bearerMatches(const QByteArray &authorization) const;
+    QList<LineSnapshot> ownLine() const;
     QByteArray message(const QList<int> &addresses) const;
     void send(QWebSocket *client, const QByteArray &text);
     QByteArray page() const;
@@ -85,6 +108,10 @@ private:
     QString m_error;
     QString m_bus;
     QHash<int, ReceiverStatus> m_receivers;
+    QList<BusCounters> m_health;
+    Page m_page;
+    std::function<QByteArray()> m_greeting;
+    std::function<QList<LineSnapshot>()> m_snapshot;
     QSet<int> m_dirty;
     QList<QWebSocket *> m_clients;
     QTimer m_flushTimer;

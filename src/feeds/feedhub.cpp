@@ -54,6 +54,14 @@ void FeedHub::publishAlarm(const QByteArray &json)
         m_mqtt->publishAlarm(json);
 }
 
+void FeedHub::setHealth(const QList<BusCounters> &health)
+{
+    if (m_mqtt)
+        m_mqtt->setHealth(busCountersJson(health));
+    if (m_dashboard)
+        m_dashboard->setHealth(health);
+}
+
 void FeedHub::receiverFound(const ReceiverStatus &status)
 {
     if (m_osc)

@@ -30,6 +30,9 @@ public:
     // The line's description and its alarms, for the feeds that carry them.
     void setLineInfo(const QByteArray &json);
     void publishAlarm(const QByteArray &json);
+    // The bus health, for the broker and the dashboard's /metrics.
+    void setHealth(const QList<zun::BusCounters> &health);
+    bool carriesHealth() const { return m_mqtt || m_dashboard; }
     // Tells every feed of a receiver found before the feeds began.
     void receiverFound(const zun::ReceiverStatus &status);
     // After a detection, the addresses now on the line.

@@ -73,8 +73,11 @@ void MqttConnection::start()
     mosquitto_message_callback_set(m_client, &MqttConnection::onMessage);
     mosquitto_reconnect_delay_set(m_client, kMinRetrySeconds, kMaxRetrySeconds, true);
     const QByteArray offline("offline");
-    mosquitto_will_set(m_client, m_settings.statusTopic.toUtf8().constData(), offline.size(),
-                       offline.constData(), 1, true);
+    if (!m_settings.statusTopic.isEmpty())
+        mosquitto_will_set(m_client, m_settings.statusTopic.toUtf8().constData(), offline.size(),
+                           offline.constData(), 1, true);
+    else
+        m_claimed = true; // a listener claims no line name
     if (const int rc = configure(m_client); rc != MOSQ_ERR_SUCCESS) {
         emit disconnected(QStringLiteral("MQTT: TLS: %1").arg(errorText(rc)));
         return;
@@ -203,8 +206,9 @@ void MqttConnection::stop()
         return;
     m_running = false;
     const QByteArray offline("offline");
-    mosquitto_publish(m_client, nullptr, m_settings.statusTopic.toUtf8().constData(),
-                      static_cast<int>(offline.size()), offline.constData(), 1, true);
+    if (!m_settings.statusTopic.isEmpty())
+        mosquitto_publish(m_client, nullptr, m_settings.statusTopic.toUtf8().constData(),
+                          static_cast<int>(offline.size()), offline.constData(), 1, true);
     mosquitto_disconnect(m_client);
     mosquitto_loop_stop(m_client, false);
 }
@@ -217,11 +221,14 @@ void MqttConnection::onConnect(mosquitto *client, void *self, int rc)
             QStringLiteral("MQTT: refused: %1").arg(QString::fromUtf8(mosquitto_connack_string(rc))));
         return;
     }
+    const MqttSettings &settings = connection->m_settings;
     const QByteArray online("online");
-    mosquitto_publish(client, nullptr, connection->m_settings.statusTopic.toUtf8().constData(),
-                      static_cast<int>(online.size()), online.constData(), 1, true);
+    // A listener with no line of its own (the fleet) has no status to give.
+    if (!settings.statusTopic.isEmpty())
+        mosquitto_publish(client, nullptr, settings.statusTopic.toUtf8().constData(),
+                          static_cast<int>(online.size()), online.constData(), 1, true);
     // A clean session forgets subscriptions: each connection asks anew.
-    for (const QString &topic : connection->m_settings.subscriptions)
+    for (const QString &topic : settings.subscriptions)
         mosquitto_subscribe(client, nullptr, topic.toUtf8().constData(), 1);
     emit connection->connected();
 }

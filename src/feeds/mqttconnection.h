@@ -21,7 +21,7 @@ struct MqttSettings
     QString password;
     QString caFile; // set: TLS
     QString clientId;
-    QString statusTopic; // retained "online", last will "offline"
+    QString statusTopic; // retained "online", last will "offline"; empty: a listener owning no line
     QString infoTopic;   // retained JSON with "host" and "pid" of the program owning the line
     QString selfHost;
     qint64 selfPid = 0;

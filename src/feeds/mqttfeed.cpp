@@ -59,6 +59,8 @@ void MqttFeed::startSession()
         m_published.clear();
         if (!m_info.isEmpty())
             emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), m_info, true);
+        if (!m_health.isEmpty())
+            emit publishRequested(QStringLiteral("zunoria/%1/health").arg(m_bus), m_health, true);
         for (auto it = m_receivers.cbegin(); it != m_receivers.cend(); ++it)
             m_dirty.insert(it.key());
         flush();
@@ -102,6 +104,8 @@ void MqttFeed::onPortChanged(const QString &portName)
         for (const int address : m_announced.keys())
             withdraw(address);
     m_announced.clear();
+    if (m_state == FeedStatus::Mqtt::Connected && !m_health.isEmpty())
+        emit publishRequested(QStringLiteral("zunoria/%1/health").arg(m_bus), QByteArray(), true);
     endSession();
     m_bus = portName;
     m_published.clear();
@@ -115,6 +119,15 @@ void MqttFeed::setInfo(const QByteArray &json)
     m_info = json;
     if (m_state == FeedStatus::Mqtt::Connected)
         emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), m_info, true);
+}
+
+void MqttFeed::setHealth(const QByteArray &json)
+{
+    if (json == m_health)
+        return;
+    m_health = json;
+    if (m_state == FeedStatus::Mqtt::Connected)
+        emit publishRequested(QStringLiteral("zunoria/%1/health").arg(m_bus), m_health, true);
 }
 
 void MqttFeed::publishAlarm(const QByteArray &json)

@@ -19,7 +19,8 @@ class MqttConnection;
 // Publishes every receiver's state as one retained JSON object on
 // zunoria/<bus>/rx/<address>/state, on change and at most every 500 ms per
 // receiver, with zunoria/<bus>/status "online" / last will "offline", the
-// line's description retained on zunoria/<bus>/info and each alarm as an
+// line's description retained on zunoria/<bus>/info, its bus health on
+// zunoria/<bus>/health and each alarm as an
 // event on zunoria/<bus>/alarm. The slots only store; publishing is handed,
 // queued, to the connection's thread.
 class MqttFeed : public QObject
@@ -44,6 +45,8 @@ public slots:
     void onPortChanged(const QString &portName);
     // Retained on zunoria/<bus>/info and said again on every connection.
     void setInfo(const QByteArray &json);
+    // Retained on zunoria/<bus>/health; the caller paces it.
+    void setHealth(const QByteArray &json);
     // Not retained: an alarm is an event, not a state. Lost while the broker is away.
     void publishAlarm(const QByteArray &json);
     // After a detection: receivers not among these are gone from the line,
@@ -73,6 +76,7 @@ private:
     FeedOptions m_options;
     QString m_bus;
     QByteArray m_info;
+    QByteArray m_health;
     QThread m_thread;
     MqttConnection *m_connection = nullptr;
     FeedStatus::Mqtt m_state = FeedStatus::Mqtt::Off;

@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QJsonObject>
 
+#include <optional>
+
 namespace zun {
 
 // One receiver as the MQTT topics and the dashboard carry it: address, name,
@@ -14,6 +16,10 @@ QJsonObject receiverJson(const ReceiverStatus &status);
 
 // The same as compact UTF-8 text; quotes and control characters escaped.
 QByteArray receiverJsonText(const ReceiverStatus &status);
+
+// A receiver back from that text; nothing unless it is an object with an
+// address 1..64. Missing fields keep their defaults.
+std::optional<ReceiverStatus> parseReceiverJson(const QByteArray &json);
 
 // "03": the address as the topics and OSC paths spell it.
 QString addressText(int address);

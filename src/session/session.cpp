@@ -2,6 +2,7 @@
 
 #include "alarms/alarmsettings.h"
 #include "alarms/receiverlisteners.h"
+#include "bushealth/buscounters.h"
 #include "core/options.h"
 #include "feeds/feedhub.h"
 #include "link/ports.h"
@@ -24,6 +25,7 @@ constexpr int kTableSize = 64;
 constexpr std::uint64_t kLineRetryMicros = 5'000'000;
 constexpr std::uint64_t kBringBackMicros = 10'000'000;
 constexpr int kWakeMillis = 1000;
+constexpr int kHealthMillis = 1000;
 } // namespace
 
 Session::Session(const Platform &platform, SessionOptions options)
@@ -116,6 +118,11 @@ void Session::startFeeds()
     connect(this, &Session::receiversReconnected, this, &Session::describeLine);
     connect(&m_ctx.bus, &ReceiverBus::baudRateChanged, this, &Session::describeLine);
     connect(&m_alarms, &AlarmEngine::alarmRaised, this, [this](int id) { publishAlarm(id, false); });
+    if (m_feeds->carriesHealth()) {
+        m_healthTimer.setInterval(kHealthMillis);
+        connect(&m_healthTimer, &QTimer::timeout, this, &Session::shareHealth);
+        m_healthTimer.start();
+    }
     // An acknowledgement is the desk's own business; the broker hears raise and clear.
     connect(&m_alarms, &AlarmEngine::alarmCleared, this, [this](int id) { publishAlarm(id, true); });
     connect(this, &Session::receiversDetected, this, &Session::tellFeedsWhoIsPresent);
@@ -157,6 +164,12 @@ void Session::describeLine()
     info.startedAt = m_startedAt;
     info.pid = QCoreApplication::applicationPid();
     m_feeds->setLineInfo(lineInfoJson(info));
+}
+
+void Session::shareHealth()
+{
+    if (m_feeds)
+        m_feeds->setHealth(busCounters(m_busHealth.stats()));
 }
 
 void Session::publishAlarm(int id, bool cleared)

@@ -113,6 +113,7 @@ private:
     void scheduleRecoveryWake();
     void startRemoteControl();
     void tellFeedsWhoIsPresent();
+    void shareHealth();
 
     SessionOptions m_options;
     Context m_ctx;
@@ -134,6 +135,8 @@ private:
     std::uint64_t m_nextBringBackMicros = 0;
     // Wakes an idle work loop so that recovery is looked at while nobody answers.
     QTimer m_recoveryWake;
+    // Hands the bus health to the feeds, at most once a second.
+    QTimer m_healthTimer;
 };
 
 // The one assembly of a session from its options, for the program and its tests.

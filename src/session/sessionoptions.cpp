@@ -11,6 +11,7 @@ namespace {
 const QString kLineOption = QStringLiteral("line");
 const QString kShowLogOption = QStringLiteral("show-log");
 const QString kHeadlessOption = QStringLiteral("headless");
+const QString kFleetOption = QStringLiteral("fleet");
 } // namespace
 
 bool validLineName(const QString &name)
@@ -40,7 +41,11 @@ QList<QCommandLineOption> sessionCommandLineOptions()
                                   QStringLiteral("Run without a window or display: detect, poll, feed, "
                                                  "log and raise alarms; messages go to standard error, "
                                                  "SIGTERM ends it. Offline receivers and a lost line are "
-                                                 "recovered automatically."));
+                                                 "recovered automatically."))
+            << QCommandLineOption(kFleetOption,
+                                  QStringLiteral("Run no serial line: show every line on the MQTT broker "
+                                                 "(--mqtt) on one web dashboard (--web), with /api/state "
+                                                 "and /metrics."));
     return options;
 }
 
@@ -68,9 +73,29 @@ std::optional<SessionOptions> readSessionOptions(const QCommandLineParser &parse
     }
     options.showLogFile = parser.value(kShowLogOption);
     options.headless = parser.isSet(kHeadlessOption);
+    options.fleet = parser.isSet(kFleetOption);
     options.autoRecover =
         options.headless || store.get(kAppName, kMonitorSection, kAutoRecoverKey) == QLatin1String("1");
     return options;
+}
+
+QString fleetOptionsProblem(const QCommandLineParser &parser, const SessionOptions &options)
+{
+    if (!options.fleet)
+        return {};
+    if (options.feeds.mqttHost.isEmpty())
+        return QStringLiteral("--fleet needs a broker: --mqtt HOST[:PORT]");
+    if (options.feeds.webPort == 0)
+        return QStringLiteral("--fleet needs a web port: --web PORT");
+    // Options of a serial line, by the names main and this file give them.
+    const QStringList given = parser.optionNames();
+    for (const QString &lineOption :
+         {kHeadlessOption, kLineOption, kShowLogOption, QStringLiteral("demo"), QStringLiteral("port")})
+        if (given.contains(lineOption))
+            return QStringLiteral("--fleet runs no serial line and takes no --%1").arg(lineOption);
+    if (!parser.positionalArguments().isEmpty())
+        return QStringLiteral("--fleet runs no serial line and takes no settings file");
+    return {};
 }
 
 } // namespace zun

@@ -31,6 +31,8 @@ struct SessionOptions
     // Where settings saved before a frequency plan is deployed go; empty: the
     // user's data folder.
     QString dataFolder;
+    // No serial line: every line on the broker, served on the web port.
+    bool fleet = false;
 };
 
 // Keys of the settings store that belong to the session.
@@ -42,7 +44,7 @@ inline const QString kAutoRecoverKey = QStringLiteral("AutoRecover"); // "1": on
 // 1..64 printable characters without '/', '+', '#' or blanks.
 bool validLineName(const QString &name);
 
-// The feed options and --line NAME, --show-log FILE, --headless.
+// The feed options and --line NAME, --show-log FILE, --headless, --fleet.
 QList<QCommandLineOption> sessionCommandLineOptions();
 
 // The stored options with the command line laid over them; nullopt with a
@@ -50,5 +52,10 @@ QList<QCommandLineOption> sessionCommandLineOptions();
 // A malformed stored value is left at its default silently.
 std::optional<SessionOptions> readSessionOptions(const QCommandLineParser &parser, const SettingsStore &store,
                                                  QString *error);
+
+// What is wrong with a --fleet command line, in one sentence; empty when
+// nothing is (or --fleet is not given). A fleet needs a broker and a web
+// port and takes nothing that belongs to a serial line.
+QString fleetOptionsProblem(const QCommandLineParser &parser, const SessionOptions &options);
 
 } // namespace zun

@@ -4,6 +4,7 @@
 #include "feeds/feedhub.h"
 #include "feeds/mqttconnection.h"
 #include "platform/settingsstore.h"
+#include "support/browser.h"
 #include "support/fakereceiverbus.h"
 #include "support/netsupport.h"
 
@@ -96,49 +97,6 @@ struct OscReceiver
 
 const QString kToken = QStringLiteral("tok-42-0123456789");
 
-// Sends raw bytes and returns everything the server answers until it closes
-// or goes quiet for a second.
-// True once the answer's head and as much body as it announces are in.
-bool wholeAnswer(const QByteArray &answer, bool head)
-{
-    const qsizetype end = answer.indexOf("\r\n\r\n");
-    if (end < 0)
-        return false;
-    static const QRegularExpression length(QStringLiteral("\r\ncontent-length: *(\\d+)"),
-                                           QRegularExpression::CaseInsensitiveOption);
-    const auto match = length.match(QString::fromLatin1(answer.left(end)));
-    const qsizetype body = head || !match.hasMatch() ? 0 : match.captured(1).toLongLong();
-    return answer.size() >= end + 4 + body;
-}
-
-// One request; the answer once it is whole, the connection closes, or a
-// second passes without a byte (an answer that never comes).
-QByteArray exchange(quint16 port, const QByteArray &request)
-{
-    QTcpSocket socket;
-    socket.connectToHost(QHostAddress::LocalHost, port);
-    if (!socket.waitForConnected(1000))
-        return {};
-    socket.write(request);
-    QByteArray answer;
-    QElapsedTimer quiet;
-    quiet.start();
-    while (quiet.elapsed() < 1000 && socket.state() != QAbstractSocket::UnconnectedState &&
-           !wholeAnswer(answer, request.startsWith("HEAD"))) {
-        QTest::qWait(5); // the dashboard under test runs in this event loop
-        if (socket.bytesAvailable() > 0) {
-            answer += socket.readAll();
-            quiet.restart();
-        }
-    }
-    return answer + socket.readAll();
-}
-
-QByteArray get(const QByteArray &target)
-{
-    return "GET " + target + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
-}
-
 // From the dashboard's own page unless told otherwise.
 QByteArray upgradeRequest(const QByteArray &target, quint16 port, QByteArray host = {},
                           QByteArray origin = {})
@@ -149,59 +107,6 @@ QByteArray upgradeRequest(const QByteArray &target, quint16 port, QByteArray hos
            "\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
            "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n";
 }
-
-// Headless Chromium driven over its DevTools WebSocket.
-class Browser
-{
-public:
-    bool open(const QString &url)
-    {
-        const quint16 devtools = freeLoopbackPort();
-        m_chromium.process.start("/usr/bin/chromium",
-                                 {"--headless", "--no-sandbox", "--disable-gpu", "--disable-quic",
-                                  "--no-first-run", "--disable-background-networking",
-                                  "--disable-component-update", "--disable-sync",
-                                  "--user-data-dir=" + m_profile.path(),
-                                  "--remote-debugging-port=" + QString::number(devtools), url});
-        // The page's own DevTools socket, once Chromium lists it.
-        QString target;
-        for (QDeadlineTimer deadline(20000); target.isEmpty() && !deadline.hasExpired(); QTest::qWait(200)) {
-            const QByteArray list = exchange(devtools, get("/json/list"));
-            for (const QJsonValue &v :
-                 QJsonDocument::fromJson(list.mid(list.indexOf("\r\n\r\n") + 4)).array())
-                if (v["type"] == QStringLiteral("page"))
-                    target = QStringLiteral("ws://127.0.0.1:%1/devtools/page/%2")
-                                 .arg(devtools)
-                                 .arg(v["id"].toString());
-        }
-        QObject::connect(&m_devtools, &QWebSocket::textMessageReceived, [this](const QString &text) {
-            const QJsonObject reply = QJsonDocument::fromJson(text.toUtf8()).object();
-            if (reply["id"].toInt() == m_id)
-                m_result = reply["result"]["result"]["value"].toString();
-        });
-        m_devtools.open(QUrl(target));
-        return QTest::qWaitFor([this] { return m_devtools.state() == QAbstractSocket::ConnectedState; },
-                               5000);
-    }
-
-    // The value of a JavaScript expression, as text.
-    QString evaluate(const QString &expression)
-    {
-        m_result.reset();
-        const QJsonObject call{{"id", ++m_id},
-                               {"method", "Runtime.evaluate"},
-                               {"params", QJsonObject{{"expression", expression}, {"returnByValue", true}}}};
-        m_devtools.sendTextMessage(QString::fromUtf8(QJsonDocument(call).toJson(QJsonDocument::Compact)));
-        return QTest::qWaitFor([this] { return m_result.has_value(); }, 5000) ? *m_result : QString();
-    }
-
-private:
-    QTemporaryDir m_profile;
-    Child m_chromium;
-    QWebSocket m_devtools;
-    int m_id = 0;
-    std::optional<QString> m_result;
-};
 
 } // namespace
 

@@ -66,35 +66,6 @@ struct RealLine
     FakeDesktop desktop;
 };
 
-// zunoria --headless on COM1 = device, as a service starts it: no display at
-// all, its own settings folder. Returns once it has said what it found.
-QByteArray startHeadless(Child &program, const QString &configHome, const QString &device,
-                         const QStringList &arguments)
-{
-    QDir(configHome).mkpath("KESTA_ZUN");
-    QFile ini(configHome + "/KESTA_ZUN/KESTA_ZUN.ini");
-    if (!ini.open(QIODevice::WriteOnly) || ini.write("[MSComm]\nCommPort=1\nRetry=0\n") <= 0)
-        return {};
-    ini.close();
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-        environment.remove(name);
-    environment.insert("XDG_CONFIG_HOME", configHome);
-    program.process.setProcessEnvironment(environment);
-    program.process.start(QCoreApplication::applicationDirPath() + "/../src/zunoria",
-                          QStringList{"--headless", "--port", "COM1=" + device} + arguments);
-    QByteArray output;
-    // A program that never says it is what the caller's check shows.
-    [[maybe_unused]] const bool said = QTest::qWaitFor(
-        [&] {
-            program.process.waitForReadyRead(50);
-            output += program.process.readAllStandardError();
-            return output.contains("receivers found");
-        },
-        10000);
-    return output;
-}
-
 } // namespace
 
 class TestEndToEnd : public QObject

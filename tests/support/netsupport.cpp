@@ -2,6 +2,11 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
@@ -58,6 +63,74 @@ double cpuSeconds()
     rusage u{};
     ::getrusage(RUSAGE_SELF, &u);
     return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
+
+namespace {
+// True once the answer's head and as much body as it announces are in.
+bool wholeAnswer(const QByteArray &answer, bool head)
+{
+    const qsizetype end = answer.indexOf("\r\n\r\n");
+    if (end < 0)
+        return false;
+    static const QRegularExpression length(QStringLiteral("\r\ncontent-length: *(\\d+)"),
+                                           QRegularExpression::CaseInsensitiveOption);
+    const auto match = length.match(QString::fromLatin1(answer.left(end)));
+    const qsizetype body = head || !match.hasMatch() ? 0 : match.captured(1).toLongLong();
+    return answer.size() >= end + 4 + body;
+}
+} // namespace
+
+QByteArray exchange(quint16 port, const QByteArray &request)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    if (!socket.waitForConnected(1000))
+        return {};
+    socket.write(request);
+    QByteArray answer;
+    QElapsedTimer quiet;
+    quiet.start();
+    while (quiet.elapsed() < 1000 && socket.state() != QAbstractSocket::UnconnectedState &&
+           !wholeAnswer(answer, request.startsWith("HEAD"))) {
+        QTest::qWait(5); // a server under test may run in this event loop
+        if (socket.bytesAvailable() > 0) {
+            answer += socket.readAll();
+            quiet.restart();
+        }
+    }
+    return answer + socket.readAll();
+}
+
+QByteArray get(const QByteArray &target)
+{
+    return "GET " + target + " HTTP/1.1\r\nHost: localhost\r\n\r\n";
+}
+
+QByteArray startHeadless(Child &program, const QString &configHome, const QString &device,
+                         const QStringList &arguments)
+{
+    QDir(configHome).mkpath("KESTA_ZUN");
+    QFile ini(configHome + "/KESTA_ZUN/KESTA_ZUN.ini");
+    if (!ini.open(QIODevice::WriteOnly) || ini.write("[MSComm]\nCommPort=1\nRetry=0\n") <= 0)
+        return {};
+    ini.close();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(name);
+    environment.insert("XDG_CONFIG_HOME", configHome);
+    program.process.setProcessEnvironment(environment);
+    program.process.start(QCoreApplication::applicationDirPath() + "/../src/zunoria",
+                          QStringList{"--headless", "--port", "COM1=" + device} + arguments);
+    QByteArray output;
+    // A program that never says it is what the caller's check shows.
+    [[maybe_unused]] const bool said = QTest::qWaitFor(
+        [&] {
+            program.process.waitForReadyRead(50);
+            output += program.process.readAllStandardError();
+            return output.contains("receivers found");
+        },
+        10000);
+    return output;
 }
 
 } // namespace zun

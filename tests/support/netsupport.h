@@ -49,4 +49,16 @@ QString startSimulator(Child &child, const QStringList &arguments);
 // User and system CPU time this process used so far.
 double cpuSeconds();
 
+// Sends raw bytes and returns the answer once it is whole (its head and the
+// body it announces), the server closes, or a second passes without a byte.
+QByteArray exchange(quint16 port, const QByteArray &request);
+// A GET request for target on localhost.
+QByteArray get(const QByteArray &target);
+
+// zunoria --headless on COM1 = device, as a service starts it: no display at
+// all, its own settings folder. Returns what it said once it said what it
+// found (or gave up waiting).
+QByteArray startHeadless(Child &program, const QString &configHome, const QString &device,
+                         const QStringList &arguments);
+
 } // namespace zun
