@@ -53,6 +53,16 @@ void FeedHub::publishAlarm(const QByteArray &json)
         m_mqtt->publishAlarm(json);
 }
 
+void FeedHub::setPaused(bool paused)
+{
+    if (m_osc)
+        m_osc->setPaused(paused);
+    if (m_mqtt)
+        m_mqtt->setPaused(paused);
+    if (m_dashboard)
+        m_dashboard->setPaused(paused);
+}
+
 void FeedHub::receiverFound(const ReceiverStatus &status)
 {
     if (m_osc)

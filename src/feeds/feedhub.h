@@ -30,6 +30,9 @@ public:
     // The line's description and its alarms, for the feeds that carry them.
     void setLineInfo(const QByteArray &json);
     void publishAlarm(const QByteArray &json);
+    // Polling stopped (true) or runs again: every feed marks the line's
+    // values as the last known ones rather than live.
+    void setPaused(bool paused);
     // Tells every feed of a receiver found before the feeds began.
     void receiverFound(const zun::ReceiverStatus &status);
 

@@ -18,7 +18,8 @@ class MqttConnection;
 
 // Publishes every receiver's state as one retained JSON object on
 // zunoria/<bus>/rx/<address>/state, on change and at most every 500 ms per
-// receiver, with zunoria/<bus>/status "online" / last will "offline", the
+// receiver, with zunoria/<bus>/status "online" ("paused" while nothing is
+// polled, so the values are the last known) / last will "offline", the
 // line's description retained on zunoria/<bus>/info and each alarm as an
 // event on zunoria/<bus>/alarm. The slots only store; publishing is handed,
 // queued, to the connection's thread.
@@ -44,6 +45,7 @@ public slots:
     void onPortChanged(const QString &portName);
     // Retained on zunoria/<bus>/info and said again on every connection.
     void setInfo(const QByteArray &json);
+    void setPaused(bool paused);
     // Not retained: an alarm is an event, not a state. Lost while the broker is away.
     void publishAlarm(const QByteArray &json);
 
@@ -55,6 +57,7 @@ signals:
 private:
     void store(const ReceiverStatus &status);
     void flush();
+    void publishPaused();
     void startSession();
     void endSession();
     void setState(FeedStatus::Mqtt state);
@@ -62,6 +65,8 @@ private:
     FeedOptions m_options;
     QString m_bus;
     QByteArray m_info;
+    bool m_paused = false;
+    bool m_publishedPaused = false; // what the status topic says beside "offline"
     QThread m_thread;
     MqttConnection *m_connection = nullptr;
     FeedStatus::Mqtt m_state = FeedStatus::Mqtt::Off;
