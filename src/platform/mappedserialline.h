@@ -30,6 +30,7 @@ public:
     void discardInput() override { m_active->discardInput(); }
     void discardOutput() override { m_active->discardOutput(); }
     void waitForInput(int millis) override { m_active->waitForInput(millis); }
+    void waitForInputMicros(std::uint64_t micros) override { m_active->waitForInputMicros(micros); }
     void expectInput(int bytes) override { m_active->expectInput(bytes); }
     QString takeNotice() override { return m_network.takeNotice(); }
 
