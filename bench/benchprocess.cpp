@@ -10,6 +10,7 @@
 #include <QUuid>
 
 #include <csignal>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace zunbench {
@@ -200,6 +201,13 @@ void ProgramProcess::start()
     m_process.setStandardOutputFile(QProcess::nullDevice());
     if (m_headless)
         m_process.setStandardErrorFile(QProcess::nullDevice());
+    if (m_fileLimit > 0)
+        m_process.setChildProcessModifier([limit = m_fileLimit] {
+            rlimit files{};
+            ::getrlimit(RLIMIT_NOFILE, &files);
+            files.rlim_cur = static_cast<rlim_t>(limit);
+            ::setrlimit(RLIMIT_NOFILE, &files);
+        });
     m_process.start(QDir(m_bin).filePath(QStringLiteral("zunoria")), m_args);
     m_process.waitForStarted(5000);
 }
@@ -232,12 +240,22 @@ CpuSample cpuOf(qint64 pid)
 
 qint64 ProgramProcess::peakKiB() const
 {
+    return statusKiB("VmHWM:");
+}
+
+qint64 ProgramProcess::residentKiB() const
+{
+    return statusKiB("VmRSS:");
+}
+
+qint64 ProgramProcess::statusKiB(const QByteArray &field) const
+{
     QFile status(QStringLiteral("/proc/%1/status").arg(m_process.processId()));
     if (!status.open(QIODevice::ReadOnly))
         return 0;
     for (const QByteArray &line : status.readAll().split('\n'))
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').value(0).toLongLong();
+        if (line.startsWith(field))
+            return line.mid(field.size()).trimmed().split(' ').value(0).toLongLong();
     return 0;
 }
 

@@ -70,13 +70,19 @@ public:
     bool running() const;
     CpuSample cpu() const;
     qint64 peakKiB() const;
+    qint64 residentKiB() const;
+    // Before start(): more options, and the open-file limit the program gets.
+    void addArguments(const QStringList &args) { m_args << args; }
+    void setFileLimit(int files) { m_fileLimit = files; }
 
 private:
+    qint64 statusKiB(const QByteArray &field) const;
     QString m_bin;
     QStringList m_args;
     QProcessEnvironment m_env;
     QProcess m_process;
     bool m_headless = false;
+    int m_fileLimit = 0;
 };
 
 // Milliseconds from process start to the main window shown, detection

@@ -85,6 +85,9 @@ struct DashboardServer::Head
     bool lineChecked = false;
     bool bearerWanted = false; // a /metrics request: the token comes as a header
     QTimer timer;
+    // After the upgrade: WebSocket frames, of which only the heads are read.
+    bool frames = false;
+    quint64 payloadLeft = 0;
 };
 
 DashboardServer::DashboardServer(const QString &token, qint64 maxQueuedBytes, QObject *parent)
@@ -187,6 +190,10 @@ void DashboardServer::inspect(QTcpSocket *socket)
         return;
     const std::shared_ptr<Head> head = *found;
     head->bytes += socket->peek(socket->bytesAvailable());
+    if (head->frames) {
+        inspectFrames(socket, *head);
+        return;
+    }
     for (;;) {
         const qsizetype lineEnd = head->bytes.indexOf('\n');
         if (!head->lineChecked && lineEnd >= 0) {
@@ -227,7 +234,24 @@ void DashboardServer::inspect(QTcpSocket *socket)
                 refuse(socket, "403 Forbidden");
                 return;
             }
-            forget(socket); // from here on the bytes are WebSocket frames
+            // From here on the bytes are WebSocket frames. The HTTP server
+            // cuts the socket's connections when it hands it over, so the
+            // watch is laid again once that is done.
+            head->frames = true;
+            head->timer.stop();
+            head->bytes.remove(0, end);
+            QPointer<QTcpSocket> guarded(socket);
+            QMetaObject::invokeMethod(
+                head->watcher,
+                [this, guarded, watcher = head->watcher] {
+                    if (!guarded)
+                        return;
+                    disconnect(guarded, &QTcpSocket::readyRead, watcher, nullptr);
+                    connect(guarded, &QTcpSocket::readyRead, watcher,
+                            [this, socket = guarded.data()] { inspect(socket); });
+                },
+                Qt::QueuedConnection);
+            inspectFrames(socket, *head);
             return;
         }
         // A whole request: the next one on this connection has its own ten seconds.
@@ -237,6 +261,42 @@ void DashboardServer::inspect(QTcpSocket *socket)
         if (head->bytes.isEmpty())
             return;
     }
+}
+
+void DashboardServer::inspectFrames(QTcpSocket *socket, Head &head)
+{
+    // A client masks every frame it sends; an unmasked one is a protocol
+    // error (1002) and ends the connection before the WebSocket reads it.
+    qsizetype at = 0;
+    for (;;) {
+        const quint64 skip =
+            std::min<quint64>(head.payloadLeft, static_cast<quint64>(head.bytes.size() - at));
+        at += static_cast<qsizetype>(skip);
+        head.payloadLeft -= skip;
+        if (head.payloadLeft > 0 || head.bytes.size() - at < 2)
+            break;
+        const auto byte = [&](qsizetype i) { return static_cast<quint8>(head.bytes.at(at + i)); };
+        if (!(byte(1) & 0x80)) {
+            forget(socket);
+            socket->read(socket->bytesAvailable());
+            socket->write(QByteArray("\x88\x02\x03\xea", 4));
+            socket->disconnectFromHost();
+            return;
+        }
+        const quint8 shortLength = byte(1) & 0x7f;
+        const qsizetype extra = shortLength == 126 ? 2 : shortLength == 127 ? 8 : 0;
+        if (head.bytes.size() - at < 2 + extra + 4)
+            break;
+        quint64 length = shortLength;
+        if (extra > 0) {
+            length = 0;
+            for (qsizetype i = 0; i < extra; ++i)
+                length = length << 8 | byte(2 + i);
+        }
+        at += 2 + extra + 4;
+        head.payloadLeft = length;
+    }
+    head.bytes.remove(0, at);
 }
 
 bool DashboardServer::upgradeAllowed(const QByteArray &head, QTcpSocket *socket) const
@@ -397,6 +457,13 @@ void DashboardServer::onPortChanged(const QString &portName)
         m_flushTimer.start(kFlushIntervalMs);
 }
 
+void DashboardServer::setPaused(bool paused)
+{
+    m_paused = paused;
+    if (!m_flushTimer.isActive())
+        m_flushTimer.start(kFlushIntervalMs);
+}
+
 void DashboardServer::store(const ReceiverStatus &status)
 {
     m_receivers.insert(status.address, status);
@@ -410,15 +477,17 @@ QByteArray DashboardServer::message(const QList<int> &addresses) const
     QJsonArray receivers;
     for (int address : addresses)
         receivers.append(receiverJson(m_receivers.value(address)));
-    return QJsonDocument(
-               QJsonObject{{QStringLiteral("bus"), m_bus}, {QStringLiteral("receivers"), receivers}})
+    return QJsonDocument(QJsonObject{{QStringLiteral("bus"), m_bus},
+                                     {QStringLiteral("paused"), m_paused},
+                                     {QStringLiteral("receivers"), receivers}})
         .toJson(QJsonDocument::Compact);
 }
 
 void DashboardServer::flush()
 {
-    if (m_dirty.isEmpty())
+    if (m_dirty.isEmpty() && m_paused == m_sentPaused)
         return;
+    m_sentPaused = m_paused;
     QList<int> changed = m_dirty.values();
     m_dirty.clear();
     std::sort(changed.begin(), changed.end());

@@ -76,6 +76,8 @@ public slots:
     void onCameBack(const zun::ReceiverStatus &status) { store(status); }
     void onPortChanged(const QString &portName);
     void setHealth(const QList<zun::BusCounters> &health) { m_health = health; }
+    // Every message carries "paused": the values are the last known, nothing is polled.
+    void setPaused(bool paused);
     // Sends what changed since the last flush; the timer calls it.
     void flush();
 
@@ -88,6 +90,7 @@ private:
     struct Head;                    // what has come of a connection's current request head
     bool admit(QTcpSocket *socket); // false: refused and on its way out
     void inspect(QTcpSocket *socket);
+    void inspectFrames(QTcpSocket *socket, Head &head);
     void refuse(QTcpSocket *socket, const QByteArray &status);
     void forget(QTcpSocket *socket);
     bool upgradeAllowed(const QByteArray &head, QTcpSocket *socket) const;
@@ -113,6 +116,8 @@ private:
     std::function<QByteArray()> m_greeting;
     std::function<QList<LineSnapshot>()> m_snapshot;
     QSet<int> m_dirty;
+    bool m_paused = false;
+    bool m_sentPaused = false;
     QList<QWebSocket *> m_clients;
     QTimer m_flushTimer;
     int m_dropped = 0;

@@ -62,6 +62,16 @@ void FeedHub::setHealth(const QList<BusCounters> &health)
         m_dashboard->setHealth(health);
 }
 
+void FeedHub::setPaused(bool paused)
+{
+    if (m_osc)
+        m_osc->setPaused(paused);
+    if (m_mqtt)
+        m_mqtt->setPaused(paused);
+    if (m_dashboard)
+        m_dashboard->setPaused(paused);
+}
+
 void FeedHub::receiverFound(const ReceiverStatus &status)
 {
     if (m_osc)

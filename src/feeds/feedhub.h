@@ -33,6 +33,9 @@ public:
     // The bus health, for the broker and the dashboard's /metrics.
     void setHealth(const QList<zun::BusCounters> &health);
     bool carriesHealth() const { return m_mqtt || m_dashboard; }
+    // Polling stopped (true) or runs again: every feed marks the line's
+    // values as the last known ones rather than live.
+    void setPaused(bool paused);
     // Tells every feed of a receiver found before the feeds began.
     void receiverFound(const zun::ReceiverStatus &status);
     // After a detection, the addresses now on the line.

@@ -30,7 +30,8 @@ QString errorText(int rc)
 
 QString lineOwner(const QByteArray &status, const QByteArray &info, const QString &selfHost, qint64 selfPid)
 {
-    if (status != "online")
+    // A paused program is alive: it only reads nothing for a while.
+    if (status != "online" && status != "paused")
         return {};
     const QJsonObject owner = QJsonDocument::fromJson(info).object();
     const QString host = owner.value(QStringLiteral("host")).toString();

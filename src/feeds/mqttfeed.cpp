@@ -56,7 +56,10 @@ void MqttFeed::startSession()
     connect(m_connection, &MqttConnection::connected, this, [this] {
         setState(FeedStatus::Mqtt::Connected);
         // The broker may have lost what was retained; say everything again.
+        // The connection itself has just said "online".
         m_published.clear();
+        m_publishedPaused = false;
+        publishPaused();
         if (!m_info.isEmpty())
             emit publishRequested(QStringLiteral("zunoria/%1/info").arg(m_bus), m_info, true);
         if (!m_health.isEmpty())
@@ -109,6 +112,7 @@ void MqttFeed::onPortChanged(const QString &portName)
     endSession();
     m_bus = portName;
     m_published.clear();
+    m_publishedPaused = false;
     startSession();
 }
 
@@ -128,6 +132,24 @@ void MqttFeed::setHealth(const QByteArray &json)
     m_health = json;
     if (m_state == FeedStatus::Mqtt::Connected)
         emit publishRequested(QStringLiteral("zunoria/%1/health").arg(m_bus), m_health, true);
+}
+
+void MqttFeed::setPaused(bool paused)
+{
+    m_paused = paused;
+    // Through the event loop, like the states: a pause that ends before the
+    // loop turns again was never seen by anybody.
+    if (!m_flushTimer.isActive())
+        m_flushTimer.start(0);
+}
+
+void MqttFeed::publishPaused()
+{
+    if (m_state != FeedStatus::Mqtt::Connected || m_paused == m_publishedPaused)
+        return;
+    m_publishedPaused = m_paused;
+    emit publishRequested(QStringLiteral("zunoria/%1/status").arg(m_bus),
+                          m_paused ? QByteArrayLiteral("paused") : QByteArrayLiteral("online"), true);
 }
 
 void MqttFeed::publishAlarm(const QByteArray &json)
@@ -213,6 +235,7 @@ void MqttFeed::store(const ReceiverStatus &status)
 
 void MqttFeed::flush()
 {
+    publishPaused();
     const qint64 now = m_clock.elapsed();
     qint64 nextDue = -1;
     for (auto it = m_dirty.begin(); it != m_dirty.end();) {

@@ -18,7 +18,8 @@ class MqttConnection;
 
 // Publishes every receiver's state as one retained JSON object on
 // zunoria/<bus>/rx/<address>/state, on change and at most every 500 ms per
-// receiver, with zunoria/<bus>/status "online" / last will "offline", the
+// receiver, with zunoria/<bus>/status "online" ("paused" while nothing is
+// polled, so the values are the last known) / last will "offline", the
 // line's description retained on zunoria/<bus>/info, its bus health on
 // zunoria/<bus>/health and each alarm as an
 // event on zunoria/<bus>/alarm. The slots only store; publishing is handed,
@@ -47,6 +48,7 @@ public slots:
     void setInfo(const QByteArray &json);
     // Retained on zunoria/<bus>/health; the caller paces it.
     void setHealth(const QByteArray &json);
+    void setPaused(bool paused);
     // Not retained: an alarm is an event, not a state. Lost while the broker is away.
     void publishAlarm(const QByteArray &json);
     // After a detection: receivers not among these are gone from the line,
@@ -65,6 +67,7 @@ signals:
 private:
     void store(const ReceiverStatus &status);
     void flush();
+    void publishPaused();
     void startSession();
     void endSession();
     void setState(FeedStatus::Mqtt state);
@@ -77,6 +80,8 @@ private:
     QString m_bus;
     QByteArray m_info;
     QByteArray m_health;
+    bool m_paused = false;
+    bool m_publishedPaused = false; // what the status topic says beside "offline"
     QThread m_thread;
     MqttConnection *m_connection = nullptr;
     FeedStatus::Mqtt m_state = FeedStatus::Mqtt::Off;

@@ -51,7 +51,7 @@ OscFeed::OscFeed(const QList<OscTarget> &targets, const QString &lineName, QObje
 }
 
 QByteArray OscFeed::encodeBundle(const QString &lineName, const QList<ReceiverStatus> &online,
-                                 const QList<int> &wentOffline)
+                                 const QList<int> &wentOffline, std::optional<bool> paused)
 {
     std::unique_ptr<std::remove_pointer_t<lo_bundle>, BundleDeleter> bundle(lo_bundle_new(LO_TT_IMMEDIATE));
     for (const ReceiverStatus &s : online) {
@@ -89,6 +89,11 @@ QByteArray OscFeed::encodeBundle(const QString &lineName, const QList<ReceiverSt
         addMessage(bundle.get(),
                    QStringLiteral("/zunoria/%1/rx/%2/online").arg(lineName, addressText(address)), m);
     }
+    if (paused) {
+        lo_message m = lo_message_new();
+        addBool(m, *paused);
+        addMessage(bundle.get(), QStringLiteral("/zunoria/%1/paused").arg(lineName), m);
+    }
     size_t size = 0;
     void *data = lo_bundle_serialise(bundle.get(), nullptr, &size);
     if (!data)
@@ -114,6 +119,12 @@ void OscFeed::onPassEnded(int)
     requestSend();
 }
 
+void OscFeed::setPaused(bool paused)
+{
+    m_paused = paused;
+    requestSend();
+}
+
 void OscFeed::requestSend()
 {
     if (m_targets.isEmpty() || m_sendTimer.isActive())
@@ -128,10 +139,13 @@ void OscFeed::sendNow()
         if (s.online)
             online.append(s);
     }
-    if (online.isEmpty() && m_wentOffline.isEmpty())
+    const bool pausedChanged = m_paused != m_sentPaused;
+    if (online.isEmpty() && m_wentOffline.isEmpty() && !pausedChanged)
         return;
-    const QByteArray bundle = encodeBundle(m_line, online, m_wentOffline.values());
+    const QByteArray bundle = encodeBundle(m_line, online, m_wentOffline.values(),
+                                           pausedChanged ? std::optional<bool>(m_paused) : std::nullopt);
     m_wentOffline.clear();
+    m_sentPaused = m_paused;
     m_limiter.markSent(0, m_clock.elapsed());
     for (const Target &target : std::as_const(m_targets)) {
         if (target.address.isNull())

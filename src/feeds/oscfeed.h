@@ -12,6 +12,8 @@
 #include <QTimer>
 #include <QUdpSocket>
 
+#include <optional>
+
 namespace zun {
 
 // Sends the live state as OSC bundles over UDP: one bundle per polling pass
@@ -34,9 +36,10 @@ public:
 
     // The bundle as it goes on the wire: /zunoria/<line>/rx/<address>/{name,
     // freq,rfa,rfb,af,battery,mute,online} per online receiver, and /online
-    // false for each address in wentOffline.
+    // false for each address in wentOffline, and /zunoria/<line>/paused when
+    // that changed.
     static QByteArray encodeBundle(const QString &lineName, const QList<ReceiverStatus> &online,
-                                   const QList<int> &wentOffline);
+                                   const QList<int> &wentOffline, std::optional<bool> paused = {});
 
 public slots:
     void onReceiverFound(const zun::ReceiverStatus &status) { store(status, true); }
@@ -45,6 +48,7 @@ public slots:
     void onWentOffline(const zun::ReceiverStatus &status) { store(status, true); }
     void onCameBack(const zun::ReceiverStatus &status) { store(status, true); }
     void onPassEnded(int receiversAsked);
+    void setPaused(bool paused);
 
 signals:
     void failed(const QString &message);
@@ -65,6 +69,8 @@ private:
     QString m_line;
     QMap<int, ReceiverStatus> m_receivers;
     QSet<int> m_wentOffline;
+    bool m_paused = false;
+    bool m_sentPaused = false;
     QUdpSocket m_socket;
     QTimer m_sendTimer;
     QElapsedTimer m_clock;

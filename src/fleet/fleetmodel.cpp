@@ -28,7 +28,8 @@ FleetChange FleetModel::apply(const QString &topic, const QByteArray &payload)
     FleetLine &line = m_lines[name];
     line.name = name;
     if (levels.size() == 3 && what == QLatin1String("status")) {
-        line.online = payload == "online";
+        // A paused line is alive: its program waits for a dialog or a KOB.
+        line.online = payload == "online" || payload == "paused";
         return {FleetChange::Line, name, 0};
     }
     if (levels.size() == 3 && what == QLatin1String("info")) {

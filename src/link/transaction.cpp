@@ -2,11 +2,17 @@
 
 #include "link/hex.h"
 #include "platform/clock.h"
+#include "platform/lineinput.h"
 #include "platform/serialline.h"
+
+#include <algorithm>
 
 namespace zun {
 
-Link::Link(SerialLine &line, Clock &clock, const int &retry) : m_line(line), m_clock(clock), m_retry(retry) {}
+Link::Link(SerialLine &line, Clock &clock, const int &retry, const int *baudrate)
+    : m_line(line), m_clock(clock), m_retry(retry), m_baudrate(baudrate)
+{
+}
 
 QString frame(QChar prefix, int address, const QString &body)
 {
@@ -50,6 +56,8 @@ bool Link::SendCommand(const QString &command, int replyLength, QString &reply, 
 bool Link::exchange(const QByteArray &bytes, const QString &address, int replyLength, QString &reply,
                     int timeoutMillis)
 {
+    if (m_disturbed)
+        waitForQuietLine();
     for (int attempt = 0; attempt <= m_retry; ++attempt) {
         m_lastAttempts = attempt + 1;
         reply.clear();
@@ -79,7 +87,50 @@ bool Link::exchange(const QByteArray &bytes, const QString &address, int replyLe
         if (!m_line.isOpen())
             return false;
     }
-    return reply.size() >= 3 && reply.at(0) == QLatin1Char('$') && reply.mid(1, 2) == address;
+    const bool accepted = reply.size() >= 3 && reply.at(0) == QLatin1Char('$') && reply.mid(1, 2) == address;
+    noteDisturbance(accepted, reply, address, replyLength);
+    return accepted;
+}
+
+void Link::noteDisturbance(bool accepted, const QString &reply, const QString &address, int replyLength)
+{
+    // The read stops at the length asked for, and every reply asked for
+    // ends with its carriage return there. One that is longer or does not
+    // end so can still be on the wire, and so can the asked receiver's own
+    // answer after a frame from another. A whole frame that is merely
+    // altered, and a wait that ends with the full time-out, leave a quiet line.
+    if (reply.isEmpty() || replyLength <= 0)
+        return;
+    const bool unended = reply.size() > replyLength || !reply.endsWith(QLatin1Char('\r'));
+    const bool otherSender =
+        reply.size() >= 3 && reply.at(0) == QLatin1Char('$') && reply.mid(1, 2) != address;
+    m_disturbed = unended || (!accepted && otherSender);
+}
+
+void Link::waitForQuietLine()
+{
+    m_disturbed = false;
+    // Ten bits a character at the line's speed; the wait never outlasts the
+    // longest reply on the wire, so a line that never stops costs one such
+    // time per exchange and no more.
+    const int baud = m_baudrate && *m_baudrate > 0 ? *m_baudrate : 115200;
+    const std::uint64_t character =
+        (10'000'000u + static_cast<std::uint64_t>(baud) - 1) / static_cast<std::uint64_t>(baud);
+    const std::uint64_t quiet = 2 * character;
+    const std::uint64_t start = m_clock.nowMicros();
+    const std::uint64_t end = start + static_cast<std::uint64_t>(kLongestReply) * character;
+    std::uint64_t quietSince = start;
+    for (;;) {
+        const std::uint64_t now = m_clock.nowMicros();
+        if (m_line.bytesWaiting() > 0) {
+            m_line.discardInput();
+            quietSince = now;
+        }
+        const std::uint64_t until = std::min(quietSince + quiet, end);
+        if (now >= until || !m_line.isOpen())
+            return;
+        m_line.waitForInputMicros(until - now);
+    }
 }
 
 } // namespace zun

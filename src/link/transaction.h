@@ -13,7 +13,8 @@ class SerialLine;
 class Link
 {
 public:
-    Link(SerialLine &line, Clock &clock, const int &retry);
+    // baudrate, when given, times the wait for a quiet line after a disturbed reply.
+    Link(SerialLine &line, Clock &clock, const int &retry, const int *baudrate = nullptr);
 
     // Sends the whole frame (carriage return included) and waits for a reply
     // that starts with "$" and the frame's two address characters. Address
@@ -33,10 +34,16 @@ private:
     bool exchange(const QByteArray &frame, const QString &address, int replyLength, QString &reply,
                   int timeoutMillis);
 
+    // After a disturbed reply: the line must be quiet before the next frame.
+    void noteDisturbance(bool accepted, const QString &reply, const QString &address, int replyLength);
+    void waitForQuietLine();
+
     SerialLine &m_line;
     Clock &m_clock;
     const int &m_retry;
+    const int *m_baudrate;
     int m_lastAttempts = 0;
+    bool m_disturbed = false;
 };
 
 // "%"/"#" + two hex digits of the address + body + carriage return.

@@ -102,7 +102,7 @@ std::optional<QList<int>> QtDialogs::chooseOptions(const QString &title, const Q
 
 MessageAnswer ScriptedDialogs::message(const QString &text, MessageButtons buttons)
 {
-    m_shown.append({QStringLiteral("message"), text, buttons});
+    record({QStringLiteral("message"), text, buttons});
     if (buttons == MessageButtons::Ok)
         return MessageAnswer::Ok;
     return m_answers.isEmpty() ? MessageAnswer::No : m_answers.takeFirst();
@@ -110,7 +110,7 @@ MessageAnswer ScriptedDialogs::message(const QString &text, MessageButtons butto
 
 std::optional<QString> ScriptedDialogs::inputBox(const QString &prompt, const QString &, const QString &)
 {
-    m_shown.append({QStringLiteral("input"), prompt, MessageButtons::Ok});
+    record({QStringLiteral("input"), prompt, MessageButtons::Ok});
     if (m_inputs.isEmpty())
         return std::nullopt;
     return m_inputs.takeFirst();
@@ -118,23 +118,30 @@ std::optional<QString> ScriptedDialogs::inputBox(const QString &prompt, const QS
 
 QString ScriptedDialogs::openFileName(const QString &filter)
 {
-    m_shown.append({QStringLiteral("open"), filter, MessageButtons::Ok});
+    record({QStringLiteral("open"), filter, MessageButtons::Ok});
     return m_files.isEmpty() ? QString() : m_files.takeFirst();
 }
 
 QString ScriptedDialogs::saveFileName(const QString &filter, const QString &suggestedName)
 {
-    m_shown.append({QStringLiteral("save"), suggestedName.isEmpty() ? filter : filter + ' ' + suggestedName,
-                    MessageButtons::Ok});
+    record({QStringLiteral("save"), suggestedName.isEmpty() ? filter : filter + ' ' + suggestedName,
+            MessageButtons::Ok});
     return m_files.isEmpty() ? QString() : m_files.takeFirst();
 }
 
 std::optional<QList<int>> ScriptedDialogs::chooseOptions(const QString &title, const QList<QStringList> &)
 {
-    m_shown.append({QStringLiteral("choose"), title, MessageButtons::Ok});
+    record({QStringLiteral("choose"), title, MessageButtons::Ok});
     if (m_choices.isEmpty())
         return std::nullopt;
     return m_choices.takeFirst();
+}
+
+void ScriptedDialogs::record(const Shown &shown)
+{
+    m_shown.append(shown);
+    if (whileShown)
+        whileShown(shown);
 }
 
 QStringList ScriptedDialogs::messages() const

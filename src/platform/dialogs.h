@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 class QWidget;
@@ -75,6 +76,10 @@ public:
     // Option forms take the next queued choices; nullopt (or none queued) is Cancel.
     void queueChoices(std::optional<QList<int>> choices) { m_choices.append(choices); }
 
+    // Runs while each dialog is "open", after it was recorded: the user
+    // reading it while the program's timers and sockets go on.
+    std::function<void(const Shown &)> whileShown;
+
     const QList<Shown> &shown() const { return m_shown; }
     QStringList messages() const;
     void clear() { m_shown.clear(); }
@@ -85,6 +90,8 @@ private:
     QStringList m_files;
     QList<std::optional<QList<int>>> m_choices;
     QList<Shown> m_shown;
+
+    void record(const Shown &shown);
 };
 
 } // namespace zun

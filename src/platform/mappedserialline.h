@@ -31,6 +31,7 @@ public:
     void discardOutput() override { m_active->discardOutput(); }
     void discardInputAndOutput() override { m_active->discardInputAndOutput(); }
     void waitForInput(int millis) override { m_active->waitForInput(millis); }
+    void waitForInputMicros(std::uint64_t micros) override { m_active->waitForInputMicros(micros); }
     void expectInput(int bytes) override { m_active->expectInput(bytes); }
     std::uint64_t discardedInput() const override { return m_active->discardedInput(); }
     QString takeNotice() override { return m_network.takeNotice(); }

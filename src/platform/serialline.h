@@ -46,6 +46,12 @@ public:
     // processes UI events nor spins; it may return early, so callers keep
     // their own deadline.
     virtual void waitForInput(int millis) = 0;
+    // The same for waits shorter than a millisecond, such as a few
+    // characters' time; a line that cannot wait so finely waits a millisecond.
+    virtual void waitForInputMicros(std::uint64_t micros)
+    {
+        waitForInput(static_cast<int>((micros + 999) / 1000));
+    }
 
     // How many bytes the caller now waits for in all. A line may use it to
     // sleep until they are all there instead of waking for each one; waits

@@ -31,7 +31,7 @@ ExchangeRecord::Result resultOf(bool ok, bool broadcast, const QString &reply)
 ReceiverBus::ReceiverBus(Clock &clock, SerialLine &line, SettingsStore &settings, Desktop &desktop,
                          QObject *parent)
     : QObject(parent), m_clock(clock), m_line(line), m_settings(settings), m_desktop(desktop),
-      m_link(line, clock, m_options.Retry), m_levelTable(buildLevelTable())
+      m_link(line, clock, m_options.Retry, &m_options.Baudrate), m_levelTable(buildLevelTable())
 {
 }
 
@@ -362,11 +362,25 @@ void ReceiverBus::pilotKob(int index)
     if (!validIndex(index))
         return;
     const int address = m_table[static_cast<std::size_t>(index)].address;
+    enterKobWait();
     send(frames::kobStart(address), 0, 200);
     while (!send(frames::backOnLine(address), 4, 100)) {
         m_link.Delay(500);
         processEvents();
     }
+    leaveKobWait();
+}
+
+void ReceiverBus::enterKobWait()
+{
+    if (m_kobWaits++ == 0)
+        emit kobWaitChanged(true);
+}
+
+void ReceiverBus::leaveKobWait()
+{
+    if (--m_kobWaits == 0)
+        emit kobWaitChanged(false);
 }
 
 std::optional<int> ReceiverBus::programReceiver(const SettingsLine &fields)
@@ -582,6 +596,7 @@ void ReceiverBus::runKob()
         return;
     const int address = r->address;
     emit kobPhase(KobPhase::Started);
+    enterKobWait();
     m_kobActive = true;
     send(frames::kobStart(address), 0, 100);
 
@@ -603,6 +618,7 @@ void ReceiverBus::runKob()
     m_link.Delay(1500);
     emit kobPhase(KobPhase::Ended);
     m_kobActive = false;
+    leaveKobWait();
 }
 
 // --- RF tools -------------------------------------------------------------

@@ -203,6 +203,9 @@ signals:
     void panelLevels(int index, const zun::LevelReading &reading);
     void panelOffline(int index);
     void kobPhase(zun::KobPhase phase);
+    // A KOB wait began (true) or the last one running ended (false): until
+    // then the loop that polls the line stands still.
+    void kobWaitChanged(bool waiting);
 
 private:
     struct Live
@@ -223,6 +226,8 @@ private:
     std::optional<DetailReading> detailReading(const LevelReply &raw);
     void stepSquelch(int direction);
     void processEvents();
+    void enterKobWait();
+    void leaveKobWait();
 
     Clock &m_clock;
     SerialLine &m_line;
@@ -238,6 +243,7 @@ private:
     int m_selected = 0;
     WorkMode m_workMode = WorkMode::Idle;
     bool m_kobActive = false;
+    int m_kobWaits = 0;
     bool m_squelchHeld = false;
     std::function<bool()> m_skip;
     BatteryAverager m_detailBattery;

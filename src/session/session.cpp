@@ -29,18 +29,27 @@ constexpr int kHealthMillis = 1000;
 } // namespace
 
 Session::Session(const Platform &platform, SessionOptions options)
-    : m_options(std::move(options)), m_ctx(platform), m_loop(m_ctx.bus), m_wallTime(platform.clock),
-      m_alarms(platform.clock), m_showLog(m_wallTime), m_deploy(m_ctx.bus), m_lastScan(m_ctx.bus),
-      m_lineName(m_options.lineName)
+    : m_options(std::move(options)), m_dialogs(platform.dialogs),
+      m_ctx(Platform{platform.clock, platform.line, platform.settings, m_dialogs, platform.desktop}),
+      m_loop(m_ctx.bus), m_wallTime(platform.clock), m_alarms(platform.clock), m_showLog(m_wallTime),
+      m_deploy(m_ctx.bus), m_lastScan(m_ctx.bus), m_lineName(m_options.lineName)
 {
     m_alarms.setSettings(AlarmSettings::load(platform.settings));
     connectMonitoring(&m_ctx.bus, &m_alarms, &m_showLog);
     connectBusHealth(&m_ctx.bus, &m_busHealth);
     m_loop.setStep(WorkMode::Polling, [this] { return pollStep(); });
     m_loop.setHousekeeping([this] {
+        // A lost line shows only here: the port closes between two passes.
+        updatePaused();
         const bool remote = m_control && m_control->runWaiting();
         return recoverIfDue() || remote;
     });
+    m_dialogs.setOpenChanged([this](bool) { updatePaused(); });
+    connect(&m_ctx.bus, &ReceiverBus::kobWaitChanged, this, [this](bool waiting) {
+        m_kobWaiting = waiting;
+        updatePaused();
+    });
+    connect(&m_ctx.bus, &ReceiverBus::workModeChanged, this, &Session::updatePaused);
     // The first try comes a full period after a receiver went away, not at once.
     connect(&m_ctx.bus, &ReceiverBus::wentOffline, this, [this] {
         const std::uint64_t now = m_ctx.platform.clock.nowMicros();
@@ -94,6 +103,7 @@ bool Session::start(const StartupViews &views)
     bus.setWorkMode(WorkMode::Polling);
     bus.readTextFields();
     m_started = true;
+    updatePaused();
     setAutoRecover(m_options.autoRecover);
 
     if (views.showMainScreen)
@@ -109,6 +119,7 @@ void Session::startFeeds()
     m_feeds = attachFeeds(m_options.feeds, &m_ctx.bus, this, m_lineName);
     connect(m_feeds, &FeedHub::statusTextChanged, this, &Session::feedStatusChanged);
     connect(this, &Session::lineNameChanged, m_feeds, &FeedHub::setLineName);
+    connect(this, &Session::pollingPausedChanged, m_feeds, &FeedHub::setPaused);
     // The feeds begin after the search so that they carry the line's real
     // name from their first message; what the search found is told now.
     for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
@@ -199,6 +210,7 @@ bool Session::detectReceivers()
     emit receiversCleared();
     const bool found = m_ctx.bus.detectReceivers();
     updateLineName();
+    updatePaused();
     emit receiversDetected(found);
     return found;
 }
@@ -211,6 +223,7 @@ bool Session::reconnect()
         m_ctx.bus.openLine();
     const bool found = m_ctx.bus.CheckReceivers();
     updateLineName();
+    updatePaused();
     emit receiversReconnected(found);
     return found;
 }
@@ -236,7 +249,19 @@ bool Session::pollStep()
 {
     if (m_deploy.busy())
         return m_deploy.step();
-    return m_ctx.bus.ReadAllAD();
+    const bool worked = m_ctx.bus.ReadAllAD();
+    updatePaused();
+    return worked;
+}
+
+void Session::updatePaused()
+{
+    const bool paused = m_started && (m_dialogs.open() || m_kobWaiting || !m_ctx.platform.line.isOpen() ||
+                                      m_ctx.bus.workMode() != WorkMode::Polling);
+    if (paused == m_paused)
+        return;
+    m_paused = paused;
+    emit pollingPausedChanged(paused);
 }
 
 QString Session::saveLineBackup(QString *error)

@@ -8,6 +8,7 @@
 #include "session/frequencydeploy.h"
 #include "session/scanmemory.h"
 #include "session/sessionoptions.h"
+#include "session/watcheddialogs.h"
 #include "showlog/showlog.h"
 
 #include <QDateTime>
@@ -85,6 +86,12 @@ public:
     // Runs what recovery is due on the session's clock; true when it used the line.
     bool recoverIfDue();
 
+    // Nothing on the line is being polled although the session runs: a modal
+    // dialog is open, a KOB wait runs, the line is lost, or another work
+    // than the main screen's poll has the line. What the feeds show is then
+    // the last known state, not a live one.
+    bool pollingPaused() const { return m_paused; }
+
     // The exit path after the user confirmed (or SIGTERM): goodbye on the
     // line, the log and the feeds closed, then the program ends.
     void endProgram();
@@ -99,6 +106,7 @@ signals:
     void receiverBackOnPoll(int index);
     void lineNameChanged(const QString &name);
     void feedStatusChanged(const QString &text);
+    void pollingPausedChanged(bool paused);
     // One event for the status line, or a line on standard error without a window.
     void notice(const QString &text);
     // A request from the broker changed this receiver's mute or name.
@@ -114,8 +122,10 @@ private:
     void startRemoteControl();
     void tellFeedsWhoIsPresent();
     void shareHealth();
+    void updatePaused();
 
     SessionOptions m_options;
+    WatchedDialogs m_dialogs;
     Context m_ctx;
     WorkLoop m_loop;
     WallTime m_wallTime;
@@ -131,6 +141,8 @@ private:
     QDateTime m_startedAt;
     bool m_started = false;
     bool m_recovering = false;
+    bool m_paused = false;
+    bool m_kobWaiting = false;
     std::uint64_t m_nextLineTryMicros = 0;
     std::uint64_t m_nextBringBackMicros = 0;
     // Wakes an idle work loop so that recovery is looked at while nobody answers.

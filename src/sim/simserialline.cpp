@@ -131,11 +131,17 @@ void SimSerialLine::discardInput()
 
 void SimSerialLine::waitForInput(int millis)
 {
-    if (millis <= 0)
+    if (millis > 0)
+        waitForInputMicros(static_cast<std::uint64_t>(millis) * 1000u);
+}
+
+void SimSerialLine::waitForInputMicros(std::uint64_t micros)
+{
+    if (micros == 0)
         return;
     collectArrived();
     const std::uint64_t now = m_clock.nowMicros();
-    std::uint64_t until = now + static_cast<std::uint64_t>(millis) * 1000u;
+    std::uint64_t until = now + micros;
     if (m_open && !m_inFlight.empty())
         until = std::min(until, m_inFlight.begin()->first);
     if (until > now)

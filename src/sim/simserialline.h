@@ -70,6 +70,7 @@ public:
     void discardInput() override;
     void discardOutput() override {}
     void waitForInput(int millis) override;
+    void waitForInputMicros(std::uint64_t micros) override;
     std::uint64_t discardedInput() const override { return m_input.discarded(); }
 
 private:

@@ -148,6 +148,8 @@ private slots:
             << QByteArray("online") << QByteArray(R"({"host":"rack1","pid":999999999})") << "";
         QTest::newRow("another host")
             << QByteArray("online") << QByteArray(R"({"host":"rack2","pid":7})") << "rack2 (process 7)";
+        QTest::newRow("paused on another host")
+            << QByteArray("paused") << QByteArray(R"({"host":"rack2","pid":7})") << "rack2 (process 7)";
         QTest::newRow("unknown owner") << QByteArray("online") << QByteArray("garbage") << "another program";
     }
     void aLineNameIsTakenOnlyByAnotherLiveProgram()
@@ -358,6 +360,65 @@ private slots:
             QVERIFY(answer.contains("Content-Length: ") && !answer.contains("Content-Length: 0"));
         // Whatever came before, the server still serves.
         QVERIFY(exchange(m_port, get("/?token=" + kToken.toLatin1())).startsWith("HTTP/1.1 200"));
+    }
+
+    // A client must mask every frame it sends; one that does not is closed
+    // with 1002 (protocol error), whatever the frame.
+    void dashboardClosesAClientThatDoesNotMask_data()
+    {
+        QTest::addColumn<QByteArray>("frames");
+        QTest::addColumn<QByteArray>("answer"); // what the server sends back first
+        const auto frame = [](quint8 opcode, const QByteArray &payload, bool masked) {
+            QByteArray bytes;
+            bytes.append(char(0x80 | opcode));
+            bytes.append(char((masked ? 0x80 : 0) | payload.size()));
+            const QByteArray key("\x12\x34\x56\x78", 4);
+            if (masked)
+                bytes.append(key);
+            for (int i = 0; i < payload.size(); ++i)
+                bytes.append(masked ? char(payload[i] ^ key[i % 4]) : payload[i]);
+            return bytes;
+        };
+        const QByteArray pong = "\x8a\x04ping";
+        const QByteArray protocolError("\x88\x02\x03\xea", 4);
+        QTest::newRow("masked ping") << frame(0x9, "ping", true) << pong;
+        QTest::newRow("masked text, then ping")
+            << frame(0x1, "hello", true) + frame(0x9, "ping", true) << pong;
+        QTest::newRow("unmasked text") << frame(0x1, "hello", false) << protocolError;
+        QTest::newRow("unmasked ping") << frame(0x9, "ping", false) << protocolError;
+        QTest::newRow("unmasked after masked")
+            << frame(0x1, "hello", true) + frame(0x1, "bye", false) << protocolError;
+    }
+    void dashboardClosesAClientThatDoesNotMask()
+    {
+        QFETCH(QByteArray, frames);
+        QFETCH(QByteArray, answer);
+        startDashboard();
+        QTcpSocket raw;
+        raw.connectToHost(QHostAddress::LocalHost, m_port);
+        QVERIFY(raw.waitForConnected(3000));
+        raw.write(upgradeRequest("/ws?token=" + kToken.toLatin1(), m_port));
+        QByteArray head;
+        QTRY_VERIFY((head += raw.readAll()).contains("\r\n\r\n"));
+        QVERIFY(head.startsWith("HTTP/1.1 101"));
+        // The first message, the receivers as they are, is framed without a mask.
+        QByteArray received = head.mid(head.indexOf("\r\n\r\n") + 4);
+        QTRY_VERIFY((received += raw.readAll()).size() >= 4);
+        const bool extended = quint8(received[1]) == 126; // two receivers take more than 125 bytes
+        const qsizetype firstLength =
+            extended ? 4 + (quint8(received[2]) << 8 | quint8(received[3])) : 2 + quint8(received[1]);
+        QTRY_VERIFY((received += raw.readAll()).size() >= firstLength);
+        received.remove(0, firstLength);
+        raw.write(frames);
+        QTRY_VERIFY((received += raw.readAll()).size() >= answer.size());
+        QCOMPARE(received.left(answer.size()), answer);
+        if (answer.startsWith("\x88")) {
+            QTRY_COMPARE(raw.state(), QAbstractSocket::UnconnectedState);
+            QTRY_COMPARE(m_hub->dashboard()->clientCount(), 0);
+        } else {
+            QCOMPARE(raw.state(), QAbstractSocket::ConnectedState);
+            QCOMPARE(m_hub->dashboard()->clientCount(), 1);
+        }
     }
 
     // Connections are limited per client address and in all; one that sends

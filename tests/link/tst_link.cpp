@@ -174,6 +174,47 @@ private slots:
         QVERIFY(rig.link.SendCommand("%05L\r", 4, reply, 250));
         QCOMPARE(reply, QString("$05\r"));
     }
+
+    // What is left of a disturbed reply on the wire must not spoil the next
+    // receiver's exchange: that one first waits for a quiet line. A whole
+    // frame that is merely refused leaves the line quiet and costs no wait.
+    void aDisturbedReplyCostsOneExchange_data()
+    {
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<QByteArray>("replacement");
+        QTest::addColumn<bool>("firstAccepted");
+        QTest::addColumn<bool>("waits");
+        const QByteArray no;
+        QTest::newRow("noise before the reply") << int(SimFault::Noise) << no << false << true;
+        QTest::newRow("longer than asked")
+            << int(SimFault::Replace) << "$05" + QByteArray(30, '0') + "\r" << true << true;
+        QTest::newRow("no end of frame")
+            << int(SimFault::Replace) << QByteArray("\xc1\xf3$05AB12CD3456") << false << true;
+        QTest::newRow("a whole garbled frame")
+            << int(SimFault::Replace) << QByteArray("*0588LBD312\r") << false << false;
+        QTest::newRow("sound reply") << int(SimFault::None) << no << true << false;
+    }
+    void aDisturbedReplyCostsOneExchange()
+    {
+        QFETCH(int, fault);
+        QFETCH(QByteArray, replacement);
+        Rig rig;
+        rig.bus.addReceiver(6);
+        if (fault == int(SimFault::Replace))
+            rig.bus.faults().scriptReplacement(5, replacement);
+        else if (fault != int(SimFault::None))
+            rig.bus.scriptFaults(5, SimFault(fault));
+        QString reply;
+        QTEST(rig.link.SendCommand("%05N\r", 12, reply, 250), "firstAccepted");
+        const std::uint64_t firstEnded = rig.clock.nowMicros();
+        QVERIFY(rig.link.SendCommand("%06N\r", 12, reply, 250));
+        QVERIFY2(reply.size() == 12 && reply.startsWith("$06") && reply.endsWith('\r'), qPrintable(reply));
+        QCOMPARE(rig.link.lastAttempts(), 1);
+        const std::uint64_t secondSent = rig.line.written().back().micros;
+        QTEST(secondSent > firstEnded, "waits");
+        // Never longer than the longest reply's wire time: 41 characters of 10 bits at 115200.
+        QVERIFY(secondSent - firstEnded <= 41 * 87);
+    }
 };
 
 QTEST_GUILESS_MAIN(TestLink)

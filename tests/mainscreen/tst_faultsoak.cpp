@@ -72,6 +72,7 @@ public:
     void setTextMode() override { m_line.setTextMode(); }
     void discardOutput() override { m_line.discardOutput(); }
     void waitForInput(int millis) override { m_line.waitForInput(millis); }
+    void waitForInputMicros(std::uint64_t micros) override { m_line.waitForInputMicros(micros); }
     int bytesWaiting() override { return m_line.bytesWaiting(); }
 
     bool write(const QByteArray &text) override

@@ -1,14 +1,20 @@
 // The session as the program assembles it, on the virtual clock: how it names
-// the line, reads its options, and brings receivers and a lost line back.
+// the line, reads its options, brings receivers and a lost line back, and
+// tells its feeds (a real mosquitto broker, the dashboard's WebSocket) when
+// nothing is polled.
 #include "core/options.h"
 #include "mainscreen/frmmain.h"
 #include "mainscreen/rcvpanel.h"
 #include "session/session.h"
+#include "support/netsupport.h"
 #include "support/testbed.h"
 
 #include <QAction>
 #include <QCommandLineParser>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
+#include <QWebSocket>
 
 using namespace zun;
 
@@ -22,6 +28,31 @@ void passes(TestBed &bed, int count, int millisBetween = 0)
         bed.session->loop().runSteps();
     }
 }
+
+// What the feeds of a running program say about its line: the retained MQTT
+// status and the dashboard's latest "paused".
+struct FeedWatch
+{
+    explicit FeedWatch(quint16 brokerPort, quint16 webPort)
+        : sub(brokerPort), web(QStringLiteral("http://127.0.0.1:%1").arg(webPort))
+    {
+        QObject::connect(&web, &QWebSocket::textMessageReceived, [this](const QString &text) {
+            webPaused = QJsonDocument::fromJson(text.toUtf8()).object().value("paused").toBool();
+            ++webMessages;
+        });
+    }
+    // Waits until both feeds say it; false when they do not within five seconds.
+    bool show(bool paused)
+    {
+        const QByteArray status = paused ? "paused" : "online";
+        return QTest::qWaitFor([&] { return sub.latest.value("zunoria/COM1/status") == status; }, 5000) &&
+               QTest::qWaitFor([&] { return webMessages > 0 && webPaused == paused; }, 5000);
+    }
+    Subscriber sub;
+    QWebSocket web;
+    bool webPaused = false;
+    int webMessages = 0;
+};
 
 } // namespace
 
@@ -166,6 +197,65 @@ private slots:
         QCOMPARE(receivers.foundCount(), 2);
         QVERIFY(receivers.record(0).online && receivers.record(1).online);
         QVERIFY(bed.dialogs.messages().isEmpty());
+    }
+
+    // A modal dialog, a KOB wait and a lost line stop the poll: both feeds
+    // mark the line paused while it lasts and live again after.
+    void feedsMarkTheLinePausedWhileNothingIsPolled_data()
+    {
+        QTest::addColumn<QString>("pause");
+        QTest::newRow("dialog") << "dialog";
+        QTest::newRow("KOB wait") << "kob";
+        QTest::newRow("lost line") << "lost";
+    }
+    void feedsMarkTheLinePausedWhileNothingIsPolled()
+    {
+        QFETCH(QString, pause);
+        const quint16 brokerPort = freeLoopbackPort();
+        Child broker;
+        QVERIFY(startServer(broker, "mosquitto", {"-p", QString::number(brokerPort)}, brokerPort));
+        SessionOptions options;
+        options.feeds.mqttHost = QStringLiteral("127.0.0.1");
+        options.feeds.mqttPort = brokerPort;
+        options.feeds.webPort = freeLoopbackPort();
+        options.feeds.webToken = QStringLiteral("paused-0123456789");
+        TestBed bed(options);
+        SimBus &bus = bed.attachReceivers(1, {3, 7});
+        FrmMain *main = bed.loadMainScreen();
+        QVERIFY(main);
+        FeedWatch feeds(brokerPort, options.feeds.webPort);
+        feeds.web.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=%2")
+                                .arg(options.feeds.webPort)
+                                .arg(options.feeds.webToken)));
+        passes(bed, 1);
+        QVERIFY(feeds.show(false));
+
+        bool shownWhilePaused = false;
+        if (pause == "dialog") {
+            bed.dialogs.whileShown = [&](const ScriptedDialogs::Shown &) {
+                shownWhilePaused = feeds.show(true);
+            };
+            main->action("mnuLoad")->trigger(); // and the user cancels
+        } else if (pause == "kob") {
+            // The receiver leaves the line for its KOB function; the wait asks until it is back.
+            bed.desktop.script = [&](int call) {
+                if (call == 1)
+                    shownWhilePaused = feeds.show(true);
+            };
+            main->pilotClicked(1);
+            QVERIFY(!bed.framesSent("%07O").isEmpty() && bed.framesSent("#07A1").size() > 1);
+        } else {
+            bed.line.removePort(1);
+            passes(bed, 2);
+            shownWhilePaused = feeds.show(true);
+            bed.line.attachBus(1, &bus);
+            main->action("mnuReconnect")->trigger();
+        }
+        QVERIFY(shownWhilePaused);
+        QVERIFY(bed.session->pollingPaused() == false);
+        passes(bed, 1);
+        QVERIFY(feeds.show(false));
+        QVERIFY(bed.ctx.bus.record(0).online && bed.ctx.bus.record(1).online);
     }
 };
 

@@ -65,6 +65,9 @@
     ws.onmessage = (event) => {
       const msg = JSON.parse(event.data);
       document.getElementById("bus").textContent = msg.bus;
+      // Nothing is polled: what stands is the last known state, greyed.
+      document.body.classList.toggle("paused", !!msg.paused);
+      document.getElementById("paused").textContent = msg.paused ? "paused" : "";
       msg.receivers.forEach(show);
     };
     ws.onclose = () => {
