@@ -3,6 +3,7 @@
 #include <QDeadlineTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRandomGenerator>
 
 #include <mosquitto.h>
 
@@ -104,8 +105,10 @@ struct Retained
 {
     QByteArray statusTopic;
     QByteArray infoTopic;
+    QByteArray markerTopic;
     QByteArray status;
     QByteArray info;
+    bool markerBack = false;
 };
 
 void onProbeMessage(mosquitto *, void *data, const mosquitto_message *message)
@@ -116,12 +119,19 @@ void onProbeMessage(mosquitto *, void *data, const mosquitto_message *message)
         retained->status = payload;
     else if (retained->infoTopic == message->topic)
         retained->info = payload;
+    else if (retained->markerTopic == message->topic)
+        retained->markerBack = true;
 }
 } // namespace
 
 std::optional<QString> MqttConnection::askOwner(int *rc) const
 {
-    Retained retained{m_settings.statusTopic.toUtf8(), m_settings.infoTopic.toUtf8(), {}, {}};
+    const QByteArray statusTopic = m_settings.statusTopic.toUtf8();
+    // Beside the status topic, so that whoever may publish the line's topics may publish it.
+    const QByteArray marker = statusTopic.left(statusTopic.lastIndexOf('/')) + "/probe/" +
+                              QByteArray::number(m_settings.selfPid) + '-' +
+                              QByteArray::number(QRandomGenerator::global()->generate());
+    Retained retained{statusTopic, m_settings.infoTopic.toUtf8(), marker, {}, {}, false};
     mosquitto *probe = mosquitto_new(nullptr, true, &retained);
     if (!probe) {
         *rc = MOSQ_ERR_NOMEM;
@@ -136,9 +146,14 @@ std::optional<QString> MqttConnection::askOwner(int *rc) const
     if (asked) {
         mosquitto_subscribe(probe, nullptr, retained.statusTopic.constData(), 1);
         mosquitto_subscribe(probe, nullptr, retained.infoTopic.constData(), 1);
-        // Retained messages follow the subscription at once; nothing says
-        // when there are none, so the whole time is waited.
-        for (QDeadlineTimer deadline(kClaimMillis); !deadline.hasExpired();)
+        // Retained messages follow each subscription at once, and nothing
+        // says when there are none. A message of our own, sent after the
+        // subscriptions, comes back after them: once it is here, the broker
+        // has said all it keeps. A broker that does not let it through costs
+        // the whole wait.
+        mosquitto_subscribe(probe, nullptr, marker.constData(), 1);
+        mosquitto_publish(probe, nullptr, marker.constData(), 0, nullptr, 1, false);
+        for (QDeadlineTimer deadline(kClaimMillis); !deadline.hasExpired() && !retained.markerBack;)
             if (mosquitto_loop(probe, 50, 1) != MOSQ_ERR_SUCCESS)
                 break;
         mosquitto_disconnect(probe);
