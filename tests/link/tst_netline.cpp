@@ -96,9 +96,8 @@ private slots:
             offline.clear();
             bool polled = line.isOpen() && ctx.bus.CheckReceivers() && ctx.bus.foundCount() == 64 &&
                           ctx.bus.record(6).address == 7;
-            for (int pass = 0; pass < 3; ++pass)
-                polled = polled && ctx.bus.ReadAllAD();
-            return polled && levels.size() == 3 * 64 && offline.isEmpty();
+            polled = polled && ctx.bus.ReadAllAD();
+            return polled && levels.size() == 64 && offline.isEmpty();
         };
         QVERIFY(detectAndPoll());
         const bool warned = !line.takeNotice().isEmpty();
