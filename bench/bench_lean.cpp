@@ -77,8 +77,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     const QStringList args = app.arguments();
-    const qsizetype at = args.indexOf(QStringLiteral("--bin"));
-    const QString bin = at >= 0 && at + 1 < args.size() ? args[at + 1] : QDir::currentPath();
+    const QString bin = binFolder(args);
     const int seconds = args.contains(QStringLiteral("--quick")) ? 3 : 10;
     QTemporaryDir scratch;
     if (!scratch.isValid())

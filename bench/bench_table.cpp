@@ -247,8 +247,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     const QStringList args = app.arguments();
-    const qsizetype at = args.indexOf(QStringLiteral("--bin"));
-    const QString bin = at >= 0 && at + 1 < args.size() ? args[at + 1] : QDir::currentPath();
+    const QString bin = binFolder(args);
     const bool quick = args.contains(QStringLiteral("--quick"));
     const int seconds = quick ? 3 : 10;
     QTemporaryDir scratch;

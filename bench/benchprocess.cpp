@@ -222,6 +222,12 @@ CpuSample ProgramProcess::cpu() const
     return cpuOf(m_process.processId());
 }
 
+QString binFolder(const QStringList &arguments)
+{
+    const qsizetype at = arguments.indexOf(QStringLiteral("--bin"));
+    return at >= 0 && at + 1 < arguments.size() ? arguments[at + 1] : QDir::currentPath();
+}
+
 CpuSample cpuOf(qint64 pid)
 {
     CpuSample s;

@@ -54,6 +54,8 @@ struct CpuSample
     double wallSeconds = 0;
 };
 double cpuPercent(const CpuSample &before, const CpuSample &after);
+// The folder given with --bin (where zunoria and zunoria-sim are), else the current one.
+QString binFolder(const QStringList &arguments);
 // CPU time so far of a running child process.
 CpuSample cpuOf(qint64 pid);
 

@@ -4,6 +4,7 @@
 #include "coordination/guards.h"
 #include "coordination/planfiles.h"
 #include "core/context.h"
+#include "platform/dialogs.h"
 #include "platform/regularfile.h"
 #include "receivers/frequency.h"
 #include "session/session.h"
@@ -15,6 +16,7 @@
 #include <QTableWidget>
 
 #include <algorithm>
+#include <optional>
 
 namespace zun {
 
@@ -24,6 +26,22 @@ const QString kListFilter = QStringLiteral("Frequency List(*.txt)|*.txt");
 const QString kImportFilter = QStringLiteral("Frequency List(*.txt *.csv)|*.txt *.csv");
 const QString kScanFilter = QStringLiteral("Scan CSV(*.csv)|*.csv");
 constexpr qint64 kLargestImport = 16 * 1024 * 1024;
+
+// The text of a file the user chose, or nothing once the user was told why
+// (what: "a frequency list", "a scan").
+std::optional<QString> readImport(Dialogs &dialogs, const QString &path, const QString &what)
+{
+    QFile in;
+    if (const QString error = openRegularFile(in, path); !error.isEmpty()) {
+        dialogs.message(QStringLiteral("%1 could not be read: %2").arg(path, error));
+        return std::nullopt;
+    }
+    if (in.size() > kLargestImport) {
+        dialogs.message(QStringLiteral("%1 is too large to be %2.").arg(path, what));
+        return std::nullopt;
+    }
+    return QString::fromUtf8(in.read(kLargestImport));
+}
 
 QString codeOf(const ReceiverRecord &r)
 {
@@ -178,16 +196,10 @@ void PlanWindow::importList()
     const QString path = m_ctx.platform.dialogs.openFileName(kImportFilter);
     if (path.isEmpty())
         return;
-    QFile in;
-    if (const QString error = openRegularFile(in, path); !error.isEmpty()) {
-        m_ctx.platform.dialogs.message(QStringLiteral("%1 could not be read: %2").arg(path, error));
+    const auto text = readImport(m_ctx.platform.dialogs, path, QStringLiteral("a frequency list"));
+    if (!text)
         return;
-    }
-    if (in.size() > kLargestImport) {
-        m_ctx.platform.dialogs.message(QStringLiteral("%1 is too large to be a frequency list.").arg(path));
-        return;
-    }
-    const FrequencyListResult list = importFrequencyList(QString::fromUtf8(in.read(kLargestImport)));
+    const FrequencyListResult list = importFrequencyList(*text);
     if (!list.ok()) {
         m_ctx.platform.dialogs.message(QStringLiteral("%1 was not imported.\n%2").arg(path, list.error));
         return;
@@ -207,16 +219,10 @@ void PlanWindow::addScanFile()
     const QString path = m_ctx.platform.dialogs.openFileName(kScanFilter);
     if (path.isEmpty())
         return;
-    QFile in;
-    if (const QString error = openRegularFile(in, path); !error.isEmpty()) {
-        m_ctx.platform.dialogs.message(QStringLiteral("%1 could not be read: %2").arg(path, error));
+    const auto text = readImport(m_ctx.platform.dialogs, path, QStringLiteral("a scan"));
+    if (!text)
         return;
-    }
-    if (in.size() > kLargestImport) {
-        m_ctx.platform.dialogs.message(QStringLiteral("%1 is too large to be a scan.").arg(path));
-        return;
-    }
-    const ScanCsvResult scan = parseScanCsv(QString::fromUtf8(in.read(kLargestImport)), 0.0, 100000.0);
+    const ScanCsvResult scan = parseScanCsv(*text, 0.0, 100000.0);
     if (!scan.ok()) {
         m_ctx.platform.dialogs.message(QStringLiteral("%1 was not imported.\n%2").arg(path, scan.error));
         return;
