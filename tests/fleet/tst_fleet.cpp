@@ -376,7 +376,7 @@ private slots:
             return QTest::qWaitFor([&] { return browser.evaluate(expression) == expected; }, 30000);
         };
         QVERIFY(page("3 192", "document.querySelectorAll(\"section.line\").length + \" \" +\n"
-                            "                               document.querySelectorAll(\".rx\").length"));
+                              "                               document.querySelectorAll(\".rx\").length"));
 
         // A receiver leaves stageB.
         sims[1].process.write("stop 2\n");
