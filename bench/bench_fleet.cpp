@@ -1,7 +1,8 @@
 // A venue on one broker: N headless programs, each on a simulator with 64
 // receivers, and one --fleet program. Prints the broker's message rate, the
-// fleet's CPU, and how long a receiver the line declares offline takes to
-// show in /api/state and on the fleet page's WebSocket.
+// fleet's CPU, the lines' polling with and without 50 browsers on the fleet
+// page, and how long a receiver the line declares offline takes to show in
+// /api/state and on the fleet page's WebSocket while those browsers watch.
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
@@ -94,6 +95,19 @@ double cpuSecondsOf(qint64 pid)
     return (fields.value(11).toDouble() + fields.value(12).toDouble()) / double(sysconf(_SC_CLK_TCK));
 }
 
+// Level reads the simulators have heard so far, on every line together.
+qint64 levelReads(const std::vector<QString> &logs)
+{
+    qint64 reads = 0;
+    for (const QString &path : logs) {
+        QFile log(path);
+        if (log.open(QIODevice::ReadOnly))
+            for (const QByteArray &frame : log.readAll().split('\n'))
+                reads += frame.endsWith('N') && frame.contains(" %");
+    }
+    return reads;
+}
+
 double percentile(std::vector<double> v, double p)
 {
     if (v.empty())
@@ -106,6 +120,7 @@ double percentile(std::vector<double> v, double p)
 struct Line
 {
     QString name;
+    QString log; // every frame the simulator heard
     QProcess sim;
     QProcess program;
     QByteArray said;
@@ -151,7 +166,9 @@ int main(int argc, char *argv[])
     for (int i = 0; i < lineCount; ++i) {
         auto line = std::make_unique<Line>();
         line->name = QStringLiteral("line%1").arg(i + 1);
-        line->sim.start(bin + "/zunoria-sim", {"--count", "64", "--seed", QString::number(i + 1)});
+        line->log = scratch.path() + "/" + line->name + ".frames";
+        line->sim.start(bin + "/zunoria-sim",
+                        {"--count", "64", "--seed", QString::number(i + 1), "--log", line->log});
         line->sim.waitForStarted(5000);
         waitFor([&] { return line->sim.canReadLine(); }, 5000);
         const QString pty = QString::fromLocal8Bit(line->sim.readLine()).trimmed();
@@ -217,14 +234,50 @@ int main(int argc, char *argv[])
                   {"-h", "127.0.0.1", "-p", QString::number(mqttPort), "-t", "zunoria/#", "-v"});
     counter.waitForStarted(5000);
     pump(1000); // the retained messages arrive first
-    messages = 0;
-    QElapsedTimer window;
-    window.start();
-    const double cpuBefore = cpuSecondsOf(fleet.processId());
-    pump(windowSeconds * 1000);
-    const double seconds = window.elapsed() / 1000.0;
-    const double cpu = (cpuSecondsOf(fleet.processId()) - cpuBefore) / seconds * 100;
-    const double rate = messages / seconds;
+    std::vector<QString> logs;
+    for (const auto &line : lines)
+        logs.push_back(line->log);
+    // One window: the broker's traffic, the fleet's CPU and the lines' polling.
+    struct Window
+    {
+        double seconds, cpu, messagesPerSecond, pollsPerSecond;
+    };
+    const auto measureWindow = [&] {
+        messages = 0;
+        const qint64 pollsBefore = levelReads(logs);
+        QElapsedTimer window;
+        window.start();
+        const double cpuBefore = cpuSecondsOf(fleet.processId());
+        pump(windowSeconds * 1000);
+        const double seconds = window.elapsed() / 1000.0;
+        return Window{seconds, (cpuSecondsOf(fleet.processId()) - cpuBefore) / seconds * 100,
+                      messages / seconds, (levelReads(logs) - pollsBefore) / seconds};
+    };
+    const Window quiet = measureWindow();
+    const double seconds = quiet.seconds;
+    const double cpu = quiet.cpu;
+    const double rate = quiet.messagesPerSecond;
+
+    // Fifty browsers on the fleet page: the lines must not poll slower for them.
+    const int browserCount = value("--browsers", "50").toInt();
+    std::vector<std::unique_ptr<QWebSocket>> browsers;
+    std::vector<qint64> browserMessages(size_t(browserCount), 0);
+    for (int b = 0; b < browserCount; ++b) {
+        browsers.push_back(std::make_unique<QWebSocket>(QStringLiteral("http://127.0.0.1:%1").arg(web)));
+        QObject::connect(browsers.back().get(), &QWebSocket::textMessageReceived,
+                         [&browserMessages, b] { ++browserMessages[size_t(b)]; });
+        browsers.back()->open(
+            QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=%2").arg(web).arg(QString::fromLatin1(kToken))));
+    }
+    const auto connectedBrowsers = [&] {
+        return int(std::count_if(browsers.begin(), browsers.end(), [](const auto &socket) {
+            return socket->state() == QAbstractSocket::ConnectedState;
+        }));
+    };
+    waitFor([&] { return connectedBrowsers() == browserCount; }, 20000);
+    const Window busy = measureWindow();
+    const qint64 fewestMessages =
+        browserMessages.empty() ? 0 : *std::min_element(browserMessages.begin(), browserMessages.end());
 
     // The page's own feed, as a browser gets it.
     QWebSocket page(QStringLiteral("http://127.0.0.1:%1").arg(web));
@@ -287,6 +340,13 @@ int main(int argc, char *argv[])
                 lineCount, int(toState.size()));
     std::printf("  broker messages/s (all topics, %0.0f s)      %8.0f\n", seconds, rate);
     std::printf("  CPU of the --fleet process                 %7.1f %% of a core\n", cpu);
+    std::printf("  level reads/s on all lines, no browser     %8.0f\n", quiet.pollsPerSecond);
+    std::printf(
+        "  with %d browsers on the page (%d connected): level reads/s %0.0f (%.3f of the above), fleet CPU "
+        "%.1f %%, every browser got >= %lld messages\n",
+        browserCount, connectedBrowsers(), busy.pollsPerSecond,
+        quiet.pollsPerSecond > 0 ? busy.pollsPerSecond / quiet.pollsPerSecond : 0.0, busy.cpu,
+        static_cast<long long>(fewestMessages));
     std::printf("  offline on the line -> /api/state     p50 %6.0f ms   p99 %6.0f ms (goal <= 1000)\n",
                 percentile(toState, 0.5), percentile(toState, 0.99));
     std::printf("  offline on the line -> page WebSocket p50 %6.0f ms   p99 %6.0f ms (goal <= 1000)\n",
@@ -296,6 +356,8 @@ int main(int argc, char *argv[])
         percentile(fromStop, 0.5), percentile(fromStop, 0.99));
 
     page.close();
+    for (auto &socket : browsers)
+        socket->close();
     stop(counter);
     stop(fleet);
     for (auto &line : lines) {
