@@ -48,7 +48,7 @@ int main(int argc, char *argv[])
     const Guards guards = *parseGuards(QStringLiteral("standard"));
     std::vector<int> demo;
     for (const SimReceiver *r : makeDemoBus()->receivers())
-        demo.push_back(toKHz(ComputeFreq(QStringLiteral("%1").arg(r->tunedCode(), 4, 16, QLatin1Char('0')))));
+        demo.push_back(toKHz(mhzFromCode(QStringLiteral("%1").arg(r->tunedCode(), 4, 16, QLatin1Char('0')))));
     std::printf("%-7s %4s %10s %9s\n", "line", "rx", "conflicts", "check ms");
     for (const int count : {16, 32, 64}) {
         const std::vector<int> crowded(demo.begin(), demo.begin() + count);

@@ -58,27 +58,27 @@ double medianPass(const QString &target)
     zun::FakeDesktop desktop;
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
     zun::LineOptions &options = ctx.bus.options();
-    options.Retry = 0;
-    options.CommPort = 1;
-    options.Baudrate = 115200;
+    options.retries = 0;
+    options.port = 1;
+    options.baudRate = 115200;
     ctx.bus.resizeTable(kReceivers);
     ctx.bus.openLine();
     if (!line.isOpen()) {
         std::fprintf(stderr, "%s: cannot open\n", qPrintable(target));
         return -1;
     }
-    if (!ctx.bus.CheckReceivers() || ctx.bus.foundCount() != kReceivers) {
+    if (!ctx.bus.searchCurrentPort() || ctx.bus.foundCount() != kReceivers) {
         std::fprintf(stderr, "%s: found %d receivers\n", qPrintable(target), ctx.bus.foundCount());
         return -1;
     }
     int offline = 0;
     QObject::connect(&ctx.bus, &zun::ReceiverBus::panelOffline, [&offline] { ++offline; });
-    ctx.bus.ReadAllAD(); // warm-up
+    ctx.bus.pollAllLevels(); // warm-up
     std::vector<double> micros;
     for (int pass = 0; pass < kPasses; ++pass) {
         QElapsedTimer timer;
         timer.start();
-        ctx.bus.ReadAllAD();
+        ctx.bus.pollAllLevels();
         micros.push_back(timer.nsecsElapsed() / 1000.0);
     }
     if (offline > 0) {

@@ -33,7 +33,7 @@ int main(int argc, char *argv[])
     line.selectPort(1);
     line.applySettings(QStringLiteral("115200,N,8,1"));
     line.open();
-    ctx.bus.CheckReceivers();
+    ctx.bus.searchCurrentPort();
 
     // What the panels would be given, without the panels.
     std::array<zun::PanelReadout, 64> readouts{};
@@ -47,7 +47,7 @@ int main(int argc, char *argv[])
         const std::uint64_t before = clock.nowMicros();
         QElapsedTimer timer;
         timer.start();
-        ctx.bus.ReadAllAD();
+        ctx.bus.pollAllLevels();
         hostMicros.push_back(timer.nsecsElapsed() / 1000.0);
         lineMicros += clock.nowMicros() - before;
     }
@@ -68,13 +68,13 @@ int main(int argc, char *argv[])
     zun::SimSerialLine silentLine(silentClock);
     silentLine.attachBus(1, nullptr);
     zun::Context silent(zun::Platform{silentClock, silentLine, settings, dialogs, desktop});
-    silent.bus.options().Retry = 2;
+    silent.bus.options().retries = 2;
     silent.bus.resizeTable(64);
     silentLine.selectPort(1);
     silentLine.applySettings(QStringLiteral("115200,N,8,1"));
     silentLine.open();
     const std::uint64_t scanStart = silentClock.nowMicros();
-    silent.bus.CheckReceivers();
+    silent.bus.searchCurrentPort();
     const std::uint64_t scanMicros = silentClock.nowMicros() - scanStart;
     // An attempt times out once the elapsed ticks are greater than the
     // time-out, so on a 1 ms tick each silent attempt lasts 101 ms.

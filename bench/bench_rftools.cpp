@@ -48,19 +48,19 @@ public:
     RfTools *tools = nullptr;
 
     const ReceiverRecord &record() const override { return m_ctx.bus.record(m_ctx.bus.selected()); }
-    double bandStart() const override { return (25.0 * HexToNum(record().bandStartCode) + 65750) / 1000; }
-    QString ComputeNA(double mhz) const override
+    double bandStart() const override { return (25.0 * parseHex(record().bandStartCode) + 65750) / 1000; }
+    QString codeFromMhz(double mhz) const override
     {
-        return NumToHex(static_cast<int>(std::nearbyint((mhz * 1000 - 65750) / 25)), 4);
+        return formatHex(static_cast<int>(std::nearbyint((mhz * 1000 - 65750) / 25)), 4);
     }
-    void setTxtFreq(const QString &) override {}
+    void showFrequencyText(const QString &) override {}
     void showOffPreset() override {}
     void showTvChannel(double) override {}
-    void ShowMeters(const DetailReading &reading) override { tools->meterReading(reading); }
+    void showMeters(const DetailReading &reading) override { tools->meterReading(reading); }
     void recorderRead() override
     {
         if (const auto reading = m_ctx.bus.recorderStep())
-            ShowMeters(*reading);
+            showMeters(*reading);
     }
     void unloadForm() override {}
 
@@ -125,7 +125,7 @@ int main(int argc, char **argv)
     Context ctx(Platform{clock, line, settings, dialogs, desktop});
 
     ctx.bus.resizeTable(64);
-    ctx.bus.CheckReceivers();
+    ctx.bus.searchCurrentPort();
     ctx.bus.openDetail(0);
     BenchHost host(ctx);
     QWidget window;
@@ -151,7 +151,7 @@ int main(int argc, char **argv)
     tools.spectrumTab()->continuousOption()->click();
     tools.spectrumTab()->runButton()->click();
     for (int k = 0; k <= scan.pointCount; ++k)
-        tools.ScanFreq();
+        tools.scanStep();
 
     SpectrumPlot *picture = tools.spectrumTab()->plot();
     const int rounds = 3000;
@@ -172,7 +172,7 @@ int main(int argc, char **argv)
     report("whole scan step (exchange simulated)",
            measure(rounds,
                    [&] {
-                       tools.ScanFreq();
+                       tools.scanStep();
                        picture->repaint();
                    }),
            wireMicros);
@@ -182,11 +182,11 @@ int main(int argc, char **argv)
     rec->fastOption()->click();
     rec->runButton()->click();
     for (int k = 0; k < 400; ++k)
-        tools.RFRecorder();
+        tools.recorderStep();
     report("recorder step (exchange simulated), scrolling",
            measure(rounds,
                    [&] {
-                       tools.RFRecorder();
+                       tools.recorderStep();
                        rec->plot()->repaint();
                    }),
            wireMicros);
@@ -199,14 +199,14 @@ int main(int argc, char **argv)
     tools.spectrumTab()->clearButton()->click();
     tools.spectrumTab()->runButton()->click();
     for (int k = 0; k <= scan.pointCount; ++k)
-        tools.ScanFreq();
+        tools.scanStep();
     tools.spectrumTab()->peakButton()->click();
     rec->clearButton()->click();
     rec->slowOption()->click();
     rec->runButton()->click();
     tools.dropCounterPanel()->runButton()->click();
     for (int k = 0; k < 3000; ++k)
-        tools.RFRecorder();
+        tools.recorderStep();
     ctx.bus.setWorkMode(WorkMode::DetailRead);
     app.processEvents();
 

@@ -8,8 +8,8 @@
 
 #include "core/context.h"
 #include "core/workloop.h"
-#include "detail/frmmore.h"
-#include "mainscreen/frmmain.h"
+#include "detail/detailwindow.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/rcvpanel.h"
 #include "mainscreen/startupwindows.h"
 #include "platform/mappedserialline.h"
@@ -117,7 +117,9 @@ int main(int argc, char *argv[])
     zun::QtDesktop desktop;
     const auto session = zun::assembleSession(zun::Platform{clock, line, settings, dialogs, desktop}, {});
     zun::Context &ctx = session->context();
-    ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) { return new zun::FrmMore(c, host); };
+    ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) {
+        return new zun::DetailWindow(c, host);
+    };
     ctx.makeRfTools = [](zun::Context &c, zun::RfToolsHost &host, QWidget *parent) {
         return new zun::RfTools(c, host, parent);
     };
@@ -128,7 +130,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "bench_sweep: the simulated receiver was not found\n");
         return 1;
     }
-    zun::FrmMain *main = windows.mainWindow();
+    zun::MainWindow *main = windows.mainWindow();
 
     PaintWatch watch;
     int points = 0;
@@ -141,7 +143,7 @@ int main(int argc, char *argv[])
     QElapsedTimer wall;
     QTimer::singleShot(0, [&] {
         main->panel(0)->moreButton()->click();
-        auto *detail = static_cast<zun::FrmMore *>(main->detailWindow());
+        auto *detail = static_cast<zun::DetailWindow *>(main->detailWindow());
         detail->tabs()->setCurrentIndex(1);
         if (referencePoints > 0) {
             dialogs.queueFileName(referenceFile);

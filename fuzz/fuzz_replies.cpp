@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const int address = data[0] % 66; // 0 and 65 are out of range on purpose
     const QString reply =
         QString::fromLatin1(reinterpret_cast<const char *>(data + 1), static_cast<qsizetype>(size - 1));
-    const bool fromAddress = reply.startsWith(QLatin1Char('$') + zun::NumToHex(address, 2));
+    const bool fromAddress = reply.startsWith(QLatin1Char('$') + zun::formatHex(address, 2));
     if (zun::isReplyFrom(reply, address) != fromAddress)
         __builtin_trap();
 
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     // The presence probe looks only at characters 2-3.
     const auto check = zun::parseAddressCheck(reply, address);
-    const bool addressed = reply.mid(1, 2) == zun::NumToHex(address, 2);
+    const bool addressed = reply.mid(1, 2) == zun::formatHex(address, 2);
     if (check.has_value() != addressed || (check && check->address != address))
         __builtin_trap();
     return 0;

@@ -38,15 +38,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         const int replyLength = input.ConsumeIntegralInRange(0, 45);
         const int timeout = input.ConsumeIntegralInRange(0, 400);
         const QString command = (input.ConsumeBool() ? QStringLiteral("%") : QStringLiteral("#")) +
-                                zun::NumToHex(address, 2) + QLatin1Char(letter) + QLatin1Char('\r');
+                                zun::formatHex(address, 2) + QLatin1Char(letter) + QLatin1Char('\r');
         QString reply;
         const std::uint64_t start = clock.nowMicros();
-        const bool ok = link.SendCommand(command, replyLength, reply, timeout);
+        const bool ok = link.sendCommand(command, replyLength, reply, timeout);
         const std::uint64_t spent = clock.nowMicros() - start;
         // A broadcast always succeeds; anything else only with its own head.
         if (address == 0 && !ok)
             __builtin_trap();
-        if (address != 0 && ok && !reply.startsWith(QLatin1Char('$') + zun::NumToHex(address, 2)))
+        if (address != 0 && ok && !reply.startsWith(QLatin1Char('$') + zun::formatHex(address, 2)))
             __builtin_trap();
         // Never longer than every attempt's time-out plus the frame's own wire time.
         if (spent > static_cast<std::uint64_t>(retry + 1) * (timeout + 2) * 1000 + 10000)

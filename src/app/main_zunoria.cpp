@@ -1,5 +1,5 @@
 #include "fleet/fleetservice.h"
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/startupwindows.h"
 #include "platform/consoledialogs.h"
 #include "platform/mappedserialline.h"

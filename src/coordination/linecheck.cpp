@@ -22,9 +22,9 @@ std::vector<LineCarrier> lineCarriers(const QList<ReceiverRecord> &found)
         c.index = i;
         c.address = r.address;
         c.name = r.name.trimmed();
-        c.bandLowKHz = toKHz(ComputeFreq(r.bandStartCode));
+        c.bandLowKHz = toKHz(mhzFromCode(r.bandStartCode));
         c.bandHighKHz = c.bandLowKHz + std::max(r.bandWidth, 0) * kRasterKHz;
-        c.frequencyKHz = toKHz(ComputeFreq(r.manualFreq ? r.manualFreqCode : r.channelFreqCode));
+        c.frequencyKHz = toKHz(mhzFromCode(r.manualFreq ? r.manualFreqCode : r.channelFreqCode));
         c.online = r.online;
         out.push_back(c);
     }

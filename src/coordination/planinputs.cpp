@@ -54,7 +54,7 @@ std::vector<std::pair<int, int>> tvChannelRanges(int region, const std::vector<i
         return out;
     bool open = false;
     for (int f = lowKHz; f <= highKHz; f += kRasterKHz) {
-        const QString channel = TvChannel(region, f / 1000.0);
+        const QString channel = tvChannelName(region, f / 1000.0);
         const bool inUse = !channel.isEmpty() &&
                            std::find(channels.begin(), channels.end(), channel.toInt()) != channels.end();
         if (inUse && !open)

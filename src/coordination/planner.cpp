@@ -275,7 +275,7 @@ struct Planner::State
             // The region's own lookup decides, so the channel edges match what
             // the detail window shows for the same frequency.
             for (int i = 0; i < points; ++i) {
-                const QString ch = TvChannel(ex.tvRegion, (base + i * kRasterKHz) / 1000.0);
+                const QString ch = tvChannelName(ex.tvRegion, (base + i * kRasterKHz) / 1000.0);
                 if (!ch.isEmpty() &&
                     std::find(ex.tvChannels.begin(), ex.tvChannels.end(), ch.toInt()) != ex.tvChannels.end())
                     excluded[static_cast<size_t>(i)] = 1;

@@ -6,7 +6,7 @@ namespace zun {
 // one instance, created at start and passed to whoever needs it.
 struct AppState
 {
-    int TVtype = 4;
+    int tvRegion = 4;
 };
 
 } // namespace zun

@@ -35,14 +35,14 @@ int numericOr(const QString &text, int low, int high, int fallback)
 void loadLinkOptions(const SettingsStore &store, LineOptions &state)
 {
     const QString section = QStringLiteral("MSComm");
-    state.CommPort = numericOr(store.get(kAppName, section, QStringLiteral("CommPort")), 1, 6, 2);
-    state.Retry = numericOr(store.get(kAppName, section, QStringLiteral("Retry")), 0, 4, 2);
+    state.port = numericOr(store.get(kAppName, section, QStringLiteral("CommPort")), 1, 6, 2);
+    state.retries = numericOr(store.get(kAppName, section, QStringLiteral("Retry")), 0, 4, 2);
 
     double baud = 0;
     const QString baudText = store.get(kAppName, section, QStringLiteral("Baudrate"));
-    state.Baudrate = 115200;
+    state.baudRate = 115200;
     if (isNumericText(baudText, &baud) && (baud == 9600 || baud == 38400 || baud == 57600 || baud == 115200))
-        state.Baudrate = static_cast<int>(baud);
+        state.baudRate = static_cast<int>(baud);
 }
 
 int readTvType(const SettingsStore &store)

@@ -25,10 +25,10 @@ public:
     // The number shown in txtBandStart, MHz.
     virtual double bandStart() const = 0;
     // Frequency (MHz) to the receiver's four-digit frequency code.
-    virtual QString ComputeNA(double mhz) const = 0;
+    virtual QString codeFromMhz(double mhz) const = 0;
 
     // txtFreq shows this text ("000.000").
-    virtual void setTxtFreq(const QString &text) = 0;
+    virtual void showFrequencyText(const QString &text) = 0;
     // txtGroup and txtChannel show "**": the receiver is off its presets.
     virtual void showOffPreset() = 0;
     // The TV-channel read-out follows this frequency (MHz).
@@ -37,8 +37,8 @@ public:
     // The settings tab's meter update for one reading. The host's version must
     // call RfTools::meterReading with it, which keeps the shared reading and
     // shows the drop counts.
-    virtual void ShowMeters(const DetailReading &reading) = 0;
-    // The recorder's level read (it ends in ShowMeters, or closes the window
+    virtual void showMeters(const DetailReading &reading) = 0;
+    // The recorder's level read (it ends in showMeters, or closes the window
     // after its message when the receiver does not answer).
     virtual void recorderRead() = 0;
     // The window's unload after a receiver stopped answering. It must not
@@ -63,13 +63,13 @@ public:
     virtual void load() = 0;
     // The tools' share of the window's meter update.
     virtual void meterReading(const DetailReading &reading) = 0;
-    virtual void ShowSquelch() = 0;
-    virtual void cmdNextClick() = 0;
-    virtual void cmdPrevClick() = 0;
-    virtual void SSTab1Click(int previousTab) = 0;
+    virtual void showSquelch() = 0;
+    virtual void nextPressed() = 0;
+    virtual void previousPressed() = 0;
+    virtual void tabSwitched(int previousTab) = 0;
     // Work-loop steps.
-    virtual bool ScanFreq() = 0;
-    virtual bool RFRecorder() = 0;
+    virtual bool scanStep() = 0;
+    virtual bool recorderStep() = 0;
 };
 
 // Makes the RF tools inside a detail window (their widgets are children of

@@ -36,7 +36,7 @@ int checkedTvRegion(int region)
     }
 }
 
-QString TvChannel(int region, double mhz)
+QString tvChannelName(int region, double mhz)
 {
     const int plan = checkedTvRegion(region);
     for (const TvBand &band : kBands) {

@@ -21,34 +21,34 @@ class SettingsTab : public QWidget
 public:
     explicit SettingsTab(QWidget *parent = nullptr);
 
-    QLineEdit *txtAddr = nullptr;
-    QLineEdit *txtRName = nullptr;
-    QLineEdit *txtGroup = nullptr;
-    QLineEdit *txtChannel = nullptr;
-    QLineEdit *txtFreq = nullptr;
-    QLineEdit *txtBandStart = nullptr;
-    QLineEdit *txtBandStop = nullptr;
-    QLineEdit *TV = nullptr;
-    QToolButton *cmdGroupUp = nullptr;
-    QToolButton *cmdGroupDown = nullptr;
-    QToolButton *cmdChanUp = nullptr;
-    QToolButton *cmdChanDown = nullptr;
-    QToolButton *cmdFreqUp = nullptr;
-    QToolButton *cmdFreqDown = nullptr;
+    QLineEdit *addressEdit = nullptr;
+    QLineEdit *nameEdit = nullptr;
+    QLineEdit *groupEdit = nullptr;
+    QLineEdit *channelEdit = nullptr;
+    QLineEdit *frequencyEdit = nullptr;
+    QLineEdit *bandStartEdit = nullptr;
+    QLineEdit *bandStopEdit = nullptr;
+    QLineEdit *tvChannelEdit = nullptr;
+    QToolButton *groupUpButton = nullptr;
+    QToolButton *groupDownButton = nullptr;
+    QToolButton *channelUpButton = nullptr;
+    QToolButton *channelDownButton = nullptr;
+    QToolButton *frequencyUpButton = nullptr;
+    QToolButton *frequencyDownButton = nullptr;
 
-    DetailMeter *PB_RFA = nullptr;
-    DetailMeter *PB_RFB = nullptr;
-    DetailMeter *PB_Dev = nullptr;
-    QLabel *lbRFAValue = nullptr;
-    QLabel *lbRFBValue = nullptr;
-    QLabel *BatV = nullptr;
+    DetailMeter *rfAMeter = nullptr;
+    DetailMeter *rfBMeter = nullptr;
+    DetailMeter *deviationMeter = nullptr;
+    QLabel *rfAValueLabel = nullptr;
+    QLabel *rfBValueLabel = nullptr;
+    QLabel *batteryLabel = nullptr;
 
-    QPushButton *cmdSQdec = nullptr;
-    QPushButton *cmdSQinc = nullptr;
-    SquelchBar *PB_SQ = nullptr;
-    QLabel *lbSQValue = nullptr;
-    QPushButton *Mute = nullptr;
-    QLabel *lbMuteState = nullptr;
+    QPushButton *squelchDownButton = nullptr;
+    QPushButton *squelchUpButton = nullptr;
+    SquelchBar *squelchBar = nullptr;
+    QLabel *squelchValueLabel = nullptr;
+    QPushButton *muteButton = nullptr;
+    QLabel *muteStateLabel = nullptr;
 
     // Room below the meters for widgets other parts of the window add.
     QVBoxLayout *extraArea = nullptr;

@@ -2,7 +2,7 @@
 
 namespace zun {
 
-std::int32_t HexToNum(QStringView text)
+std::int32_t parseHex(QStringView text)
 {
     // The digit string starts at "1" on purpose: "0" sits at position 16 and a
     // foreign character at position 0, and both are digit 0 modulo 16.
@@ -15,7 +15,7 @@ std::int32_t HexToNum(QStringView text)
     return static_cast<std::int32_t>(result);
 }
 
-QString NumToHex(std::int32_t value, int &width)
+QString formatHex(std::int32_t value, int width)
 {
     static const char digits[] = "0123456789ABCDEF";
     if (width < 1)
@@ -27,12 +27,6 @@ QString NumToHex(std::int32_t value, int &width)
         v /= 16u;
     }
     return result;
-}
-
-QString NumToHex(std::int32_t value, int &&width)
-{
-    int w = width;
-    return NumToHex(value, w);
 }
 
 } // namespace zun

@@ -9,13 +9,11 @@ namespace zun {
 // Hex text to number. "0" and any character that is not a hex digit both count
 // as digit 0; case is ignored; empty text is 0. Digits beyond what 32 bits
 // hold are dropped from the top instead of faulting.
-std::int32_t HexToNum(QStringView text);
+[[nodiscard]] std::int32_t parseHex(QStringView text);
 
-// Number to exactly width upper-case hex digits, high digits dropped. A width
-// below 1 is corrected to 1 in the caller's variable. Negative values are
-// rendered from their 32-bit two's complement, never faulting.
-QString NumToHex(std::int32_t value, int &width);
-// Convenience for the common fixed widths.
-QString NumToHex(std::int32_t value, int &&width);
+// Number to exactly width upper-case hex digits, high digits dropped; a width
+// below 1 counts as 1. Negative values are rendered from their 32-bit two's
+// complement, never faulting.
+[[nodiscard]] QString formatHex(std::int32_t value, int width);
 
 } // namespace zun

@@ -5,7 +5,7 @@
 
 namespace zun {
 
-bool FindCommPorts(SerialLine &line, Dialogs &dialogs, std::array<bool, 9> &available, int &commPort)
+bool findPorts(SerialLine &line, Dialogs &dialogs, std::array<bool, 9> &available, int &commPort)
 {
     bool any = false;
     for (int n = 1; n <= 8; ++n) {

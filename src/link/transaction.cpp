@@ -16,10 +16,10 @@ Link::Link(SerialLine &line, Clock &clock, const int &retry, const int *baudrate
 
 QString frame(QChar prefix, int address, const QString &body)
 {
-    return prefix + NumToHex(address, 2) + body + QLatin1Char('\r');
+    return prefix + formatHex(address, 2) + body + QLatin1Char('\r');
 }
 
-void Link::Delay(int millis)
+void Link::delay(int millis)
 {
     std::uint32_t start = m_clock.tickCount();
     for (;;) {
@@ -34,7 +34,7 @@ void Link::Delay(int millis)
     }
 }
 
-bool Link::SendCommand(const QString &command, int replyLength, QString &reply, int timeoutMillis)
+bool Link::sendCommand(const QString &command, int replyLength, QString &reply, int timeoutMillis)
 {
     reply.clear();
     if (command.size() < 3 || !m_line.isOpen())
@@ -47,7 +47,7 @@ bool Link::SendCommand(const QString &command, int replyLength, QString &reply, 
         m_line.discardOutput();
         if (!m_line.write(bytes))
             return false;
-        Delay(timeoutMillis);
+        delay(timeoutMillis);
         return true;
     }
     return exchange(bytes, address, replyLength, reply, timeoutMillis);
@@ -79,7 +79,7 @@ bool Link::exchange(const QByteArray &bytes, const QString &address, int replyLe
             m_line.waitForInput(static_cast<int>(timeoutMillis - static_cast<std::int64_t>(elapsed)) + 1);
         }
         if (replyLength == 0)
-            Delay(timeoutMillis);
+            delay(timeoutMillis);
 
         reply = QString::fromLatin1(m_line.readAll());
         if (!reply.isEmpty())

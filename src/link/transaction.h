@@ -19,10 +19,10 @@ public:
     // Sends the whole frame (carriage return included) and waits for a reply
     // that starts with "$" and the frame's two address characters. Address
     // "00" is a broadcast: nothing is read and the result is always true.
-    bool SendCommand(const QString &command, int replyLength, QString &reply, int timeoutMillis);
+    bool sendCommand(const QString &command, int replyLength, QString &reply, int timeoutMillis);
 
     // Waits at least millis milliseconds without yielding to the UI.
-    void Delay(int millis);
+    void delay(int millis);
 
     // Attempts the last addressed exchange made (1 + retries used).
     int lastAttempts() const { return m_lastAttempts; }

@@ -25,7 +25,7 @@ QString nameCaption(const ReceiverRecord &record, int mode)
             return QStringLiteral("GCH  ****");
         return QStringLiteral("GCH  %1 - %2").arg(record.group).arg(record.channel);
     case ModeFrequency:
-        return formatFreq(ComputeFreq(record.manualFreq ? record.manualFreqCode : record.channelFreqCode)) +
+        return formatFreq(mhzFromCode(record.manualFreq ? record.manualFreqCode : record.channelFreqCode)) +
                QStringLiteral("MHz");
     case ModeSquelch:
         return QStringLiteral("SQ  %1").arg(record.squelch);

@@ -2,7 +2,7 @@
 // view, the settings file, and the detail window it opens.
 #include "core/context.h"
 #include "mainscreen/displaymode.h"
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"
 #include "platform/regularfile.h"
@@ -19,7 +19,7 @@ namespace {
 constexpr qint64 kLargestSettingsFile = 256 * 1024;
 }
 
-void FrmMain::buildPopupMenu()
+void MainWindow::buildPopupMenu()
 {
     m_popup = new QMenu(this);
     m_popup->setObjectName(QStringLiteral("mnuPopupMenu"));
@@ -49,7 +49,7 @@ void FrmMain::buildPopupMenu()
     }
 }
 
-void FrmMain::showDisplayMode(int mode)
+void MainWindow::showDisplayMode(int mode)
 {
     if (mode == ModeVolume)
         return;
@@ -60,30 +60,30 @@ void FrmMain::showDisplayMode(int mode)
         refreshNameCaption(i);
 }
 
-void FrmMain::mnu_PM_Refresh()
+void MainWindow::refreshPanels()
 {
     showDisplayMode(m_displayMode);
 }
 
-void FrmMain::setPanelMute(int index, bool muted)
+void MainWindow::setPanelMute(int index, bool muted)
 {
     if (RcvPanel *p = m_grid->panel(index))
         p->setMutePicture(muted);
 }
 
-void FrmMain::setPanelNameCaption(int index, const QString &caption)
+void MainWindow::setPanelNameCaption(int index, const QString &caption)
 {
     if (RcvPanel *p = m_grid->panel(index))
         p->setNameText(caption);
 }
 
-QString FrmMain::panelBatteryText(int index) const
+QString MainWindow::panelBatteryText(int index) const
 {
     const RcvPanel *p = m_grid->panel(index);
     return p ? p->batteryLabel()->text() : QString();
 }
 
-void FrmMain::showPage(int page)
+void MainWindow::showPage(int page)
 {
     QFont bold = m_cmdPage1->font();
     bold.setBold(true);
@@ -94,13 +94,13 @@ void FrmMain::showPage(int page)
     m_grid->setPage(page);
 }
 
-void FrmMain::mnuHideClicked()
+void MainWindow::hideChosen()
 {
     // The action toggles its own check mark.
     m_grid->setHideUnused(m_mnuHide->isChecked(), m_ctx.bus.foundCount());
 }
 
-void FrmMain::mnuFullViewClicked()
+void MainWindow::fullViewChosen()
 {
     if (m_grid->fullView()) {
         m_mnuFullView->setChecked(false);
@@ -122,7 +122,7 @@ void FrmMain::mnuFullViewClicked()
     m_cmdPage2->setEnabled(false);
 }
 
-void FrmMain::mnuSaveClicked()
+void MainWindow::saveChosen()
 {
     const QString path = m_ctx.platform.dialogs.saveFileName(kSettingsFilter);
     if (path.isEmpty())
@@ -133,14 +133,14 @@ void FrmMain::mnuSaveClicked()
             QStringLiteral("The settings could not be saved to %1: %2").arg(path, error));
 }
 
-void FrmMain::mnuLoadClicked()
+void MainWindow::loadChosen()
 {
     const QString path = m_ctx.platform.dialogs.openFileName(kSettingsFilter);
     if (!path.isEmpty())
         loadSettingsFile(path);
 }
 
-void FrmMain::offerSettingsFile(const QString &path)
+void MainWindow::offerSettingsFile(const QString &path)
 {
     if (m_ctx.bus.foundCount() == 0) {
         m_ctx.platform.dialogs.message(
@@ -152,7 +152,7 @@ void FrmMain::offerSettingsFile(const QString &path)
         loadSettingsFile(path);
 }
 
-void FrmMain::loadSettingsFile(const QString &path)
+void MainWindow::loadSettingsFile(const QString &path)
 {
     QFile file;
     if (const QString error = openRegularFile(file, path); !error.isEmpty()) {
@@ -181,7 +181,7 @@ void FrmMain::loadSettingsFile(const QString &path)
     }
 }
 
-void FrmMain::moreClicked(int index)
+void MainWindow::moreClicked(int index)
 {
     if (!validIndex(index) || m_ctx.bus.kobActive())
         return;

@@ -2,7 +2,7 @@
 
 #include "alarms/alarmlistwindow.h"
 #include "core/options.h"
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/rcvpanel.h"
 #include "session/session.h"
 
@@ -20,7 +20,7 @@ constexpr int kFlashMillis = 400;
 constexpr int kPanelCount = 64;
 } // namespace
 
-Monitoring::Monitoring(Session &session, FrmMain &mainWindow, std::function<int(int index)> addressOfPanel)
+Monitoring::Monitoring(Session &session, MainWindow &mainWindow, std::function<int(int index)> addressOfPanel)
     : QObject(&mainWindow), m_session(session), m_main(mainWindow),
       m_addressOfPanel(std::move(addressOfPanel)), m_alarms(session.alarms()), m_showLog(session.showLog())
 {
@@ -70,14 +70,14 @@ void Monitoring::buildMenu()
               &AlarmSettings::clipOn);
     QAction *delay = m_menu->addAction(QStringLiteral("RF-Low &Delay..."));
     delay->setObjectName(QStringLiteral("mnuAlarmDelay"));
-    connect(delay, &QAction::triggered, this, &Monitoring::mnuAlarmDelayClicked);
+    connect(delay, &QAction::triggered, this, &Monitoring::alarmDelayChosen);
     addOption(QStringLiteral("Alarm &Sound"), QStringLiteral("mnuAlarmSound"), &AlarmSettings::soundOn);
     m_menu->addSeparator();
     m_showLogAction = m_menu->addAction(QStringLiteral("Show Lo&g..."));
     m_showLogAction->setObjectName(QStringLiteral("mnuShowLog"));
     m_showLogAction->setCheckable(true);
     m_showLogAction->setChecked(m_showLog.isLogging());
-    connect(m_showLogAction, &QAction::triggered, this, &Monitoring::mnuShowLogClicked);
+    connect(m_showLogAction, &QAction::triggered, this, &Monitoring::showLogChosen);
     m_menu->addSeparator();
     // Off by default: on a desk the user brings a receiver back with a click.
     QAction *recover = m_menu->addAction(QStringLiteral("Re&cover Receivers Automatically"));
@@ -118,7 +118,7 @@ void Monitoring::saveSettings(const AlarmSettings &settings)
     settings.save(m_session.context().platform.settings);
 }
 
-void Monitoring::mnuAlarmDelayClicked()
+void Monitoring::alarmDelayChosen()
 {
     const auto text = m_session.context().platform.dialogs.inputBox(
         QStringLiteral("Seconds both antennas may stay below the squelch level before the alarm:"),
@@ -137,7 +137,7 @@ void Monitoring::mnuAlarmDelayClicked()
     saveSettings(settings);
 }
 
-void Monitoring::mnuShowLogClicked()
+void Monitoring::showLogChosen()
 {
     if (m_showLog.isLogging()) {
         m_showLog.stop();

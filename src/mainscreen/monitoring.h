@@ -17,7 +17,7 @@ class QTimer;
 namespace zun {
 
 class AlarmListWindow;
-class FrmMain;
+class MainWindow;
 class Session;
 
 // The main screen's face of the session's watch over a show: the "Monitor"
@@ -28,7 +28,7 @@ class Monitoring : public QObject
     Q_OBJECT
 public:
     // addressOfPanel gives the bus address behind a panel index (0 for none).
-    Monitoring(Session &session, FrmMain &mainWindow, std::function<int(int index)> addressOfPanel);
+    Monitoring(Session &session, MainWindow &mainWindow, std::function<int(int index)> addressOfPanel);
     ~Monitoring() override;
 
     AlarmEngine &alarms() { return m_alarms; }
@@ -37,8 +37,8 @@ public:
     QMenu *menu() const { return m_menu; }
 
     // The "Show Log..." item: asks for a file and starts, or stops a running log.
-    void mnuShowLogClicked();
-    void mnuAlarmDelayClicked();
+    void showLogChosen();
+    void alarmDelayChosen();
     // A click on a panel's name acknowledges that receiver's alarms.
     void acknowledgePanel(int index);
 
@@ -52,7 +52,7 @@ private:
     int panelIndexOf(int address) const;
 
     Session &m_session;
-    FrmMain &m_main;
+    MainWindow &m_main;
     std::function<int(int index)> m_addressOfPanel;
     AlarmEngine &m_alarms;
     ShowLog &m_showLog;

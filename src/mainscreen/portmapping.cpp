@@ -12,7 +12,7 @@ namespace zun {
 int setPortMapping(Context &ctx, PortMap &ports)
 {
     const int current =
-        ctx.bus.options().CommPort >= 1 && ctx.bus.options().CommPort <= 8 ? ctx.bus.options().CommPort : 1;
+        ctx.bus.options().port >= 1 && ctx.bus.options().port <= 8 ? ctx.bus.options().port : 1;
     QString prompt = QStringLiteral("Map a serial port as COMn=DEVICE, where DEVICE is a device such as "
                                     "/dev/serial/by-id/..., or tcp://HOST:PORT, or rfc2217://HOST:PORT. "
                                     "COMn= alone removes the mapping.\n");
@@ -49,7 +49,7 @@ int applyPortMapping(Context &ctx, PortMap &ports, const QString &answer)
     SerialLine &line = ctx.platform.line;
     if (line.isOpen() && line.portNumber() == n)
         line.close();
-    ctx.bus.options().PortAvailable[std::size_t(n)] = line.portExists(n);
+    ctx.bus.options().portAvailable[std::size_t(n)] = line.portExists(n);
     return n;
 }
 

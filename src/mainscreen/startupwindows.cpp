@@ -1,7 +1,7 @@
 #include "mainscreen/startupwindows.h"
 
-#include "mainscreen/frmmain.h"
-#include "mainscreen/frmsplash.h"
+#include "mainscreen/mainwindow.h"
+#include "mainscreen/splashwindow.h"
 
 #include <QDateTime>
 #include <QStatusBar>
@@ -16,13 +16,13 @@ StartupViews StartupWindows::views()
 {
     StartupViews views;
     views.showSplash = [this] {
-        m_splash = std::make_unique<frmSplash>();
+        m_splash = std::make_unique<SplashWindow>();
         m_splash->show();
         m_session.context().platform.desktop.processEvents();
     };
     views.loadMainScreen = [this] {
         m_loadStarted = QDateTime::currentMSecsSinceEpoch();
-        m_main = std::make_unique<FrmMain>(m_session);
+        m_main = std::make_unique<MainWindow>(m_session);
         m_main->setPortMap(m_ports);
         m_main->installSteps(m_session.loop());
         m_main->load();

@@ -8,9 +8,9 @@
 
 namespace zun {
 
-class FrmMain;
+class MainWindow;
 class PortMap;
-class frmSplash;
+class SplashWindow;
 
 // The windows start-up shows: the splash, then the main screen once the
 // receiver search is done, so that while receivers are searched for only the
@@ -23,16 +23,16 @@ public:
     ~StartupWindows();
 
     StartupViews views();
-    FrmMain *mainWindow() const { return m_main.get(); }
-    frmSplash *splash() const { return m_splash.get(); }
+    MainWindow *mainWindow() const { return m_main.get(); }
+    SplashWindow *splash() const { return m_splash.get(); }
     // How long the main screen's load and the receiver search took.
     qint64 loadMillis() const { return m_loadMillis; }
 
 private:
     Session &m_session;
     PortMap *m_ports;
-    std::unique_ptr<frmSplash> m_splash;
-    std::unique_ptr<FrmMain> m_main;
+    std::unique_ptr<SplashWindow> m_splash;
+    std::unique_ptr<MainWindow> m_main;
     qint64 m_loadStarted = 0;
     qint64 m_loadMillis = 0;
 };

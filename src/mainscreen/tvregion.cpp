@@ -34,27 +34,27 @@ TvRegionItems addTvRegionMenu(QMenu *menu, Context &ctx)
     }
     for (int region = 0; region < 6; ++region) {
         QObject::connect(items[region], &QAction::triggered, items[region], [items, region, &ctx](bool) {
-            ctx.state.TVtype = region;
-            ApplyTvRegion(items, ctx);
+            ctx.state.tvRegion = region;
+            applyTvRegion(items, ctx);
         });
     }
     return items;
 }
 
-void ApplyTvRegion(const TvRegionItems &items, Context &ctx)
+void applyTvRegion(const TvRegionItems &items, Context &ctx)
 {
-    const int checked = checkedTvRegion(ctx.state.TVtype);
+    const int checked = checkedTvRegion(ctx.state.tvRegion);
     for (int region = 0; region < 6; ++region)
         if (items[region])
             items[region]->setChecked(region == checked);
     ctx.platform.settings.save(kAppName, QStringLiteral("Function"), QStringLiteral("TVtype"),
-                               QString::number(ctx.state.TVtype));
+                               QString::number(ctx.state.tvRegion));
 }
 
 void loadTvRegion(const TvRegionItems &items, Context &ctx)
 {
-    ctx.state.TVtype = readTvType(ctx.platform.settings);
-    ApplyTvRegion(items, ctx);
+    ctx.state.tvRegion = readTvType(ctx.platform.settings);
+    applyTvRegion(items, ctx);
 }
 
 } // namespace zun

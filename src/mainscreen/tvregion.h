@@ -21,7 +21,7 @@ using TvRegionItems = std::array<QAction *, 6>;
 TvRegionItems addTvRegionMenu(QMenu *menu, Context &ctx);
 
 // Moves the check mark to the current region and saves "TVtype".
-void ApplyTvRegion(const TvRegionItems &items, Context &ctx);
+void applyTvRegion(const TvRegionItems &items, Context &ctx);
 
 // Start of the main screen: reads "TVtype" (repaired to 4 when it is not a
 // number 0..5), then applies it, which also saves the repair.

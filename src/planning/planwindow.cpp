@@ -287,7 +287,7 @@ bool PlanWindow::collectExclusions(PlanExclusions &out, std::vector<std::pair<in
             setStatus(QStringLiteral("The TV channels in use must be channel numbers separated by commas."));
             return false;
         }
-        out.tvRegion = checkedTvRegion(m_ctx.state.TVtype);
+        out.tvRegion = checkedTvRegion(m_ctx.state.tvRegion);
         out.tvChannels = *channels;
         const auto tv = tvChannelRanges(out.tvRegion, out.tvChannels, low, high);
         shownRanges.insert(shownRanges.end(), tv.begin(), tv.end());

@@ -59,7 +59,7 @@ void PlanWindow::apply()
         const LineCarrier &c = m_line[i];
         if (m_proposed[i] < 0 || m_proposed[i] == c.frequencyKHz || !c.online)
             continue;
-        targets.push_back({c.index, ComputeNA(m_proposed[i] / 1000.0)});
+        targets.push_back({c.index, codeFromMhz(m_proposed[i] / 1000.0)});
         undo.push_back({c.index, codeOf(m_ctx.bus.record(c.index))});
     }
     if (targets.empty()) {

@@ -14,7 +14,7 @@ QString padCut(const QString &text, int width)
 
 QString build(QChar prefix, int address, const QString &body)
 {
-    return prefix + NumToHex(address, 2) + body + QLatin1Char('\r');
+    return prefix + formatHex(address, 2) + body + QLatin1Char('\r');
 }
 const QChar kQuery = QLatin1Char('%');
 const QChar kSet = QLatin1Char('#');
@@ -62,7 +62,7 @@ QString mute(int address, bool on)
 
 QString preset(int address, int group, int channel)
 {
-    return build(kSet, address, QLatin1Char('D') + NumToHex(group, 1) + NumToHex(channel, 1));
+    return build(kSet, address, QLatin1Char('D') + formatHex(group, 1) + formatHex(channel, 1));
 }
 
 QString tune(int address, const QString &code)
@@ -77,7 +77,7 @@ QString scanTune(int address, const QString &code)
 
 QString squelch(int address, int squelch)
 {
-    return build(kSet, address, QLatin1Char('F') + NumToHex(squelch, 2));
+    return build(kSet, address, QLatin1Char('F') + formatHex(squelch, 2));
 }
 
 QString name(int address, const QString &name)
@@ -87,7 +87,7 @@ QString name(int address, const QString &name)
 
 QString newAddress(int address, int newAddress)
 {
-    return build(kSet, address, QLatin1Char('L') + NumToHex(newAddress, 2));
+    return build(kSet, address, QLatin1Char('L') + formatHex(newAddress, 2));
 }
 
 QString detailClosed(int address)
@@ -101,8 +101,8 @@ QString settingsWrite(const ReceiverRecord &r)
     const QString code = padCut(r.manualFreq ? r.manualFreqCode : r.channelFreqCode, 4);
     const int mode = (r.manualFreq ? 1 : 0) + (r.mute ? 2 : 0);
     return build(kSet, r.address,
-                 QLatin1Char('M') + name + NumToHex(r.group, 1) + NumToHex(r.channel, 1) + code +
-                     NumToHex(r.squelch, 2) + NumToHex(r.secondLevel, 2) + QString::number(mode));
+                 QLatin1Char('M') + name + formatHex(r.group, 1) + formatHex(r.channel, 1) + code +
+                     formatHex(r.squelch, 2) + formatHex(r.secondLevel, 2) + QString::number(mode));
 }
 
 QString hostLeaving()

@@ -49,17 +49,17 @@ std::int64_t thousandthsHalfAway(double magnitude)
 }
 } // namespace
 
-double ComputeFreq(QStringView code)
+double mhzFromCode(QStringView code)
 {
     if (code.size() < 4)
         return 0;
-    const std::int64_t kHz = 25 * static_cast<std::int64_t>(HexToNum(code)) + 65750;
+    const std::int64_t kHz = 25 * static_cast<std::int64_t>(parseHex(code)) + 65750;
     if (kHz > kInt32Max || kHz < kInt32Min)
         return 0;
     return static_cast<double>(kHz) / 1000.0;
 }
 
-QString ComputeNA(double mhz)
+QString codeFromMhz(double mhz)
 {
     const double exact = (mhz * 1000.0 - 65750.0) / 25.0;
     if (!std::isfinite(exact))
@@ -68,7 +68,7 @@ QString ComputeNA(double mhz)
     const double rounded = std::nearbyint(exact);
     if (rounded > static_cast<double>(kInt32Max) || rounded < static_cast<double>(kInt32Min))
         return QStringLiteral("0000");
-    return NumToHex(static_cast<std::int32_t>(rounded), 4);
+    return formatHex(static_cast<std::int32_t>(rounded), 4);
 }
 
 QString formatFreq(double mhz)

@@ -9,11 +9,11 @@ namespace zun {
 
 // Code text to MHz. Text shorter than 4 characters, or a code too large for
 // the receivers' 32-bit arithmetic, gives 0.
-double ComputeFreq(QStringView code);
+double mhzFromCode(QStringView code);
 
 // MHz to the nearest code (halves to even) as 4 upper-case hex digits.
 // A value that is not a number or lies beyond any code gives "0000".
-QString ComputeNA(double mhz);
+QString codeFromMhz(double mhz);
 
 // "000.000": at least three integer digits, exactly three decimals, rounded
 // half away from zero on the decimal digits a user would read.

@@ -14,13 +14,13 @@ int PresetTable::count(int group) const
 PresetTable parseGroupTable(QStringView table, QStringList &messages)
 {
     PresetTable result;
-    result.groupLimit = HexToNum(table.mid(0, 1));
+    result.groupLimit = parseHex(table.mid(0, 1));
     if (result.groupLimit > 11 || result.groupLimit == 0) {
         messages << QStringLiteral("Wrong 'GROUP LIMIT' !");
         result.groupLimit = 11;
     }
     for (int g = 1; g <= result.groupLimit; ++g) {
-        const int count = g < table.size() ? HexToNum(table.mid(g, 1)) : 0;
+        const int count = g < table.size() ? parseHex(table.mid(g, 1)) : 0;
         result.channelCount[g] = count == 0 ? 16 : count;
     }
     return result;

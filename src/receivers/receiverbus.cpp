@@ -31,7 +31,7 @@ ExchangeRecord::Result resultOf(bool ok, bool broadcast, const QString &reply)
 ReceiverBus::ReceiverBus(Clock &clock, SerialLine &line, SettingsStore &settings, Desktop &desktop,
                          QObject *parent)
     : QObject(parent), m_clock(clock), m_line(line), m_settings(settings), m_desktop(desktop),
-      m_link(line, clock, m_options.Retry, &m_options.Baudrate), m_levelTable(buildLevelTable())
+      m_link(line, clock, m_options.retries, &m_options.baudRate), m_levelTable(buildLevelTable())
 {
 }
 
@@ -52,9 +52,9 @@ bool ReceiverBus::send(const QString &frame, int replyLength, int timeoutMillis,
 {
     const bool broadcast = frame.mid(1, 2) == QLatin1String("00");
     const std::uint64_t start = m_clock.nowMicros();
-    const bool ok = m_link.SendCommand(frame, replyLength, reply, timeoutMillis);
+    const bool ok = m_link.sendCommand(frame, replyLength, reply, timeoutMillis);
     ExchangeRecord record;
-    record.address = HexToNum(QStringView(frame).mid(1, 2));
+    record.address = parseHex(QStringView(frame).mid(1, 2));
     record.command = frame.size() > 3 ? frame.at(3) : QChar();
     record.result = resultOf(ok, broadcast, reply);
     record.attempts = broadcast ? 1 : std::max(1, m_link.lastAttempts());
@@ -110,7 +110,7 @@ ReceiverStatus ReceiverBus::status(int index) const
     while (name.endsWith(QLatin1Char(' ')))
         name.chop(1);
     s.name = name;
-    s.frequencyMHz = ComputeFreq(r.manualFreq ? r.manualFreqCode : r.channelFreqCode);
+    s.frequencyMHz = mhzFromCode(r.manualFreq ? r.manualFreqCode : r.channelFreqCode);
     s.squelch = r.squelch;
     s.rfA = live.rfA;
     s.rfB = live.rfB;
@@ -148,20 +148,20 @@ void ReceiverBus::openLine()
 {
     m_line.setTextMode();
     m_line.setRequestToSend(true);
-    m_line.applySettings(lineSettings(m_options.Baudrate));
+    m_line.applySettings(lineSettings(m_options.baudRate));
     if (m_line.isOpen()) {
-        m_options.CommPort = m_line.portNumber();
+        m_options.port = m_line.portNumber();
     } else {
-        m_line.selectPort(m_options.CommPort);
+        m_line.selectPort(m_options.port);
         m_line.open();
     }
 }
 
-bool ReceiverBus::CheckReceivers()
+bool ReceiverBus::searchCurrentPort()
 {
     for (ReceiverRecord &r : m_table)
         r.online = false;
-    emit detectionStarted(m_options.CommPort);
+    emit detectionStarted(m_options.port);
     m_foundCount = 0;
 
     for (int i = 0; i < 3; ++i)
@@ -199,22 +199,22 @@ bool ReceiverBus::CheckReceivers()
 bool ReceiverBus::detectReceivers()
 {
     openLine();
-    if (CheckReceivers())
+    if (searchCurrentPort())
         return true;
     m_line.close();
-    const int failed = m_options.CommPort;
+    const int failed = m_options.port;
     for (int n = 1; n <= 8; ++n) {
-        if (!m_options.PortAvailable[std::size_t(n)] || n == failed)
+        if (!m_options.portAvailable[std::size_t(n)] || n == failed)
             continue;
         if (!(m_line.isOpen() && m_line.portNumber() == n)) {
             if (m_line.isOpen())
                 m_line.close();
             m_line.selectPort(n);
-            m_options.CommPort = n;
+            m_options.port = n;
             m_line.open();
             emit portChanged(QStringLiteral("COM%1").arg(n));
         }
-        if (CheckReceivers())
+        if (searchCurrentPort())
             return true;
     }
     return false;
@@ -222,7 +222,7 @@ bool ReceiverBus::detectReceivers()
 
 // --- polling -------------------------------------------------------------------
 
-bool ReceiverBus::ReadAllAD()
+bool ReceiverBus::pollAllLevels()
 {
     const int count = receiverCount();
     if (count == 0)
@@ -268,14 +268,14 @@ bool ReceiverBus::ReadAllAD()
     return asked > 0;
 }
 
-bool ReceiverBus::AddrCheck(int address)
+bool ReceiverBus::addressAnswers(int address)
 {
     QString reply;
     send(frames::presence(address), 4, 250, reply);
     return parseAddressCheck(reply, address).has_value();
 }
 
-void ReceiverBus::ReadRcvA(int index)
+void ReceiverBus::readTextA(int index)
 {
     if (!validIndex(index))
         return;
@@ -286,7 +286,7 @@ void ReceiverBus::ReadRcvA(int index)
     r.textA = field ? field->text : QString();
 }
 
-void ReceiverBus::ReadRcvB(int index)
+void ReceiverBus::readTextB(int index)
 {
     if (!validIndex(index))
         return;
@@ -301,8 +301,8 @@ void ReceiverBus::readTextFields()
 {
     for (int i = 0; i < receiverCount(); ++i) {
         if (m_table[static_cast<std::size_t>(i)].online) {
-            ReadRcvA(i);
-            ReadRcvB(i);
+            readTextA(i);
+            readTextB(i);
         }
     }
 }
@@ -365,7 +365,7 @@ void ReceiverBus::pilotKob(int index)
     enterKobWait();
     send(frames::kobStart(address), 0, 200);
     while (!send(frames::backOnLine(address), 4, 100)) {
-        m_link.Delay(500);
+        m_link.delay(500);
         processEvents();
     }
     leaveKobWait();
@@ -454,7 +454,7 @@ std::optional<DetailReading> ReceiverBus::detailReading(const LevelReply &raw)
     return d;
 }
 
-std::optional<DetailReading> ReceiverBus::ReadOneAD()
+std::optional<DetailReading> ReceiverBus::readDetailLevels()
 {
     const ReceiverRecord *r = selectedRecord();
     if (!r)
@@ -494,7 +494,7 @@ std::optional<QString> ReceiverBus::selectPreset(int group, int channel)
         }
     }
     emit receiverChanged(status(m_selected));
-    m_link.Delay(50);
+    m_link.delay(50);
     return code;
 }
 
@@ -508,7 +508,7 @@ bool ReceiverBus::tuneManual(const QString &code, int settleMillis)
     emit receiverChanged(status(m_selected));
     const bool ok = send(frames::tune(r->address, code), 4, 250);
     if (settleMillis > 0)
-        m_link.Delay(settleMillis);
+        m_link.delay(settleMillis);
     return ok;
 }
 
@@ -570,12 +570,12 @@ void ReceiverBus::squelchPressed(int direction)
     stepSquelch(direction);
     processEvents();
     if (m_squelchHeld) {
-        m_link.Delay(400);
+        m_link.delay(400);
         processEvents();
     }
     while (m_squelchHeld && canStep()) {
         stepSquelch(direction);
-        m_link.Delay(20);
+        m_link.delay(20);
         processEvents();
     }
 }
@@ -603,7 +603,7 @@ void ReceiverBus::runKob()
     KobPhase outcome = KobPhase::UserAborted;
     for (;;) {
         emit kobPhase(KobPhase::Performing);
-        m_link.Delay(300);
+        m_link.delay(300);
         emit kobPhase(KobPhase::Waiting);
         processEvents();
         if (!m_kobActive)
@@ -615,7 +615,7 @@ void ReceiverBus::runKob()
         }
     }
     emit kobPhase(outcome);
-    m_link.Delay(1500);
+    m_link.delay(1500);
     emit kobPhase(KobPhase::Ended);
     m_kobActive = false;
     leaveKobWait();
@@ -628,7 +628,7 @@ std::optional<ScanReading> ReceiverBus::scanStep(int pointIndex, double frequenc
     ReceiverRecord *r = selectedRecord();
     if (!r)
         return std::nullopt;
-    const QString code = ComputeNA(frequencyMHz);
+    const QString code = codeFromMhz(frequencyMHz);
     QString reply;
     const auto point = send(frames::scanTune(r->address, code), 12, 250, reply)
                            ? parseScanPoint(reply, r->address)
@@ -648,7 +648,7 @@ std::optional<ScanReading> ReceiverBus::scanStep(int pointIndex, double frequenc
 
 std::optional<DetailReading> ReceiverBus::recorderStep()
 {
-    const auto reading = ReadOneAD();
+    const auto reading = readDetailLevels();
     if (reading)
         emit recorderSampled(record(m_selected).address, reading->rfA, reading->rfB);
     return reading;
@@ -674,7 +674,7 @@ bool ReceiverBus::changeBaudRate(int baudrate)
     if (!m_line.applySettings(lineSettings(baudrate)) || !m_line.open())
         return false;
     m_settings.save(kApp, QStringLiteral("MSComm"), QStringLiteral("Baudrate"), QString::number(baudrate));
-    m_options.Baudrate = baudrate;
+    m_options.baudRate = baudrate;
     emit baudRateChanged(baudrate);
     return true;
 }

@@ -27,10 +27,10 @@ class SettingsStore;
 // The line's persisted settings and what port discovery found.
 struct LineOptions
 {
-    int CommPort = 2;
-    int Retry = 2;
-    int Baudrate = 115200;
-    std::array<bool, 9> PortAvailable{}; // index 1..8; 0 unused
+    int port = 2;
+    int retries = 2;
+    int baudRate = 115200;
+    std::array<bool, 9> portAvailable{}; // index 1..8; 0 unused
 };
 
 // One level read of the open detail window (poll "N", scan "E" alike).
@@ -103,7 +103,7 @@ public:
     void openLine();
     // Scans addresses 1..64 on the current port and refills the table from
     // record 0. True when anybody answered.
-    bool CheckReceivers();
+    bool searchCurrentPort();
     // Opens the line and detects on the current port, then on every other
     // existing port until one has receivers.
     bool detectReceivers();
@@ -111,10 +111,10 @@ public:
     // --- polling -------------------------------------------------------------
     // One level read of every online receiver, all reads before any report.
     // False when there was nobody to ask.
-    bool ReadAllAD();
-    bool AddrCheck(int address);
-    void ReadRcvA(int index);
-    void ReadRcvB(int index);
+    bool pollAllLevels();
+    bool addressAnswers(int address);
+    void readTextA(int index);
+    void readTextB(int index);
     // Both text fields of every online receiver, in table order.
     void readTextFields();
 
@@ -138,7 +138,7 @@ public:
     void openDetail(int index);
     // "NS" after the window closed, polling again.
     void closeDetail();
-    std::optional<DetailReading> ReadOneAD();
+    std::optional<DetailReading> readDetailLevels();
     // A repaired preset goes into the record; nothing is sent.
     void storePreset(int group, int channel);
     // The record takes the preset first and keeps it whatever the receiver

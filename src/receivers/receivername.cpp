@@ -6,7 +6,9 @@ namespace zun {
 
 bool nameCharAllowed(int code)
 {
-    return code == 32 || (code >= 42 && code <= 57) || (code >= 65 && code <= 90);
+    // '*' to '9' lets ',' and '.' through as well, although the refusal's
+    // message names only "+-*/": receivers store them, so names keep them.
+    return code == ' ' || (code >= '*' && code <= '9') || (code >= 'A' && code <= 'Z');
 }
 
 bool nameTextAllowed(const QString &text)

@@ -17,7 +17,7 @@ QStringView field(QStringView reply, int position, int length)
 
 int hexField(QStringView reply, int position, int length)
 {
-    return HexToNum(field(reply, position, length));
+    return parseHex(field(reply, position, length));
 }
 
 LevelReply levelBytes(QStringView reply)
@@ -29,7 +29,7 @@ LevelReply levelBytes(QStringView reply)
 
 bool isReplyFrom(QStringView reply, int address)
 {
-    return reply.size() >= 3 && reply.at(0) == QLatin1Char('$') && reply.mid(1, 2) == NumToHex(address, 2);
+    return reply.size() >= 3 && reply.at(0) == QLatin1Char('$') && reply.mid(1, 2) == formatHex(address, 2);
 }
 
 std::optional<Identification> parseIdentification(QStringView reply, int address)
@@ -91,7 +91,7 @@ std::optional<TextFieldB> parseTextB(QStringView reply)
 
 std::optional<AddressCheck> parseAddressCheck(QStringView reply, int address)
 {
-    if (field(reply, 2, 2) != NumToHex(address, 2))
+    if (field(reply, 2, 2) != formatHex(address, 2))
         return std::nullopt;
     return AddressCheck{address};
 }

@@ -6,10 +6,10 @@ namespace zun {
 // own tools have always used, so they may be shown or stored as numbers.
 enum class WorkMode {
     Idle = 0,       // nothing: start-up, or a detection that found nobody
-    Polling = 1,    // ReadAllAD: the main screen's level poll
-    DetailRead = 2, // ReadOneAD: the open detail window's meters
-    Scan = 3,       // ScanFreq: one point of the spectrum scan
-    Recorder = 4,   // RFRecorder: one sample of the RF recorder
+    Polling = 1,    // pollAllLevels: the main screen's level poll
+    DetailRead = 2, // readDetailLevels: the open detail window's meters
+    Scan = 3,       // scanStep: one point of the spectrum scan
+    Recorder = 4,   // recorderStep: one sample of the RF recorder
 };
 
 } // namespace zun

@@ -14,7 +14,7 @@ std::int64_t positiveMod(std::int64_t value, std::int64_t modulus)
 }
 } // namespace
 
-QString FormatElapsed(double seconds)
+QString formatElapsed(double seconds)
 {
     if (!std::isfinite(seconds) || std::fabs(seconds) > 1e15)
         seconds = 0;

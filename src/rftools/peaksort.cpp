@@ -4,12 +4,12 @@
 
 namespace zun {
 
-void SwapIndex(IndexArray &a, int i, int j)
+void swapIndex(IndexArray &a, int i, int j)
 {
     std::swap(a[i], a[j]);
 }
 
-void SortByLevel(IndexArray &a, int lo, int hi, const LevelArray &levels)
+void sortByLevel(IndexArray &a, int lo, int hi, const LevelArray &levels)
 {
     const int size = static_cast<int>(a.size());
     if (lo < 0 || hi >= size)
@@ -41,7 +41,7 @@ void SortByLevel(IndexArray &a, int lo, int hi, const LevelArray &levels)
                 --j;
             if (i > j)
                 break;
-            SwapIndex(a, i, j);
+            swapIndex(a, i, j);
             ++i;
             --j;
         }

@@ -26,9 +26,9 @@ RfRecorder::RfRecorder(Context &ctx, RfToolsHost &host, const ScanState &scan, R
                        RecorderTab &tab, QObject *parent)
     : QObject(parent), m_ctx(ctx), m_host(host), m_scan(scan), m_state(state), m_tab(tab)
 {
-    connect(m_tab.runButton(), &QPushButton::clicked, this, &RfRecorder::RF_RunClick);
-    connect(m_tab.stopButton(), &QPushButton::clicked, this, &RfRecorder::RF_StopClick);
-    connect(m_tab.clearButton(), &QPushButton::clicked, this, &RfRecorder::RF_ClearClick);
+    connect(m_tab.runButton(), &QPushButton::clicked, this, &RfRecorder::startRecorder);
+    connect(m_tab.stopButton(), &QPushButton::clicked, this, &RfRecorder::stopRecorder);
+    connect(m_tab.clearButton(), &QPushButton::clicked, this, &RfRecorder::clearRecorder);
     connect(m_tab.slowOption(), &QRadioButton::clicked, this, [this] { speedChosen(RecorderState::kSlow); });
     connect(m_tab.fastOption(), &QRadioButton::clicked, this, [this] { speedChosen(RecorderState::kFast); });
 }
@@ -40,7 +40,7 @@ void RfRecorder::load()
     m_tab.plot()->clearPicture();
 }
 
-bool RfRecorder::RFRecorder()
+bool RfRecorder::recorderStep()
 {
     // A receiver that stopped answering closes the window from inside the read.
     const QPointer<RfRecorder> alive(this);
@@ -57,23 +57,23 @@ bool RfRecorder::RFRecorder()
     plot->drawStep(segment, m_tab.legendA()->borderColor(), m_tab.legendB()->borderColor());
 
     m_state.timer.update(m_ctx.platform.clock.secondsSinceMidnight());
-    m_tab.elapsedLabel()->setText(QLatin1Char(' ') + FormatElapsed(m_state.timer.elapsedSeconds()));
+    m_tab.elapsedLabel()->setText(QLatin1Char(' ') + formatElapsed(m_state.timer.elapsedSeconds()));
     return true;
 }
 
-void RfRecorder::RF_RunClick()
+void RfRecorder::startRecorder()
 {
     m_ctx.bus.setWorkMode(WorkMode::Recorder);
     m_state.timer.start(m_ctx.platform.clock.secondsSinceMidnight());
 }
 
-void RfRecorder::RF_StopClick()
+void RfRecorder::stopRecorder()
 {
     m_ctx.bus.setWorkMode(WorkMode::DetailRead);
     m_state.timer.stop();
 }
 
-void RfRecorder::RF_ClearClick()
+void RfRecorder::clearRecorder()
 {
     m_ctx.bus.setWorkMode(WorkMode::DetailRead);
     m_tab.plot()->clearPicture();

@@ -25,11 +25,11 @@ public:
 
     // One sample: read, show the read-outs, draw, time. Returns true (the
     // step always used the line).
-    bool RFRecorder();
+    bool recorderStep();
 
-    void RF_RunClick();
-    void RF_StopClick();
-    void RF_ClearClick();
+    void startRecorder();
+    void stopRecorder();
+    void clearRecorder();
     void speedChosen(double columnsPerSample);
     // SQ_Line2 on the picture row of the squelch level.
     void placeSquelchLine();

@@ -83,26 +83,24 @@ void RfTools::load()
 {
     m_spectrum->load();
     m_recorder->load();
-    ShowSquelch();
+    showSquelch();
     showDrops();
 }
 
-bool RfTools::ScanFreq()
+bool RfTools::scanStep()
 {
-    return m_spectrum->ScanFreq();
+    return m_spectrum->scanStep();
 }
 
-bool RfTools::RFRecorder()
+bool RfTools::recorderStep()
 {
-    return m_recorder->RFRecorder();
+    return m_recorder->recorderStep();
 }
 
 void RfTools::meterReading(const DetailReading &reading)
 {
-    m_scan.statusByte = reading.raw.audio;
     m_scan.rfA = reading.rfA;
     m_scan.rfB = reading.rfB;
-    m_scan.audioByte = reading.raw.battery;
     showDrops();
 }
 
@@ -113,24 +111,24 @@ void RfTools::showDrops()
     m_dropPanel->showCounting(m_ctx.bus.drops().counting());
 }
 
-void RfTools::ShowSquelch()
+void RfTools::showSquelch()
 {
     m_scan.squelchLevel = squelchLevel(m_ctx.bus.levelTable(), m_host.record().squelch);
     m_spectrum->placeSquelchLine();
     m_recorder->placeSquelchLine();
 }
 
-void RfTools::cmdNextClick()
+void RfTools::nextPressed()
 {
-    m_spectrum->cmdNextClick();
+    m_spectrum->nextPressed();
 }
 
-void RfTools::cmdPrevClick()
+void RfTools::previousPressed()
 {
-    m_spectrum->cmdPrevClick();
+    m_spectrum->previousPressed();
 }
 
-void RfTools::SSTab1Click(int previousTab)
+void RfTools::tabSwitched(int previousTab)
 {
     m_spectrum->tabClicked(previousTab);
 }

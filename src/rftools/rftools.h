@@ -26,8 +26,8 @@ class SpectrumTab;
 // The window creates one per opening, puts spectrumTab() and recorderTab()
 // into its tab control as "Spectrum" and "RF-Monitor", places
 // dropCounterPanel() on its settings tab, calls load() once its own load has
-// filled the band boxes, and hands the work loop ScanFreq (mode 3) and
-// RFRecorder (mode 4).
+// filled the band boxes, and hands the work loop scanStep (mode 3) and
+// recorderStep (mode 4).
 class RfTools : public QObject, public RfToolsPanel
 {
     Q_OBJECT
@@ -49,19 +49,19 @@ public:
     void load() override;
 
     // Work-loop steps; both return true because they always use the line.
-    bool ScanFreq() override;
-    bool RFRecorder() override;
+    bool scanStep() override;
+    bool recorderStep() override;
 
-    // The share of the window's ShowMeters that belongs here: keeps the
+    // The share of the window's showMeters that belongs here: keeps the
     // reading for the tools and shows the drop counts.
     void meterReading(const DetailReading &reading) override;
     // Squelch level from the record's squelch, and both squelch lines.
-    void ShowSquelch() override;
+    void showSquelch() override;
 
     // The settings tab's marker buttons and the tab control's click.
-    void cmdNextClick() override;
-    void cmdPrevClick() override;
-    void SSTab1Click(int previousTab) override;
+    void nextPressed() override;
+    void previousPressed() override;
+    void tabSwitched(int previousTab) override;
 
     SpectrumScan &spectrum() const { return *m_spectrum; }
     RfRecorder &recorderControl() const { return *m_recorder; }

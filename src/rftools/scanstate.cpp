@@ -106,7 +106,7 @@ bool ScanState::goToStrongest()
     if (sorted) {
         for (int i = 0; i <= pointCount; ++i)
             peakOrder[i] = static_cast<std::int16_t>(i);
-        SortByLevel(peakOrder, 0, pointCount, levels);
+        sortByLevel(peakOrder, 0, pointCount, levels);
     }
     peakCursor = pointCount;
     peakListValid = true;

@@ -41,8 +41,6 @@ struct ScanState
     int rfA = 0;
     int rfB = 0;
     int level = 0; // larger antenna level; also the level shown at the cursor
-    int statusByte = 0;
-    int audioByte = 0;
     int squelchLevel = 0;
 
     int peakCursor = 0;

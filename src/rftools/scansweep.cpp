@@ -28,10 +28,10 @@ SpectrumScan::SpectrumScan(Context &ctx, RfToolsHost &host, ScanState &state, Sp
     : QObject(parent), m_ctx(ctx), m_host(host), m_state(state), m_tab(tab)
 {
     SpectrumPlot *plot = m_tab.plot();
-    connect(m_tab.runButton(), &QPushButton::clicked, this, &SpectrumScan::SP_RunClick);
-    connect(m_tab.clearButton(), &QPushButton::clicked, this, &SpectrumScan::SP_ClearClick);
-    connect(m_tab.peakButton(), &QPushButton::clicked, this, &SpectrumScan::SP_PeakClick);
-    connect(m_tab.nextPeakButton(), &QPushButton::clicked, this, &SpectrumScan::SP_Peak_NextClick);
+    connect(m_tab.runButton(), &QPushButton::clicked, this, &SpectrumScan::runOrStopScan);
+    connect(m_tab.clearButton(), &QPushButton::clicked, this, &SpectrumScan::clearScan);
+    connect(m_tab.peakButton(), &QPushButton::clicked, this, &SpectrumScan::tuneToStrongestPeak);
+    connect(m_tab.nextPeakButton(), &QPushButton::clicked, this, &SpectrumScan::tuneToNextPeak);
     connect(&m_tab, &SpectrumTab::stepChosen, this, &SpectrumScan::stepChosen);
     connect(plot, &SpectrumPlot::pointerMoved, this, &SpectrumScan::pointerMoved);
     connect(plot, &SpectrumPlot::clicked, this, &SpectrumScan::pictureClicked);
@@ -59,7 +59,7 @@ double SpectrumScan::cursorFrequency() const
     return pointFrequency(m_host.bandStart(), m_state.scanIndex);
 }
 
-bool SpectrumScan::ScanFreq()
+bool SpectrumScan::scanStep()
 {
     const double f = cursorFrequency();
     const auto point = m_ctx.bus.scanStep(m_state.scanIndex, f);
@@ -73,17 +73,17 @@ bool SpectrumScan::ScanFreq()
     }
 
     m_host.showOffPreset();
-    m_host.setTxtFreq(formatMHz(f));
-    m_host.ShowMeters(point->levels);
+    m_host.showFrequencyText(formatMHz(f));
+    m_host.showMeters(point->levels);
 
     m_state.storeLevel();
     redrawTrace();
-    ShowSpecCursor();
+    showScanCursor();
     m_host.showTvChannel(f);
     m_tab.plot()->present();
 
     m_state.timer.update(m_ctx.platform.clock.secondsSinceMidnight());
-    m_tab.elapsedLabel()->setText(QLatin1Char(' ') + FormatElapsed(m_state.timer.elapsedSeconds()));
+    m_tab.elapsedLabel()->setText(QLatin1Char(' ') + formatElapsed(m_state.timer.elapsedSeconds()));
 
     if (m_state.stopReached(m_tab.sweepMode()))
         m_ctx.bus.setWorkMode(WorkMode::DetailRead);
@@ -97,7 +97,7 @@ void SpectrumScan::redrawTrace()
     m_tab.plot()->drawTrace(m_state.levels, m_state.pointCount, m_state.xScale);
 }
 
-void SpectrumScan::ShowSpecCursor()
+void SpectrumScan::showScanCursor()
 {
     m_state.placeCursorY();
     DiamondMarker *diamond = m_tab.plot()->diamond();
@@ -107,7 +107,7 @@ void SpectrumScan::ShowSpecCursor()
     m_tab.frequencyReadout()->setText(formatMHz(f) + QStringLiteral("MHz"));
     m_tab.dbmReadout()->setText(formatDbm(levelDbm(m_state.level)));
     m_tab.microvoltReadout()->setText(formatMicrovolts(cursorMicrovolts(m_state.level, m_state.rfA)));
-    m_ctx.bus.setCursorCode(m_host.ComputeNA(f));
+    m_ctx.bus.setCursorCode(m_host.codeFromMhz(f));
 }
 
 void SpectrumScan::tune(int timeoutMillis)
@@ -122,7 +122,7 @@ void SpectrumScan::updateRunCaption()
                                                                       : QStringLiteral("Run"));
 }
 
-void SpectrumScan::SP_RunClick()
+void SpectrumScan::runOrStopScan()
 {
     m_state.peakListValid = false;
     if (m_ctx.bus.workMode() == WorkMode::Scan) {
@@ -135,7 +135,7 @@ void SpectrumScan::SP_RunClick()
     updateRunCaption();
 }
 
-void SpectrumScan::SP_ClearClick()
+void SpectrumScan::clearScan()
 {
     m_ctx.bus.setWorkMode(WorkMode::DetailRead);
     m_state.clear();
@@ -146,24 +146,24 @@ void SpectrumScan::SP_ClearClick()
     updateRunCaption();
 }
 
-void SpectrumScan::SP_PeakClick()
+void SpectrumScan::tuneToStrongestPeak()
 {
     if (!m_state.peakListValid)
         m_ctx.bus.setWorkMode(WorkMode::DetailRead); // the scan stops before the list is sorted
     m_state.goToStrongest();
-    ShowSpecCursor();
+    showScanCursor();
     tune(300);
-    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+    m_host.showFrequencyText(formatMHz(cursorFrequency()));
     updateRunCaption();
 }
 
-void SpectrumScan::SP_Peak_NextClick()
+void SpectrumScan::tuneToNextPeak()
 {
     if (!m_state.goToNextPeak())
         return;
-    ShowSpecCursor();
+    showScanCursor();
     tune(300);
-    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+    m_host.showFrequencyText(formatMHz(cursorFrequency()));
     updateRunCaption();
 }
 
@@ -173,16 +173,16 @@ void SpectrumScan::pointerMoved(double x, Qt::MouseButtons buttons)
     // Dragging reads points without retuning the receiver.
     if (buttons == Qt::LeftButton) {
         m_state.moveCursorTo(m_state.pointUnderPointer());
-        ShowSpecCursor();
+        showScanCursor();
     }
 }
 
 void SpectrumScan::pictureClicked()
 {
     m_state.moveCursorTo(m_state.pointUnderPointer());
-    ShowSpecCursor();
+    showScanCursor();
     tune(300);
-    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+    m_host.showFrequencyText(formatMHz(cursorFrequency()));
 }
 
 void SpectrumScan::stepChosen(int points)
@@ -196,20 +196,20 @@ void SpectrumScan::tabClicked(int previousTab)
         updateRunCaption();
 }
 
-void SpectrumScan::cmdNextClick()
+void SpectrumScan::nextPressed()
 {
     m_state.markerNext();
-    ShowSpecCursor();
+    showScanCursor();
     tune(250);
-    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+    m_host.showFrequencyText(formatMHz(cursorFrequency()));
 }
 
-void SpectrumScan::cmdPrevClick()
+void SpectrumScan::previousPressed()
 {
     m_state.markerPrevious();
-    ShowSpecCursor();
+    showScanCursor();
     tune(250);
-    m_host.setTxtFreq(formatMHz(cursorFrequency()));
+    m_host.showFrequencyText(formatMHz(cursorFrequency()));
 }
 
 void SpectrumScan::placeSquelchLine()

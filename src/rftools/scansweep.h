@@ -23,23 +23,23 @@ public:
 
     // One point: tune and read with "E", redraw, time, stop tests, advance.
     // Returns true (the step always used the line).
-    bool ScanFreq();
+    bool scanStep();
     // Marker and the three read-outs for the scan index; stores the point's
     // frequency code as the receiver's next "K" argument.
-    void ShowSpecCursor();
+    void showScanCursor();
 
-    void SP_RunClick();
-    void SP_ClearClick();
-    void SP_PeakClick();
-    void SP_Peak_NextClick();
+    void runOrStopScan();
+    void clearScan();
+    void tuneToStrongestPeak();
+    void tuneToNextPeak();
     void pointerMoved(double x, Qt::MouseButtons buttons);
     void pictureClicked();
     void stepChosen(int points);
     // The tab control was clicked; previousTab is the tab left.
     void tabClicked(int previousTab);
     // The settings tab's marker buttons.
-    void cmdNextClick();
-    void cmdPrevClick();
+    void nextPressed();
+    void previousPressed();
 
     // SP_Run shows what a click would do next.
     void updateRunCaption();

@@ -79,9 +79,9 @@ bool Session::start(const StartupViews &views)
     ReceiverBus &bus = m_ctx.bus;
     LineOptions &line = bus.options();
     loadLinkOptions(m_ctx.platform.settings, line);
-    if (!FindCommPorts(m_ctx.platform.line, m_ctx.platform.dialogs, line.PortAvailable, line.CommPort))
+    if (!findPorts(m_ctx.platform.line, m_ctx.platform.dialogs, line.portAvailable, line.port))
         return false;
-    m_busHealth.onBaudRateChanged(line.Baudrate);
+    m_busHealth.onBaudRateChanged(line.baudRate);
     m_startedAt = m_wallTime.now();
     if (views.showSplash)
         views.showSplash();
@@ -169,8 +169,8 @@ void Session::describeLine()
     LineInfo info;
     info.version = QCoreApplication::applicationVersion();
     info.host = QSysInfo::machineHostName();
-    info.port = QStringLiteral("COM%1").arg(line.isOpen() ? line.portNumber() : m_ctx.bus.options().CommPort);
-    info.baudRate = m_ctx.bus.options().Baudrate;
+    info.port = QStringLiteral("COM%1").arg(line.isOpen() ? line.portNumber() : m_ctx.bus.options().port);
+    info.baudRate = m_ctx.bus.options().baudRate;
     info.receiversFound = m_ctx.bus.foundCount();
     info.startedAt = m_startedAt;
     info.pid = QCoreApplication::applicationPid();
@@ -197,7 +197,7 @@ void Session::updateLineName()
     QString name = m_options.lineName;
     if (name.isEmpty()) {
         const SerialLine &line = m_ctx.platform.line;
-        name = QStringLiteral("COM%1").arg(line.isOpen() ? line.portNumber() : m_ctx.bus.options().CommPort);
+        name = QStringLiteral("COM%1").arg(line.isOpen() ? line.portNumber() : m_ctx.bus.options().port);
     }
     if (name == m_lineName)
         return;
@@ -221,7 +221,7 @@ bool Session::reconnect()
     // A lost line (adapter pulled, server gone) comes back here, on the same port.
     if (!m_ctx.platform.line.isOpen())
         m_ctx.bus.openLine();
-    const bool found = m_ctx.bus.CheckReceivers();
+    const bool found = m_ctx.bus.searchCurrentPort();
     updateLineName();
     updatePaused();
     emit receiversReconnected(found);
@@ -249,7 +249,7 @@ bool Session::pollStep()
 {
     if (m_deploy.busy())
         return m_deploy.step();
-    const bool worked = m_ctx.bus.ReadAllAD();
+    const bool worked = m_ctx.bus.pollAllLevels();
     updatePaused();
     return worked;
 }

@@ -70,7 +70,7 @@ bool allowed(const Case &c, int f)
         if (std::abs(f - s) < c.guards.carrier)
             return false;
     if (!c.exclusions.tvChannels.empty()) {
-        const QString ch = TvChannel(c.exclusions.tvRegion, f / 1000.0);
+        const QString ch = tvChannelName(c.exclusions.tvRegion, f / 1000.0);
         for (int used : c.exclusions.tvChannels)
             if (ch == QString::number(used))
                 return false;

@@ -17,11 +17,11 @@ const QStringList kKeys = {"MSComm/CommPort", "MSComm/Retry",     "MSComm/Baudra
 QList<int> readOptions(const MemorySettingsStore &store)
 {
     LineOptions options;
-    options.CommPort = options.Retry = options.Baudrate = -99;
+    options.port = options.retries = options.baudRate = -99;
     loadLinkOptions(store, options);
-    return {options.CommPort,
-            options.Retry,
-            options.Baudrate,
+    return {options.port,
+            options.retries,
+            options.baudRate,
             readTvType(store),
             readFunctionFlag(store, "MainKOB"),
             readFunctionFlag(store, "ChangeBaudrate")};

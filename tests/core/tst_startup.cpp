@@ -1,8 +1,8 @@
 #include "core/options.h"
 #include "link/ports.h"
-#include "mainscreen/frmmain.h"
-#include "mainscreen/frmsplash.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/rcvpanel.h"
+#include "mainscreen/splashwindow.h"
 #include "mainscreen/startupwindows.h"
 #include "sim/demobus.h"
 #include "support/testbed.h"
@@ -46,13 +46,13 @@ private slots:
                            [&] { closed = ++order; }};
         QVERIFY(bed.session->start(views));
         QCOMPARE(searched, QList<int>({3, 5}));
-        const auto &available = bed.ctx.bus.options().PortAvailable;
+        const auto &available = bed.ctx.bus.options().portAvailable;
         QVERIFY(available[3] && available[5] && !available[6]);
         QCOMPARE(QList<int>({splash, loaded, shown, closed}), QList<int>({1, 2, 3, 4}));
 
-        bed.ctx.bus.options().CommPort = 5; // the port in use, not merely the first one there
-        FrmMain main(*bed.session);
-        main.UpdateLinkMenus();
+        bed.ctx.bus.options().port = 5; // the port in use, not merely the first one there
+        MainWindow main(*bed.session);
+        main.updateLinkMenus();
         QCOMPARE(main.action("mnuBaud1")->text(), QString("57600"));
         QCOMPARE(main.findChildren<QAction *>("mnuCom").size(), 8);
         for (QAction *com : main.findChildren<QAction *>("mnuCom")) {
@@ -82,7 +82,7 @@ private slots:
         bus->setFrameObserver([&](std::uint64_t, const QByteArray &frame, int) {
             if (!frame.startsWith('%') || !frame.endsWith("M\r"))
                 return;
-            FrmMain *main = windows.mainWindow();
+            MainWindow *main = windows.mainWindow();
             onScreen << QStringList{windows.splash() && windows.splash()->isVisible() ? "splash" : "",
                                     main->findChild<QWidget *>("frmCheckNet")->isVisible() ? "search" : "",
                                     main->isVisible() ? "main" : ""}
@@ -116,11 +116,11 @@ private slots:
         SimBus &bus = bed.attachReceivers(1, {3}, 38400);
         if (unplugged)
             bus.setFrameObserver([&](std::uint64_t, const QByteArray &, int) { bed.line.removePort(1); });
-        bed.ctx.bus.options().Baudrate = 38400;
-        bed.ctx.bus.options().CommPort = 1;
+        bed.ctx.bus.options().baudRate = 38400;
+        bed.ctx.bus.options().port = 1;
         bed.ctx.bus.openLine();
-        FrmMain main(*bed.session);
-        main.UpdateLinkMenus();
+        MainWindow main(*bed.session);
+        main.updateLinkMenus();
         QAction *item = main.action("mnuBaud1");
         item->setEnabled(true);
         bed.dialogs.queueInput(answer);
@@ -130,14 +130,14 @@ private slots:
         const bool changed = sent && !unplugged;
         const QString frame = answer == "9600" ? "#00H17\r" : "#00H05\r";
         QCOMPARE(bed.framesSent("#00H"), sent ? QStringList{frame} : QStringList());
-        QCOMPARE(bed.ctx.bus.options().Baudrate, baud);
+        QCOMPARE(bed.ctx.bus.options().baudRate, baud);
         QCOMPARE(item->text(), QString::number(baud));
         QCOMPARE(bed.settings.get(kAppName, "MSComm", "Baudrate"), changed ? answer : QString());
         QCOMPARE(bed.line.isOpen(), !unplugged);
         if (changed) {
             // The receiver followed the broadcast, so it still answers at the new speed.
             QCOMPARE(bed.line.baudRate(), baud);
-            QVERIFY(bed.ctx.bus.AddrCheck(3));
+            QVERIFY(bed.ctx.bus.addressAnswers(3));
         }
     }
 };

@@ -2,7 +2,7 @@
 // squelch buttons, the KOB lock, the scan's Run/Stop caption and the TV region
 // menu; and the rules it shows with: frequency codes, the "000.000" form and
 // the TV channel plans.
-#include "detail/frmmore.h"
+#include "detail/detailwindow.h"
 #include "detail/settingstab.h"
 #include "mainscreen/imagesign.h"
 #include "mainscreen/rcvpanel.h"
@@ -38,7 +38,7 @@ struct DetailRig : TestBed
         main = loadMainScreen();
         main->show();
         main->moreClicked(0);
-        form = qobject_cast<FrmMore *>(main->detailWindow());
+        form = qobject_cast<DetailWindow *>(main->detailWindow());
         if (!form)
             qFatal("the detail window did not open");
         line.clearWritten();
@@ -59,8 +59,8 @@ struct DetailRig : TestBed
     }
 
     SimBus &bus = attachReceivers(1, {});
-    FrmMain *main = nullptr;
-    QPointer<FrmMore> form;
+    MainWindow *main = nullptr;
+    QPointer<DetailWindow> form;
 };
 
 // What the window's KOB locks, by its own name or through a frame holding it.
@@ -111,7 +111,7 @@ private slots:
         DetailRig rig;
         rig.bus.addReceiver(5);
         rig.open();
-        QLineEdit *box = rig.tab().txtRName;
+        QLineEdit *box = rig.tab().nameEdit;
         box->clear();
         QMimeData mime;
         mime.setText(input);
@@ -273,7 +273,7 @@ private slots:
                 rig.form->tabs()->setCurrentIndex(step.back().digitValue());
             } else if (step == "silent step") {
                 rig.bus.receiver(5)->powered = false;
-                rig.form->ScanFreq();
+                rig.form->scanStep();
             } else {
                 rig.widget<QPushButton>(qPrintable(step))->click();
             }
@@ -314,9 +314,9 @@ private slots:
         for (int region = 0; region < 6; ++region)
             QCOMPARE(items[region]->isChecked(), region == 1);
         for (const auto &[typed, channel] : {std::pair{"580", ""}, std::pair{"606", "25"}}) {
-            rig.tab().txtFreq->setText(typed);
-            QTest::keyClick(rig.tab().txtFreq, Qt::Key_Return);
-            QCOMPARE(rig.tab().TV->text(), channel);
+            rig.tab().frequencyEdit->setText(typed);
+            QTest::keyClick(rig.tab().frequencyEdit, Qt::Key_Return);
+            QCOMPARE(rig.tab().tvChannelEdit->text(), channel);
         }
     }
 
@@ -344,10 +344,10 @@ private slots:
         QFETCH(double, mhz);
         QFETCH(QString, shown);
         if (shown.isEmpty()) {
-            QCOMPARE(ComputeNA(mhz), code);
+            QCOMPARE(codeFromMhz(mhz), code);
         } else {
-            QCOMPARE(ComputeFreq(code), mhz);
-            QCOMPARE(formatFreq(ComputeFreq(code)), shown);
+            QCOMPARE(mhzFromCode(code), mhz);
+            QCOMPARE(formatFreq(mhzFromCode(code)), shown);
         }
     }
 
@@ -355,7 +355,7 @@ private slots:
     {
         for (int code = 0x3FBC; code <= 0x5A00; ++code) {
             const QString text = QString::number(code, 16).toUpper();
-            if (ComputeNA(ComputeFreq(text)) != text)
+            if (codeFromMhz(mhzFromCode(text)) != text)
                 QFAIL(qPrintable(text));
         }
         // The form rounds what it shows half away from zero, as a user reads it.
@@ -384,7 +384,7 @@ private slots:
     {
         QFETCH(int, region);
         QFETCH(double, mhz);
-        QTEST(TvChannel(region, mhz), "channel");
+        QTEST(tvChannelName(region, mhz), "channel");
     }
 };
 

@@ -6,7 +6,7 @@
 // ZUN_UPDATE_GOLDEN=1 rewrites the files instead of comparing.
 #include "core/options.h"
 #include "core/workloop.h"
-#include "detail/frmmore.h"
+#include "detail/detailwindow.h"
 #include "mainscreen/clicklabel.h"
 #include "mainscreen/imagesign.h"
 #include "mainscreen/rcvpanel.h"
@@ -94,7 +94,7 @@ struct Program : TestBed
     // Steps separated by ";", each a verb and its words; see the verbs below.
     void play(const QString &steps)
     {
-        FrmMore *detail = nullptr;
+        DetailWindow *detail = nullptr;
         for (const QString &step : steps.split(QLatin1Char(';'))) {
             QStringList words = step.split(QLatin1Char(' '), Qt::SkipEmptyParts);
             const QString verb = words.takeFirst();
@@ -118,7 +118,7 @@ struct Program : TestBed
                 QTest::mouseClick(part, Qt::LeftButton);
             } else if (verb == "detail") {
                 QTest::mouseClick(main->panel(n)->moreButton(), Qt::LeftButton);
-                detail = static_cast<FrmMore *>(main->detailWindow());
+                detail = static_cast<DetailWindow *>(main->detailWindow());
             } else if (verb == "click") {
                 for (const QString &name : words)
                     click(find<QWidget>(detail, name));
@@ -215,7 +215,7 @@ struct Program : TestBed
 
     std::vector<std::pair<std::uint64_t, QByteArray>> replies;
     SimBus bus{7};
-    FrmMain *main = nullptr;
+    MainWindow *main = nullptr;
 
 private:
     QTemporaryDir m_dir;

@@ -34,7 +34,7 @@ class TestLink : public QObject
     Q_OBJECT
 
 private slots:
-    // One SendCommand with a 250 ms time-out against receiver 5, faults scripted twice.
+    // One sendCommand with a 250 ms time-out against receiver 5, faults scripted twice.
     void exchange_data()
     {
         QTest::addColumn<QString>("command");
@@ -81,7 +81,7 @@ private slots:
         else if (fault != int(SimFault::None))
             rig.bus.scriptFaults(5, SimFault(fault), 2);
         QString reply = "stale";
-        QCOMPARE(rig.link.SendCommand(command, replyLength, reply, 250), received > 0);
+        QCOMPARE(rig.link.sendCommand(command, replyLength, reply, 250), received > 0);
         if (received >= 0)
             QCOMPARE(reply.size(), received);
         else
@@ -109,7 +109,7 @@ private slots:
         rig.retry = 0;
         rig.line.injectInput("XYZ");
         QString reply = "stale";
-        QTEST(rig.link.SendCommand(command, 12, reply, 50), "ok");
+        QTEST(rig.link.sendCommand(command, 12, reply, 50), "ok");
         QVERIFY(reply.isEmpty());
         QTEST(rig.line.bytesWaiting(), "leftWaiting");
         QVERIFY(rig.elapsedMs() >= 50.0 && rig.elapsedMs() <= 52.0);
@@ -133,7 +133,7 @@ private slots:
         Rig rig(0u - ticksBeforeWrap);
         rig.retry = 0;
         QString reply;
-        rig.link.SendCommand(command, 12, reply, timeout);
+        rig.link.sendCommand(command, 12, reply, timeout);
         const double elapsed = rig.elapsedMs();
         QVERIFY2(elapsed >= ticksBeforeWrap + timeout && elapsed <= ticksBeforeWrap + timeout + 1.0,
                  qPrintable(QString::number(elapsed)));
@@ -145,8 +145,8 @@ private slots:
         Rig rig;
         rig.line.close();
         QString reply;
-        QVERIFY(!rig.link.SendCommand("%05N\r", 12, reply, 250) &&
-                !rig.link.SendCommand("#00A0\r", 12, reply, 250));
+        QVERIFY(!rig.link.sendCommand("%05N\r", 12, reply, 250) &&
+                !rig.link.sendCommand("#00A0\r", 12, reply, 250));
         QCOMPARE(rig.elapsedMs(), 0.0);
     }
 
@@ -164,14 +164,14 @@ private slots:
         rig.bus.faults().setLateDelayMicros(300000);
         rig.bus.scriptFaults(5, SimFault::Late);
         QString reply;
-        QVERIFY(!rig.link.SendCommand("%05N\r", 12, reply, 250));
+        QVERIFY(!rig.link.sendCommand("%05N\r", 12, reply, 250));
         QVERIFY(reply.isEmpty());
         rig.clock.advanceMillis(gapMs);
-        QVERIFY(rig.link.SendCommand("%05N\r", 12, reply, 250));
+        QVERIFY(rig.link.sendCommand("%05N\r", 12, reply, 250));
         QCOMPARE(reply.size(), 12);
         rig.clock.advanceMillis(100);
         QCOMPARE(rig.line.bytesWaiting(), gapMs > 0 ? 0 : 12);
-        QVERIFY(rig.link.SendCommand("%05L\r", 4, reply, 250));
+        QVERIFY(rig.link.sendCommand("%05L\r", 4, reply, 250));
         QCOMPARE(reply, QString("$05\r"));
     }
 
@@ -205,9 +205,9 @@ private slots:
         else if (fault != int(SimFault::None))
             rig.bus.scriptFaults(5, SimFault(fault));
         QString reply;
-        QTEST(rig.link.SendCommand("%05N\r", 12, reply, 250), "firstAccepted");
+        QTEST(rig.link.sendCommand("%05N\r", 12, reply, 250), "firstAccepted");
         const std::uint64_t firstEnded = rig.clock.nowMicros();
-        QVERIFY(rig.link.SendCommand("%06N\r", 12, reply, 250));
+        QVERIFY(rig.link.sendCommand("%06N\r", 12, reply, 250));
         QVERIFY2(reply.size() == 12 && reply.startsWith("$06") && reply.endsWith('\r'), qPrintable(reply));
         QCOMPARE(rig.link.lastAttempts(), 1);
         const std::uint64_t secondSent = rig.line.written().back().micros;

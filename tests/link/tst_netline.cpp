@@ -81,10 +81,10 @@ private slots:
         FakeDesktop desktop;
         Context ctx{Platform{clock, line, settings, dialogs, desktop}};
         LineOptions &options = ctx.bus.options();
-        options.Retry = 0;
-        options.Baudrate = 115200;
-        QVERIFY(FindCommPorts(line, dialogs, options.PortAvailable, options.CommPort));
-        QCOMPARE(options.CommPort, 2);
+        options.retries = 0;
+        options.baudRate = 115200;
+        QVERIFY(findPorts(line, dialogs, options.portAvailable, options.port));
+        QCOMPARE(options.port, 2);
         ctx.bus.resizeTable(64);
 
         if (scheme == "rfc2217" && !portControl)
@@ -94,9 +94,9 @@ private slots:
             ctx.bus.openLine();
             levels.clear();
             offline.clear();
-            bool polled = line.isOpen() && ctx.bus.CheckReceivers() && ctx.bus.foundCount() == 64 &&
+            bool polled = line.isOpen() && ctx.bus.searchCurrentPort() && ctx.bus.foundCount() == 64 &&
                           ctx.bus.record(6).address == 7;
-            polled = polled && ctx.bus.ReadAllAD();
+            polled = polled && ctx.bus.pollAllLevels();
             return polled && levels.size() == 64 && offline.isEmpty();
         };
         QVERIFY(detectAndPoll());
@@ -108,14 +108,14 @@ private slots:
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the connection to COM2"));
         server.stop();
         QString reply;
-        QVERIFY(!ctx.bus.link().SendCommand("%03N\r", 12, reply, 100));
+        QVERIFY(!ctx.bus.link().sendCommand("%03N\r", 12, reply, 100));
         QVERIFY(!line.isOpen());
-        QVERIFY(!ctx.bus.ReadAllAD() || !offline.isEmpty());
+        QVERIFY(!ctx.bus.pollAllLevels() || !offline.isEmpty());
         const double cpuBefore = cpuSeconds();
         QElapsedTimer wall;
         wall.start();
         for (int i = 0; i < 5; ++i)
-            ctx.bus.link().SendCommand("%03N\r", 12, reply, 100);
+            ctx.bus.link().sendCommand("%03N\r", 12, reply, 100);
         QVERIFY2(cpuSeconds() - cpuBefore < 0.1 * wall.elapsed() / 1000.0 + 0.02,
                  "busy while the line is lost");
 
@@ -129,7 +129,7 @@ private slots:
         QVERIFY(ctx.bus.changeBaudRate(9600));
         QVERIFY(line.isOpen());
         QCOMPARE(ptySpeed(device), portControl ? B9600 : B115200);
-        QCOMPARE(ctx.bus.link().SendCommand("%07N\r", 12, reply, 250), portControl);
+        QCOMPARE(ctx.bus.link().sendCommand("%07N\r", 12, reply, 250), portControl);
     }
 };
 

@@ -31,7 +31,7 @@ std::size_t heapInUse()
 
 // The line as the program sees it, with every byte the bus sends tagged by
 // the transaction whose frame made the bus answer. A transaction is one
-// SendCommand: its first attempt and the retries of the same frame that
+// sendCommand: its first attempt and the retries of the same frame that
 // follow an empty read.
 class TracingLine final : public SerialLine
 {
@@ -49,7 +49,7 @@ public:
 
     struct Outcome
     {
-        bool accepted = false; // the head matched: SendCommand's true
+        bool accepted = false; // the head matched: sendCommand's true
         QByteArray reply;
     };
     std::map<int, Outcome> lastByAddress; // the latest transaction to each address

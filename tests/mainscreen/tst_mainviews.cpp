@@ -67,7 +67,7 @@ struct Rig : TestBed
     bool shown(int panel) const { return main->panelGrid()->isPanelShown(panel); }
 
     SimBus *bus = nullptr;
-    FrmMain *main = nullptr;
+    MainWindow *main = nullptr;
 };
 
 bool writeFile(const QString &path, const QByteArray &bytes)
@@ -126,7 +126,7 @@ private slots:
         rig.trigger("mnu_PM_SQ");
         rig.trigger("mnu_PM_VOL");
         rig.line.clearWritten();
-        rig.main->mnu_PM_Refresh();
+        rig.main->refreshPanels();
         QCOMPARE(rig.framesSent(), QStringList{"#00O2\r"});
         QCOMPARE(rig.main->panel(0)->nameText(), "SQ  42");
     }

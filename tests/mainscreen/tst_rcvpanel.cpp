@@ -1,15 +1,15 @@
 // The receiver panels, their grid and the small windows around them, as
 // pixels, colours, pictures and the signals their clicks raise.
+#include "mainscreen/aboutwindow.h"
 #include "mainscreen/clicklabel.h"
 #include "mainscreen/colors.h"
-#include "mainscreen/frmabout.h"
-#include "mainscreen/frmchecknet.h"
 #include "mainscreen/imageresources.h"
 #include "mainscreen/imagesign.h"
 #include "mainscreen/levelmeter.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/panelreadout.h"
 #include "mainscreen/rcvpanel.h"
+#include "mainscreen/searchprogresswindow.h"
 #include "receivers/leveltable.h"
 
 #include <QLabel>
@@ -322,7 +322,7 @@ private slots:
     // The search window's progress and SKIP, and the About box a click closes.
     void smallWindowsAnswerClicks()
     {
-        frmCheckNet view;
+        SearchProgressWindow view;
         view.setMessage("Checking Connected Receivers --> COM2");
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
@@ -348,7 +348,7 @@ private slots:
         QCOMPARE(view.percentLabel()->text(), "0%");
 
         for (bool onIcon : {false, true}) {
-            frmAbout about;
+            AboutWindow about;
             about.show();
             QTest::mouseClick(onIcon ? static_cast<QWidget *>(about.iconLabel()) : about.textLabel(),
                               Qt::LeftButton);

@@ -49,7 +49,7 @@ struct Line : TestBed
     int frequencyKHz(int index) const { return toKHz(ctx.bus.status(index).frequencyMHz); }
 
     SimBus &sim;
-    FrmMain *main = nullptr;
+    MainWindow *main = nullptr;
     PlanWindow *window = nullptr;
     QTableWidget *table = nullptr;
 };
@@ -82,7 +82,7 @@ private slots:
         QCOMPARE(line.table->rowCount(), line.ctx.bus.foundCount());
         const int target = line.frequencyKHz(0) + offsetKHz;
         line.ctx.bus.select(1);
-        QVERIFY(line.ctx.bus.tuneManual(ComputeNA(target / 1000.0)));
+        QVERIFY(line.ctx.bus.tuneManual(codeFromMhz(target / 1000.0)));
         line.settle();
         QCOMPARE(line.text(1, PlanWindow::ColFrequency), mhzText(target));
         for (int row = 0; row < 2; ++row) {
@@ -153,7 +153,7 @@ private slots:
             const SimReceiver *r = line.sim.receiver(addresses[static_cast<std::size_t>(i)]);
             QCOMPARE(line.text(i, PlanWindow::ColDeploy), silent ? "no response" : "done");
             if (!silent)
-                QCOMPARE(toKHz(ComputeFreq(QString::number(r->tunedCode(), 16))), plan[std::size_t(i)]);
+                QCOMPARE(toKHz(mhzFromCode(QString::number(r->tunedCode(), 16))), plan[std::size_t(i)]);
         }
         // The line as it was is on disk before anything was sent.
         QFile backup(line.window->backupPath());
@@ -167,7 +167,7 @@ private slots:
         line.settle();
         for (const int i : changed) {
             const SimReceiver *r = line.sim.receiver(addresses[static_cast<std::size_t>(i)]);
-            QCOMPARE(toKHz(ComputeFreq(QString::number(r->tunedCode(), 16))), before[std::size_t(i)]);
+            QCOMPARE(toKHz(mhzFromCode(QString::number(r->tunedCode(), 16))), before[std::size_t(i)]);
             QCOMPARE(line.text(i, PlanWindow::ColDeploy), QStringLiteral("done"));
         }
     }

@@ -143,7 +143,7 @@ private slots:
         ::fcntl(m_master, F_SETFL, ::fcntl(m_master, F_GETFL) & ~O_NONBLOCK);
         std::thread receiver = answerOnce(m_master, {"$01N80A0B0C9"}, 0);
         QString reply;
-        const bool ok = m_link->SendCommand("%01N\r", 12, reply, 250);
+        const bool ok = m_link->sendCommand("%01N\r", 12, reply, 250);
         receiver.join();
         QVERIFY(ok);
         QCOMPARE(reply, "$01N80A0B0C9");
@@ -171,7 +171,7 @@ private slots:
         QString reply;
         QElapsedTimer timer;
         timer.start();
-        const bool ok = m_link->SendCommand("%01N\r", length, reply, length ? 250 : 100);
+        const bool ok = m_link->sendCommand("%01N\r", length, reply, length ? 250 : 100);
         const qint64 elapsed = timer.elapsed();
         receiver.join();
         QVERIFY(ok);
@@ -179,7 +179,7 @@ private slots:
         QVERIFY2(elapsed >= minMillis && elapsed < maxMillis, qPrintable(QString::number(elapsed)));
     }
 
-    // The device goes while SendCommand blocks on it: no event loop runs, so the line must notice by
+    // The device goes while sendCommand blocks on it: no event loop runs, so the line must notice by
     // itself and not spin in the wait. (Losing it while idle is covered end to end with the simulator.)
     void lostDeviceDuringTransaction()
     {
@@ -196,7 +196,7 @@ private slots:
         QElapsedTimer wall;
         wall.start();
         const double cpuBefore = cpuSeconds();
-        const bool ok = m_link->SendCommand("%01N\r", 12, reply, 250);
+        const bool ok = m_link->sendCommand("%01N\r", 12, reply, 250);
         const double cpu = cpuSeconds() - cpuBefore;
         const qint64 elapsed = wall.elapsed();
         unplug.join();

@@ -123,11 +123,11 @@ private slots:
             std::vector<int> all(64);
             std::iota(all.begin(), all.end(), 1);
             bed.attachReceivers(1, all);
-            bed.ctx.bus.options().CommPort = 1;
+            bed.ctx.bus.options().port = 1;
             bed.ctx.bus.openLine();
             bed.ctx.bus.resizeTable(64);
-            bed.ctx.bus.CheckReceivers();
-            bed.ctx.bus.options().Retry = 0; // a receiver may refuse odd bytes; one frame each
+            bed.ctx.bus.searchCurrentPort();
+            bed.ctx.bus.options().retries = 0; // a receiver may refuse odd bytes; one frame each
             bed.line.clearWritten();
             QList<ReceiverRecord> records;
             QStringList writes;

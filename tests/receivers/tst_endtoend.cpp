@@ -2,7 +2,7 @@
 // the wall clock: the program as main() assembles it, against receivers it
 // cannot see inside.
 #include "core/options.h"
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/startupwindows.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
@@ -220,7 +220,7 @@ private slots:
         const auto session = assembleSession(real.platform(), {});
         StartupWindows windows(*session);
         QVERIFY(session->start(windows.views()));
-        FrmMain &main = *windows.mainWindow();
+        MainWindow &main = *windows.mainWindow();
         ReceiverBus &bus = session->bus();
         QCOMPARE(bus.foundCount(), 64);
         QCOMPARE(bus.record(1).name, "VOCAL2");
@@ -234,7 +234,7 @@ private slots:
         QVERIFY(!real.line.isOpen());
         QVERIFY(!bus.record(0).online && !bus.record(1).online);
         QString reply;
-        QVERIFY(!bus.link().SendCommand("%03N\r", 12, reply, 250) && reply.isEmpty());
+        QVERIFY(!bus.link().sendCommand("%03N\r", 12, reply, 250) && reply.isEmpty());
 
         // Left alone, the program sleeps: only the blink timer wakes it. A dead
         // port left open would wake it without pause.
@@ -256,7 +256,7 @@ private slots:
         main.action("mnuReconnect")->trigger();
         QCOMPARE(bus.foundCount(), 64);
         QVERIFY(real.line.isOpen() && bus.record(0).online && bus.record(1).online);
-        QVERIFY(bus.link().SendCommand("%07N\r", 12, reply, 250));
+        QVERIFY(bus.link().sendCommand("%07N\r", 12, reply, 250));
 
         // Broadcasts wait for no reply, yet every one reaches the receivers before the line closes.
         bus.sayGoodbye();

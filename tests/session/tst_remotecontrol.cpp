@@ -3,11 +3,11 @@
 // what the simulated line hears is compared with what the window makes it
 // hear for the same action.
 #include "core/options.h"
-#include "detail/frmmore.h"
+#include "detail/detailwindow.h"
 #include "detail/settingstab.h"
 #include "feeds/controlrequest.h"
 #include "feeds/hadiscovery.h"
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/rcvpanel.h"
 #include "support/netsupport.h"
 #include "support/testbed.h"
@@ -49,7 +49,7 @@ QStringList windowFrames(const QStringList &actions, bool offline)
 {
     TestBed bed;
     SimBus &sim = bed.attachReceivers(1, {3, 7});
-    FrmMain *main = bed.loadMainScreen();
+    MainWindow *main = bed.loadMainScreen();
     if (!main)
         return {"no window"};
     main->show();
@@ -63,11 +63,11 @@ QStringList windowFrames(const QStringList &actions, bool offline)
             main->nameClicked(1);
         } else if (action.startsWith("name ")) {
             main->moreClicked(1);
-            auto *form = qobject_cast<FrmMore *>(main->detailWindow());
+            auto *form = qobject_cast<DetailWindow *>(main->detailWindow());
             if (!form)
                 return {"no detail window"};
             const std::size_t before = bed.line.written().size();
-            QLineEdit *box = form->settings().txtRName;
+            QLineEdit *box = form->settings().nameEdit;
             box->clear();
             QTest::keyClicks(box, action.mid(5));
             QTest::keyClick(box, Qt::Key_Return);

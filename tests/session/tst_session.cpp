@@ -3,7 +3,7 @@
 // tells its feeds (a real mosquitto broker, the dashboard's WebSocket) when
 // nothing is polled.
 #include "core/options.h"
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/rcvpanel.h"
 #include "session/session.h"
 #include "support/netsupport.h"
@@ -158,7 +158,7 @@ private slots:
         options.autoRecover = headless;
         TestBed bed(options);
         SimBus &bus = bed.attachReceivers(1, {3, 7});
-        FrmMain *main = nullptr;
+        MainWindow *main = nullptr;
         if (headless)
             QVERIFY(bed.startHeadless());
         else
@@ -221,7 +221,7 @@ private slots:
         options.feeds.webToken = QStringLiteral("paused-0123456789");
         TestBed bed(options);
         SimBus &bus = bed.attachReceivers(1, {3, 7});
-        FrmMain *main = bed.loadMainScreen();
+        MainWindow *main = bed.loadMainScreen();
         QVERIFY(main);
         FeedWatch feeds(brokerPort, options.feeds.webPort);
         feeds.web.open(QUrl(QStringLiteral("ws://127.0.0.1:%1/ws?token=%2")

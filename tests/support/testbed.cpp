@@ -1,7 +1,7 @@
 #include "support/testbed.h"
 
 #include "core/options.h"
-#include "detail/frmmore.h"
+#include "detail/detailwindow.h"
 #include "mainscreen/startupwindows.h"
 #include "rftools/rftools.h"
 #include "sim/demobus.h"
@@ -13,7 +13,7 @@ namespace zun {
 
 void wireWindows(Context &ctx)
 {
-    ctx.makeDetailWindow = [](Context &c, DetailHost &host) { return new FrmMore(c, host); };
+    ctx.makeDetailWindow = [](Context &c, DetailHost &host) { return new DetailWindow(c, host); };
     ctx.makeRfTools = [](Context &c, RfToolsHost &host, QWidget *parent) {
         return new RfTools(c, host, parent);
     };
@@ -62,7 +62,7 @@ void TestBed::attachSilentPort(int port)
     line.attachBus(port, nullptr);
 }
 
-FrmMain *TestBed::loadMainScreen()
+MainWindow *TestBed::loadMainScreen()
 {
     if (settings.get(kAppName, QStringLiteral("MSComm"), QStringLiteral("CommPort")).isEmpty())
         settings.save(kAppName, QStringLiteral("MSComm"), QStringLiteral("CommPort"), QStringLiteral("1"));

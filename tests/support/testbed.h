@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/context.h"
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 #include "session/session.h"
 #include "sim/simbus.h"
 #include "sim/simserialline.h"
@@ -46,7 +46,7 @@ struct TestBed
     void attachSilentPort(int port);
     // The program started with its windows on COM1, the receivers found and
     // shown; the line log and the dialogs emptied afterwards.
-    FrmMain *loadMainScreen();
+    MainWindow *loadMainScreen();
     // The same without a window.
     bool startHeadless();
 

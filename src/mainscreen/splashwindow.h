@@ -5,11 +5,11 @@
 namespace zun {
 
 // The start-up picture, shown while the main screen loads and detects.
-class frmSplash : public QWidget
+class SplashWindow : public QWidget
 {
     Q_OBJECT
 public:
-    explicit frmSplash(QWidget *parent = nullptr);
+    explicit SplashWindow(QWidget *parent = nullptr);
 
 protected:
     void showEvent(QShowEvent *event) override;

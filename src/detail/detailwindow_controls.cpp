@@ -1,5 +1,5 @@
 // Address, name, squelch, mute and KOB, and the key handling of the boxes.
-#include "detail/frmmore.h"
+#include "detail/detailwindow.h"
 
 #include "core/context.h"
 #include "core/options.h"
@@ -57,7 +57,7 @@ bool nameKeyAllowed(int k)
 }
 } // namespace
 
-bool FrmMore::eventFilter(QObject *watched, QEvent *event)
+bool DetailWindow::eventFilter(QObject *watched, QEvent *event)
 {
     if (squelchMouse(watched, event))
         return QWidget::eventFilter(watched, event);
@@ -68,29 +68,29 @@ bool FrmMore::eventFilter(QObject *watched, QEvent *event)
         return QWidget::eventFilter(watched, event);
 
     SettingsTab &s = *m_settings;
-    if (watched == s.txtRName) {
+    if (watched == s.nameEdit) {
         const bool enter = keyAscii == 13;
-        txtRNameKeyPress(keyAscii);
+        nameKeyPressed(keyAscii);
         return keyAscii == 0 || enter;
     }
     if (keyAscii != 13)
         return QWidget::eventFilter(watched, event);
-    if (watched == s.txtAddr) {
-        txtAddrKeyPress(keyAscii);
+    if (watched == s.addressEdit) {
+        addressKeyPressed(keyAscii);
         return true;
     }
-    if (watched == s.txtFreq) {
-        txtFreqKeyPress(keyAscii);
+    if (watched == s.frequencyEdit) {
+        frequencyKeyPressed(keyAscii);
         return true;
     }
     return QWidget::eventFilter(watched, event);
 }
 
-void FrmMore::txtAddrKeyPress(int keyAscii)
+void DetailWindow::addressKeyPressed(int keyAscii)
 {
     SettingsTab &s = *m_settings;
     double typed = 0;
-    if (keyAscii != 13 || !isNumericText(s.txtAddr->text(), &typed))
+    if (keyAscii != 13 || !isNumericText(s.addressEdit->text(), &typed))
         return;
     const double rounded = std::nearbyint(typed);
     if (!(rounded >= 1 && rounded <= 64)) {
@@ -100,22 +100,22 @@ void FrmMore::txtAddrKeyPress(int keyAscii)
     const int address = static_cast<int>(rounded);
     if (address == record().address)
         return;
-    if (m_ctx.bus.AddrCheck(address)) {
+    if (m_ctx.bus.addressAnswers(address)) {
         m_ctx.platform.dialogs.message(QStringLiteral("Address ") + QString::number(address) +
                                        QStringLiteral(" is already used by another receiver !"));
         return;
     }
     if (m_ctx.platform.dialogs.message(QStringLiteral("Change Address ?"), MessageButtons::YesNo) !=
         MessageAnswer::Yes) {
-        s.txtAddr->setText(QString::number(record().address));
+        s.addressEdit->setText(QString::number(record().address));
         return;
     }
     m_ctx.bus.changeAddress(address);
-    s.txtAddr->setText(QString::number(address));
+    s.addressEdit->setText(QString::number(address));
     showPanelName();
 }
 
-void FrmMore::txtRNameKeyPress(int &keyAscii)
+void DetailWindow::nameKeyPressed(int &keyAscii)
 {
     if (!nameKeyAllowed(keyAscii)) {
         keyAscii = 0;
@@ -124,11 +124,11 @@ void FrmMore::txtRNameKeyPress(int &keyAscii)
     }
     if (keyAscii != 13)
         return;
-    m_settings->txtRName->setText(m_ctx.bus.setName(m_settings->txtRName->text()));
+    m_settings->nameEdit->setText(m_ctx.bus.setName(m_settings->nameEdit->text()));
     showPanelName();
 }
 
-void FrmMore::txtRNameEdited(const QString &text)
+void DetailWindow::nameEdited(const QString &text)
 {
     // Keys were filtered one by one already; this catches text that arrives
     // whole (paste, drag and drop, an input method). Only the inserted part
@@ -148,16 +148,16 @@ void FrmMore::txtRNameEdited(const QString &text)
             kept += c;
     if (kept.size() == inserted.size())
         return;
-    QLineEdit *box = m_settings->txtRName;
+    QLineEdit *box = m_settings->nameEdit;
     box->setText(text.left(head) + kept + text.right(tail));
     box->setCursorPosition(static_cast<int>(head + kept.size()));
     m_ctx.platform.dialogs.message(QStringLiteral("Please enter 0-9 or A-Z or +-*/"));
 }
 
-bool FrmMore::squelchMouse(QObject *watched, QEvent *event)
+bool DetailWindow::squelchMouse(QObject *watched, QEvent *event)
 {
     SettingsTab &s = *m_settings;
-    if (watched != s.cmdSQdec && watched != s.cmdSQinc)
+    if (watched != s.squelchDownButton && watched != s.squelchUpButton)
         return false;
     const auto type = event->type();
     // A quick second press arrives as a double-click; it is a press all the same.
@@ -175,24 +175,24 @@ bool FrmMore::squelchMouse(QObject *watched, QEvent *event)
     return true;
 }
 
-void FrmMore::cmdSQdecMouseDown()
+void DetailWindow::squelchDownHeld()
 {
     if (std::exchange(m_squelchArmed, false))
         m_ctx.bus.squelchPressed(-1);
 }
 
-void FrmMore::cmdSQincMouseDown()
+void DetailWindow::squelchUpHeld()
 {
     if (std::exchange(m_squelchArmed, false))
         m_ctx.bus.squelchPressed(+1);
 }
 
-void FrmMore::squelchRelease()
+void DetailWindow::squelchRelease()
 {
     m_ctx.bus.squelchReleased();
 }
 
-void FrmMore::MuteClick()
+void DetailWindow::toggleMute()
 {
     const bool muted = !record().mute;
     showMuteImage(muted);
@@ -200,7 +200,7 @@ void FrmMore::MuteClick()
     m_ctx.bus.toggleMute(m_index);
 }
 
-void FrmMore::setKobLock(bool locked)
+void DetailWindow::setKobLock(bool locked)
 {
     m_tabs->setEnabled(!locked);
     m_frameA->setEnabled(!locked);
@@ -208,7 +208,7 @@ void FrmMore::setKobLock(bool locked)
     m_cmdExit->setEnabled(!locked);
 }
 
-void FrmMore::cmdKobClick()
+void DetailWindow::kobPressed()
 {
     if (m_ctx.bus.kobActive()) {
         // A second press is how the user gives up waiting for the receiver.
@@ -221,7 +221,7 @@ void FrmMore::cmdKobClick()
     m_ctx.bus.runKob();
 }
 
-void FrmMore::showKobPhase(KobPhase phase)
+void DetailWindow::showKobPhase(KobPhase phase)
 {
     switch (phase) {
     case KobPhase::Started:

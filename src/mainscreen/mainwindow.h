@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/detailwindow.h"
+#include "core/abstractdetailwindow.h"
 #include "mainscreen/tvregion.h"
 #include "receivers/levelreading.h"
 
@@ -24,17 +24,17 @@ class PlanWindow;
 class PortMap;
 class RcvPanel;
 class WorkLoop;
-class frmCheckNet;
+class SearchProgressWindow;
 
 // The main screen: menus, the receiver panels and the exit path. The
 // session finds and polls the receivers; this window draws what it reports
 // and forwards the user's commands.
-class FrmMain : public QMainWindow, public DetailHost
+class MainWindow : public QMainWindow, public DetailHost
 {
     Q_OBJECT
 public:
-    explicit FrmMain(Session &session, QWidget *parent = nullptr);
-    ~FrmMain() override;
+    explicit MainWindow(Session &session, QWidget *parent = nullptr);
+    ~MainWindow() override;
 
     // The load step up to the receiver search: options, menus, panels.
     void load();
@@ -46,20 +46,20 @@ public:
     void installSteps(WorkLoop &loop);
 
     // Port, baud-rate and hide menus after a detection.
-    void UpdateLinkMenus();
+    void updateLinkMenus();
 
-    void EnableRcvPanel(int index);
-    void DisableRcvPanel(int index);
-    void UpdateRcvPanel(int index, const LevelReading &reading);
+    void enablePanel(int index);
+    void disablePanel(int index);
+    void updatePanel(int index, const LevelReading &reading);
     void showOffline(int index);
 
     // Detection as the menu runs it: this port first, then the others.
-    void mnuAutoClicked();
-    void mnuReconnectClicked();
+    void autoDetectChosen();
+    void reconnectChosen();
 
     // Display modes from the popup menu, and the refresh the detail window asks for.
     void showDisplayMode(int mode);
-    void mnu_PM_Refresh() override;
+    void refreshPanels() override;
     int displayMode() const { return m_displayMode; }
 
     // Detail window host.
@@ -68,10 +68,10 @@ public:
     QString panelBatteryText(int index) const override;
 
     void showPage(int page);
-    void mnuHideClicked();
-    void mnuFullViewClicked();
-    void mnuSaveClicked();
-    void mnuLoadClicked();
+    void hideChosen();
+    void fullViewChosen();
+    void saveChosen();
+    void loadChosen();
     // A settings file given at start (a double click on it): asked after detection.
     void offerSettingsFile(const QString &path);
 
@@ -79,12 +79,12 @@ public:
     void pilotClicked(int index);
     void nameClicked(int index);
     void moreClicked(int index);
-    void Timer1Tick();
+    void blinkOfflineNames();
 
     QAction *action(const QString &objectName) const;
     PanelGrid *panelGrid() const { return m_grid; }
     RcvPanel *panel(int index) const;
-    DetailWindow *detailWindow() const { return m_more; }
+    AbstractDetailWindow *detailWindow() const { return m_more; }
     QMenu *popupMenu() const { return m_popup; }
     // The "Monitor" menu over the session's alarms and show log.
     Monitoring *monitoring() const { return m_monitoring; }
@@ -99,11 +99,11 @@ private:
     void buildMenus();
     void buildPopupMenu();
     QWidget *buildCentral();
-    void mnuBaud1Clicked();
-    void mnuContentClicked();
-    void mnuAboutClicked();
+    void baudRateChosen();
+    void contentsChosen();
+    void aboutChosen();
     bool confirmExit();
-    void mnuSetPortClicked();
+    void setPortChosen();
     void loadSettingsFile(const QString &path);
     void showLineNotice();
     // The progress view follows the detection.
@@ -118,8 +118,8 @@ private:
     Session &m_session;
     Context &m_ctx;
     PanelGrid *m_grid = nullptr;
-    frmCheckNet *m_checkNet = nullptr;
-    QPointer<DetailWindow> m_more;
+    SearchProgressWindow *m_checkNet = nullptr;
+    QPointer<AbstractDetailWindow> m_more;
     Monitoring *m_monitoring = nullptr;
     QPointer<PlanWindow> m_plan;
     QMenu *m_popup = nullptr;

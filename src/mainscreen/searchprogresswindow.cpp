@@ -1,4 +1,4 @@
-#include "mainscreen/frmchecknet.h"
+#include "mainscreen/searchprogresswindow.h"
 
 #include "mainscreen/centre.h"
 #include "mainscreen/clicklabel.h"
@@ -27,7 +27,7 @@ public:
 
     void setAddress(int address)
     {
-        m_address = std::clamp(address, 0, frmCheckNet::kAddressCount);
+        m_address = std::clamp(address, 0, SearchProgressWindow::kAddressCount);
         repaint();
     }
 
@@ -36,7 +36,7 @@ protected:
     {
         QPainter p(this);
         p.fillRect(rect(), bgrColor(bgr::White));
-        const int filled = width() * m_address / frmCheckNet::kAddressCount;
+        const int filled = width() * m_address / SearchProgressWindow::kAddressCount;
         p.fillRect(QRect(0, 0, filled, height()), QColor(0, 0, 255));
     }
 
@@ -44,7 +44,7 @@ private:
     int m_address = 0;
 };
 
-frmCheckNet::frmCheckNet(QWidget *parent)
+SearchProgressWindow::SearchProgressWindow(QWidget *parent)
     : QWidget(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
 {
     setObjectName(QStringLiteral("frmCheckNet"));
@@ -100,12 +100,12 @@ frmCheckNet::frmCheckNet(QWidget *parent)
     layout->setColumnStretch(0, 1);
 }
 
-void frmCheckNet::setMessage(const QString &text)
+void SearchProgressWindow::setMessage(const QString &text)
 {
     m_message->setText(text);
 }
 
-void frmCheckNet::setProgress(int address)
+void SearchProgressWindow::setProgress(int address)
 {
     address = std::clamp(address, 0, kAddressCount);
     m_percent->setText(QString::number(address * 100 / kAddressCount) + QLatin1Char('%'));
@@ -113,26 +113,26 @@ void frmCheckNet::setProgress(int address)
     m_bar->setAddress(address);
 }
 
-QWidget *frmCheckNet::progressBox() const
+QWidget *SearchProgressWindow::progressBox() const
 {
     return m_bar;
 }
 
-bool frmCheckNet::skipRequested() const
+bool SearchProgressWindow::skipRequested() const
 {
     // Asked of the label itself, so a disabled parent window does not read as
     // a click on "SKIP".
     return !m_skip->isEnabledTo(this);
 }
 
-void frmCheckNet::reset()
+void SearchProgressWindow::reset()
 {
     m_skip->setEnabled(true);
     m_percent->setText(QStringLiteral("0%"));
     m_bar->setAddress(0);
 }
 
-void frmCheckNet::showEvent(QShowEvent *event)
+void SearchProgressWindow::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     if (event->spontaneous())

@@ -2,7 +2,7 @@
 // and what a click on one of them asks of the receivers.
 #include "core/context.h"
 #include "mainscreen/displaymode.h"
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/panelreadout.h"
 #include "mainscreen/rcvpanel.h"
@@ -13,12 +13,12 @@
 
 namespace zun {
 
-bool FrmMain::validIndex(int index) const
+bool MainWindow::validIndex(int index) const
 {
     return m_ctx.bus.validIndex(index) && m_grid->panel(index);
 }
 
-void FrmMain::EnableRcvPanel(int index)
+void MainWindow::enablePanel(int index)
 {
     if (!validIndex(index))
         return;
@@ -26,32 +26,32 @@ void FrmMain::EnableRcvPanel(int index)
     refreshNameCaption(index);
 }
 
-void FrmMain::DisableRcvPanel(int index)
+void MainWindow::disablePanel(int index)
 {
     if (RcvPanel *p = m_grid->panel(index))
         p->disableBlank();
 }
 
-void FrmMain::UpdateRcvPanel(int index, const LevelReading &reading)
+void MainWindow::updatePanel(int index, const LevelReading &reading)
 {
     if (validIndex(index))
         m_grid->panel(index)->showReadout(panelReadout(reading));
 }
 
-void FrmMain::showOffline(int index)
+void MainWindow::showOffline(int index)
 {
     if (validIndex(index))
         m_grid->panel(index)->setOffline();
 }
 
-void FrmMain::refreshNameCaption(int index)
+void MainWindow::refreshNameCaption(int index)
 {
     const QString caption = nameCaption(m_ctx.bus.record(index), m_displayMode);
     if (!caption.isNull())
         m_grid->panel(index)->setNameText(caption);
 }
 
-void FrmMain::muteClicked(int index)
+void MainWindow::muteClicked(int index)
 {
     if (!validIndex(index))
         return;
@@ -59,7 +59,7 @@ void FrmMain::muteClicked(int index)
     m_ctx.bus.toggleMute(index);
 }
 
-void FrmMain::pilotClicked(int index)
+void MainWindow::pilotClicked(int index)
 {
     if (!validIndex(index) || m_ctx.bus.kobActive())
         return;
@@ -69,7 +69,7 @@ void FrmMain::pilotClicked(int index)
     p->setPilotPicture(QStringLiteral("GreenBall"));
 }
 
-void FrmMain::nameClicked(int index)
+void MainWindow::nameClicked(int index)
 {
     if (!validIndex(index))
         return;
@@ -77,7 +77,7 @@ void FrmMain::nameClicked(int index)
     m_session.bringBack(index);
 }
 
-void FrmMain::Timer1Tick()
+void MainWindow::blinkOfflineNames()
 {
     m_timer1->setInterval(300);
     m_blinkPhase = (m_blinkPhase + 1) % 2;

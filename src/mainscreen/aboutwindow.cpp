@@ -1,4 +1,4 @@
-#include "mainscreen/frmabout.h"
+#include "mainscreen/aboutwindow.h"
 
 #include "mainscreen/centre.h"
 #include "mainscreen/clicklabel.h"
@@ -10,7 +10,7 @@
 
 namespace zun {
 
-frmAbout::frmAbout(QWidget *parent) : QWidget(parent, Qt::Dialog)
+AboutWindow::AboutWindow(QWidget *parent) : QWidget(parent, Qt::Dialog)
 {
     setObjectName(QStringLiteral("frmAbout"));
     setAccessibleDescription(QStringLiteral("frmAbout"));
@@ -57,7 +57,7 @@ frmAbout::frmAbout(QWidget *parent) : QWidget(parent, Qt::Dialog)
     connect(m_text, &ClickLabel::clicked, this, [this] { close(); });
 }
 
-void frmAbout::showEvent(QShowEvent *event)
+void AboutWindow::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     m_wasActive = false;
@@ -65,7 +65,7 @@ void frmAbout::showEvent(QShowEvent *event)
     activateWindow();
 }
 
-void frmAbout::changeEvent(QEvent *event)
+void AboutWindow::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
     if (event->type() != QEvent::ActivationChange || !isVisible())

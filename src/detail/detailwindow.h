@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/detailwindow.h"
+#include "core/abstractdetailwindow.h"
 #include "core/rftoolspanel.h"
 #include "receivers/presets.h"
 #include "receivers/receiverbus.h"
@@ -24,33 +24,33 @@ class SettingsTab;
 // The detail window of one receiver: settings, live levels and the tabs of
 // the RF tools. It works on the record of the receiver that was selected when
 // it was made. The opener calls load(), shows it and sets WorkMode 2; from
-// then on the work loop calls ReadOneAD() until the window closes itself.
+// then on the work loop calls readDetailLevels() until the window closes itself.
 // The window deletes itself when closed.
-class FrmMore : public DetailWindow, public RfToolsHost
+class DetailWindow : public AbstractDetailWindow, public RfToolsHost
 {
     Q_OBJECT
 public:
-    FrmMore(Context &ctx, DetailHost &host, QWidget *parent = nullptr);
+    DetailWindow(Context &ctx, DetailHost &host, QWidget *parent = nullptr);
 
     // Reads the record into the settings tab, repairing a corrupt preset.
     void load() override;
 
-    ~FrmMore() override;
+    ~DetailWindow() override;
 
     // One level read of the receiver for the meters. True when it sent
     // something; a silent receiver closes the window after one message.
-    bool ReadOneAD() override;
-    bool ScanFreq() override;
-    bool RFRecorder() override;
+    bool readDetailLevels() override;
+    bool scanStep() override;
+    bool recorderStep() override;
     void recorderRead() override;
 
     // Meter update from one level reading.
-    void ShowMeters(const DetailReading &reading) override;
+    void showMeters(const DetailReading &reading) override;
     // Squelch bar (and, through the hook, the RF tools' squelch lines).
-    void ShowSquelch();
+    void showSquelch();
 
     // Code text to MHz; the TV box follows every conversion made here.
-    double ComputeFreq(QStringView code);
+    double mhzFromCode(QStringView code);
 
     // --- for the RF tools -------------------------------------------------
     QWidget *spectrumTab() const { return m_spectrumTab; }
@@ -64,8 +64,8 @@ public:
     // What the RF tools ask of this window.
     const ReceiverRecord &record() const override;
     double bandStart() const override;
-    QString ComputeNA(double mhz) const override;
-    void setTxtFreq(const QString &text) override;
+    QString codeFromMhz(double mhz) const override;
+    void showFrequencyText(const QString &text) override;
     void showOffPreset() override;
     void showTvChannel(double mhz) override;
     void unloadForm() override;
@@ -88,28 +88,28 @@ private:
 
     // Tuning.
     void stepPreset(bool groupButton, Preset next);
-    void cmdChanUpClick();
-    void cmdChanDownClick();
-    void cmdGroupUpClick();
-    void cmdGroupDownClick();
-    void cmdFreqUpClick();
-    void cmdFreqDownClick();
+    void channelUpPressed();
+    void channelDownPressed();
+    void groupUpPressed();
+    void groupDownPressed();
+    void frequencyUpPressed();
+    void frequencyDownPressed();
     // Off the presets to this code; settleMillis is waited after the command.
     void tuneManual(const QString &code, int settleMillis = 0);
-    void txtFreqKeyPress(int keyAscii);
+    void frequencyKeyPressed(int keyAscii);
 
     // Address, name, squelch, mute, KOB.
-    void txtAddrKeyPress(int keyAscii);
-    void txtRNameKeyPress(int &keyAscii);
-    void txtRNameEdited(const QString &text);
+    void addressKeyPressed(int keyAscii);
+    void nameKeyPressed(int &keyAscii);
+    void nameEdited(const QString &text);
     // Left press and release on a squelch button arm and end a hold; true for
     // any event of those buttons, which then go on to Qt unchanged.
     bool squelchMouse(QObject *watched, QEvent *event);
-    void cmdSQdecMouseDown();
-    void cmdSQincMouseDown();
+    void squelchDownHeld();
+    void squelchUpHeld();
     void squelchRelease();
-    void MuteClick();
-    void cmdKobClick();
+    void toggleMute();
+    void kobPressed();
 
     Context &m_ctx;
     DetailHost &m_host;

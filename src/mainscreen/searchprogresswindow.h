@@ -12,13 +12,13 @@ class ProgressBox;
 
 // Progress of the receiver search. The search calls setProgress() for every
 // address it probes and asks skipRequested() after each one; "SKIP" stops it.
-class frmCheckNet : public QWidget
+class SearchProgressWindow : public QWidget
 {
     Q_OBJECT
 public:
     static constexpr int kAddressCount = 64;
 
-    explicit frmCheckNet(QWidget *parent = nullptr);
+    explicit SearchProgressWindow(QWidget *parent = nullptr);
 
     void setMessage(const QString &text);
     // Percentage text and bar for the address being probed (1..64); drawn at

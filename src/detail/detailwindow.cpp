@@ -1,4 +1,4 @@
-#include "detail/frmmore.h"
+#include "detail/detailwindow.h"
 
 #include "core/context.h"
 #include "core/tvchannels.h"
@@ -36,8 +36,8 @@ const QColor kDeviation(0x00, 0xC0, 0x00);
 const QColor kOverDeviation(255, 0, 0);
 } // namespace
 
-FrmMore::FrmMore(Context &ctx, DetailHost &host, QWidget *parent)
-    : DetailWindow(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.bus.selected())
+DetailWindow::DetailWindow(Context &ctx, DetailHost &host, QWidget *parent)
+    : AbstractDetailWindow(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.bus.selected())
 {
     setObjectName(QStringLiteral("frmMore"));
     setWindowTitle(QStringLiteral("Detail Functions"));
@@ -47,13 +47,13 @@ FrmMore::FrmMore(Context &ctx, DetailHost &host, QWidget *parent)
     connectControls();
 }
 
-FrmMore::~FrmMore()
+DetailWindow::~DetailWindow()
 {
     // A hold whose release this window will never see ends here, unsent.
     m_ctx.bus.squelchCancelled();
 }
 
-void FrmMore::buildWindow()
+void DetailWindow::buildWindow()
 {
     m_tabs = named(new QTabWidget(this), QStringLiteral("SSTab1"));
     m_settings = new SettingsTab(m_tabs);
@@ -113,25 +113,25 @@ void FrmMore::buildWindow()
     page->addLayout(bottom);
 }
 
-void FrmMore::connectControls()
+void DetailWindow::connectControls()
 {
     SettingsTab &s = *m_settings;
-    connect(s.cmdChanUp, &QToolButton::clicked, this, &FrmMore::cmdChanUpClick);
-    connect(s.cmdChanDown, &QToolButton::clicked, this, &FrmMore::cmdChanDownClick);
-    connect(s.cmdGroupUp, &QToolButton::clicked, this, &FrmMore::cmdGroupUpClick);
-    connect(s.cmdGroupDown, &QToolButton::clicked, this, &FrmMore::cmdGroupDownClick);
-    connect(s.cmdFreqUp, &QToolButton::clicked, this, &FrmMore::cmdFreqUpClick);
-    connect(s.cmdFreqDown, &QToolButton::clicked, this, &FrmMore::cmdFreqDownClick);
+    connect(s.channelUpButton, &QToolButton::clicked, this, &DetailWindow::channelUpPressed);
+    connect(s.channelDownButton, &QToolButton::clicked, this, &DetailWindow::channelDownPressed);
+    connect(s.groupUpButton, &QToolButton::clicked, this, &DetailWindow::groupUpPressed);
+    connect(s.groupDownButton, &QToolButton::clicked, this, &DetailWindow::groupDownPressed);
+    connect(s.frequencyUpButton, &QToolButton::clicked, this, &DetailWindow::frequencyUpPressed);
+    connect(s.frequencyDownButton, &QToolButton::clicked, this, &DetailWindow::frequencyDownPressed);
 
     // A hold starts on the mouse press (seen by the event filter) once the
     // button shows itself down; the mouse release ends it. pressed() alone
     // would start another hold each time the pointer slides back onto the
     // button, and released() would end one each time it slides off.
-    connect(s.cmdSQdec, &QPushButton::pressed, this, &FrmMore::cmdSQdecMouseDown);
-    connect(s.cmdSQinc, &QPushButton::pressed, this, &FrmMore::cmdSQincMouseDown);
-    connect(s.Mute, &QPushButton::clicked, this, &FrmMore::MuteClick);
+    connect(s.squelchDownButton, &QPushButton::pressed, this, &DetailWindow::squelchDownHeld);
+    connect(s.squelchUpButton, &QPushButton::pressed, this, &DetailWindow::squelchUpHeld);
+    connect(s.muteButton, &QPushButton::clicked, this, &DetailWindow::toggleMute);
 
-    connect(m_cmdKob, &QPushButton::clicked, this, &FrmMore::cmdKobClick);
+    connect(m_cmdKob, &QPushButton::clicked, this, &DetailWindow::kobPressed);
     connect(m_cmdExit, &QPushButton::clicked, this, &QWidget::close);
     const int multipliers[4] = {1, 2, 4, 5};
     for (int i = 0; i < 4; ++i) {
@@ -141,37 +141,37 @@ void FrmMore::connectControls()
                 setStep(multiplier);
         });
     }
-    connect(m_cmdNext, &QPushButton::clicked, this, [this] { m_tools->cmdNextClick(); });
-    connect(m_cmdPrev, &QPushButton::clicked, this, [this] { m_tools->cmdPrevClick(); });
-    connect(&m_ctx.bus, &ReceiverBus::kobPhase, this, &FrmMore::showKobPhase);
+    connect(m_cmdNext, &QPushButton::clicked, this, [this] { m_tools->nextPressed(); });
+    connect(m_cmdPrev, &QPushButton::clicked, this, [this] { m_tools->previousPressed(); });
+    connect(&m_ctx.bus, &ReceiverBus::kobPhase, this, &DetailWindow::showKobPhase);
     // Squelch steps come from the receiver layer while a button is held.
     connect(&m_ctx.bus, &ReceiverBus::receiverChanged, this, [this](const ReceiverStatus &status) {
         if (status.address == record().address)
-            ShowSquelch();
+            showSquelch();
     });
     // The scan wants to know which tab was left.
     connect(m_tabs, &QTabWidget::currentChanged, this, [this](int now) {
         const int left = m_shownTab;
         m_shownTab = now;
-        m_tools->SSTab1Click(left);
+        m_tools->tabSwitched(left);
     });
 
     // Whatever way text enters the name box, it passes the key filter.
-    connect(s.txtRName, &QLineEdit::textEdited, this, &FrmMore::txtRNameEdited);
-    connect(s.txtRName, &QLineEdit::textChanged, this,
-            [this] { m_nameBefore = m_settings->txtRName->text(); });
+    connect(s.nameEdit, &QLineEdit::textEdited, this, &DetailWindow::nameEdited);
+    connect(s.nameEdit, &QLineEdit::textChanged, this,
+            [this] { m_nameBefore = m_settings->nameEdit->text(); });
 
-    for (QObject *watched :
-         std::initializer_list<QObject *>{s.txtAddr, s.txtRName, s.txtFreq, s.cmdSQdec, s.cmdSQinc})
+    for (QObject *watched : std::initializer_list<QObject *>{s.addressEdit, s.nameEdit, s.frequencyEdit,
+                                                             s.squelchDownButton, s.squelchUpButton})
         watched->installEventFilter(this);
 }
 
-const ReceiverRecord &FrmMore::record() const
+const ReceiverRecord &DetailWindow::record() const
 {
     return m_ctx.bus.record(m_index);
 }
 
-void FrmMore::load()
+void DetailWindow::load()
 {
     SettingsTab &s = *m_settings;
     const ReceiverRecord &r = record();
@@ -182,77 +182,77 @@ void FrmMore::load()
         m_ctx.platform.dialogs.message(message);
     m_ctx.bus.storePreset(repaired.group, repaired.channel);
 
-    s.txtAddr->setText(QString::number(r.address));
-    s.txtRName->setText(r.name);
-    s.txtGroup->setText(r.manualFreq ? QStringLiteral("**") : QString::number(r.group));
-    s.txtChannel->setText(r.manualFreq ? QStringLiteral("**") : QString::number(r.channel));
+    s.addressEdit->setText(QString::number(r.address));
+    s.nameEdit->setText(r.name);
+    s.groupEdit->setText(r.manualFreq ? QStringLiteral("**") : QString::number(r.group));
+    s.channelEdit->setText(r.manualFreq ? QStringLiteral("**") : QString::number(r.channel));
     // Both codes are converted every time, manual first: the TV box keeps the
     // last conversion.
-    const double manual = ComputeFreq(r.manualFreqCode);
-    const double preset = ComputeFreq(r.channelFreqCode);
-    s.txtFreq->setText(formatFreq(r.manualFreq ? manual : preset));
-    s.txtBandStart->setText(formatFreq(ComputeFreq(r.bandStartCode)));
-    s.txtBandStop->setText(formatFreq(leadingValue(s.txtBandStart->text()) + r.bandWidth * 0.025));
+    const double manual = mhzFromCode(r.manualFreqCode);
+    const double preset = mhzFromCode(r.channelFreqCode);
+    s.frequencyEdit->setText(formatFreq(r.manualFreq ? manual : preset));
+    s.bandStartEdit->setText(formatFreq(mhzFromCode(r.bandStartCode)));
+    s.bandStopEdit->setText(formatFreq(leadingValue(s.bandStartEdit->text()) + r.bandWidth * 0.025));
 
-    ShowSquelch();
+    showSquelch();
     showBattery(m_host.panelBatteryText(m_index));
     showMuteImage(r.mute);
-    s.PB_RFA->setLevel(0, kLowRf);
-    s.PB_RFB->setLevel(0, kLowRf);
-    s.PB_Dev->setLevel(0, kDeviation);
-    s.lbRFAValue->setText(QStringLiteral("— dBm"));
-    s.lbRFBValue->setText(QStringLiteral("— dBm"));
+    s.rfAMeter->setLevel(0, kLowRf);
+    s.rfBMeter->setLevel(0, kLowRf);
+    s.deviationMeter->setLevel(0, kDeviation);
+    s.rfAValueLabel->setText(QStringLiteral("— dBm"));
+    s.rfBValueLabel->setText(QStringLiteral("— dBm"));
     m_tools->load();
 }
 
-double FrmMore::bandStart() const
+double DetailWindow::bandStart() const
 {
-    return leadingValue(m_settings->txtBandStart->text());
+    return leadingValue(m_settings->bandStartEdit->text());
 }
 
-QString FrmMore::ComputeNA(double mhz) const
+QString DetailWindow::codeFromMhz(double mhz) const
 {
-    return zun::ComputeNA(mhz);
+    return zun::codeFromMhz(mhz);
 }
 
-void FrmMore::setTxtFreq(const QString &text)
+void DetailWindow::showFrequencyText(const QString &text)
 {
-    m_settings->txtFreq->setText(text);
+    m_settings->frequencyEdit->setText(text);
 }
 
-void FrmMore::showOffPreset()
+void DetailWindow::showOffPreset()
 {
     // Called for every scan point; a line edit lays its text out again even
     // when it is unchanged.
-    for (QLineEdit *box : {m_settings->txtGroup, m_settings->txtChannel})
+    for (QLineEdit *box : {m_settings->groupEdit, m_settings->channelEdit})
         if (box->text() != QLatin1String("**"))
             box->setText(QStringLiteral("**"));
 }
 
-void FrmMore::showTvChannel(double mhz)
+void DetailWindow::showTvChannel(double mhz)
 {
-    m_settings->TV->setText(TvChannel(m_ctx.state.TVtype, mhz));
+    m_settings->tvChannelEdit->setText(tvChannelName(m_ctx.state.tvRegion, mhz));
 }
 
-void FrmMore::unloadForm()
+void DetailWindow::unloadForm()
 {
     // The window deletes itself later, after the step that asked is over.
     close();
 }
 
-double FrmMore::ComputeFreq(QStringView code)
+double DetailWindow::mhzFromCode(QStringView code)
 {
-    const double mhz = zun::ComputeFreq(code);
-    m_settings->TV->setText(TvChannel(m_ctx.state.TVtype, mhz));
+    const double mhz = zun::mhzFromCode(code);
+    m_settings->tvChannelEdit->setText(tvChannelName(m_ctx.state.tvRegion, mhz));
     return mhz;
 }
 
-bool FrmMore::ReadOneAD()
+bool DetailWindow::readDetailLevels()
 {
     if (m_closed)
         return false;
-    if (const auto reading = m_ctx.bus.ReadOneAD()) {
-        ShowMeters(*reading);
+    if (const auto reading = m_ctx.bus.readDetailLevels()) {
+        showMeters(*reading);
         return true;
     }
     const ReceiverRecord &r = record();
@@ -262,22 +262,22 @@ bool FrmMore::ReadOneAD()
     return true;
 }
 
-bool FrmMore::ScanFreq()
+bool DetailWindow::scanStep()
 {
-    return m_tools->ScanFreq();
+    return m_tools->scanStep();
 }
 
-bool FrmMore::RFRecorder()
+bool DetailWindow::recorderStep()
 {
-    return m_tools->RFRecorder();
+    return m_tools->recorderStep();
 }
 
-void FrmMore::recorderRead()
+void DetailWindow::recorderRead()
 {
     if (m_closed)
         return;
     if (const auto reading = m_ctx.bus.recorderStep()) {
-        ShowMeters(*reading);
+        showMeters(*reading);
         return;
     }
     const ReceiverRecord &r = record();
@@ -286,34 +286,34 @@ void FrmMore::recorderRead()
     close();
 }
 
-void FrmMore::ShowMeters(const DetailReading &reading)
+void DetailWindow::showMeters(const DetailReading &reading)
 {
     SettingsTab &s = *m_settings;
     const int rfA = reading.rfA;
     const int rfB = reading.rfB;
-    s.PB_RFA->setLevel(rfA, rfA < 15 ? kLowRf : kRfA);
-    s.PB_RFB->setLevel(rfB, rfB < 15 ? kLowRf : kRfB);
-    s.lbRFAValue->setText(QStringLiteral("%1 dBm").arg(levelDbm(rfA), 0, 'f', 1));
-    s.lbRFBValue->setText(QStringLiteral("%1 dBm").arg(levelDbm(rfB), 0, 'f', 1));
+    s.rfAMeter->setLevel(rfA, rfA < 15 ? kLowRf : kRfA);
+    s.rfBMeter->setLevel(rfB, rfB < 15 ? kLowRf : kRfB);
+    s.rfAValueLabel->setText(QStringLiteral("%1 dBm").arg(levelDbm(rfA), 0, 'f', 1));
+    s.rfBValueLabel->setText(QStringLiteral("%1 dBm").arg(levelDbm(rfB), 0, 'f', 1));
     const int deviation = audioTaper(reading.raw.audio);
-    s.PB_Dev->setLevel(deviation, deviation > kAudioClipLevel ? kOverDeviation : kDeviation);
+    s.deviationMeter->setLevel(deviation, deviation > kAudioClipLevel ? kOverDeviation : kDeviation);
     if (reading.batteryPercent >= 0)
         showBattery(batteryText(reading.batteryPercent));
     m_tools->meterReading(reading);
 }
 
-void FrmMore::ShowSquelch()
+void DetailWindow::showSquelch()
 {
     const int squelch = record().squelch;
     m_squelchLevel = zun::squelchLevel(m_ctx.bus.levelTable(), squelch);
-    m_settings->PB_SQ->setSquelchLevel(m_squelchLevel);
-    m_settings->lbSQValue->setText(QStringLiteral("SQ %1").arg(squelch));
-    m_tools->ShowSquelch();
+    m_settings->squelchBar->setSquelchLevel(m_squelchLevel);
+    m_settings->squelchValueLabel->setText(QStringLiteral("SQ %1").arg(squelch));
+    m_tools->showSquelch();
 }
 
-void FrmMore::showBattery(const QString &text)
+void DetailWindow::showBattery(const QString &text)
 {
-    QLabel *label = m_settings->BatV;
+    QLabel *label = m_settings->batteryLabel;
     label->setText(text);
     QPalette palette = label->palette();
     const auto colour = batteryColour(text);
@@ -322,33 +322,33 @@ void FrmMore::showBattery(const QString &text)
     label->setPalette(palette);
 }
 
-void FrmMore::showMuteImage(bool muted)
+void DetailWindow::showMuteImage(bool muted)
 {
-    m_settings->Mute->setIcon(
+    m_settings->muteButton->setIcon(
         QPixmap(muted ? QStringLiteral(":/SpeakerOFF.png") : QStringLiteral(":/SpeakerON.png")));
-    m_settings->Mute->setProperty("image",
-                                  muted ? QStringLiteral("SpeakerOFF") : QStringLiteral("SpeakerON"));
-    m_settings->lbMuteState->setText(muted ? QStringLiteral("Muted") : QStringLiteral("Audio on"));
+    m_settings->muteButton->setProperty("image",
+                                        muted ? QStringLiteral("SpeakerOFF") : QStringLiteral("SpeakerON"));
+    m_settings->muteStateLabel->setText(muted ? QStringLiteral("Muted") : QStringLiteral("Audio on"));
 }
 
-void FrmMore::setStep(int multiplier)
+void DetailWindow::setStep(int multiplier)
 {
     m_stepMultiplier = multiplier;
 }
 
-void FrmMore::noResponse()
+void DetailWindow::noResponse()
 {
     m_ctx.platform.dialogs.message(QStringLiteral("No Response from receiver!"));
 }
 
-void FrmMore::showPanelName()
+void DetailWindow::showPanelName()
 {
     const ReceiverRecord &r = record();
     m_host.setPanelNameCaption(m_index,
                                QStringLiteral("%1 ").arg(r.address, 2, 10, QLatin1Char('0')) + r.name);
 }
 
-void FrmMore::closeEvent(QCloseEvent *event)
+void DetailWindow::closeEvent(QCloseEvent *event)
 {
     if (m_closed) {
         event->accept();
@@ -362,7 +362,7 @@ void FrmMore::closeEvent(QCloseEvent *event)
     event->accept();
     hide();
     m_ctx.bus.closeDetail();
-    m_host.mnu_PM_Refresh();
+    m_host.refreshPanels();
 }
 
 } // namespace zun

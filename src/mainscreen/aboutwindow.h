@@ -8,11 +8,11 @@ class ClickLabel;
 
 // What the program is. It goes away on a click on its text or icon, or as
 // soon as the user turns to another window.
-class frmAbout : public QWidget
+class AboutWindow : public QWidget
 {
     Q_OBJECT
 public:
-    explicit frmAbout(QWidget *parent = nullptr);
+    explicit AboutWindow(QWidget *parent = nullptr);
 
     ClickLabel *iconLabel() const { return m_icon; }
     ClickLabel *textLabel() const { return m_text; }

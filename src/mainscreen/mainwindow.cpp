@@ -1,16 +1,16 @@
-#include "mainscreen/frmmain.h"
+#include "mainscreen/mainwindow.h"
 
 #include "bushealth/bushealthwindow.h"
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"
-#include "mainscreen/frmabout.h"
-#include "mainscreen/frmchecknet.h"
+#include "mainscreen/aboutwindow.h"
 #include "mainscreen/imageresources.h"
 #include "mainscreen/monitoring.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/portmapping.h"
 #include "mainscreen/rcvpanel.h"
+#include "mainscreen/searchprogresswindow.h"
 #include "planning/planwindow.h"
 #include "platform/framepacer.h"
 #include "platform/portmap.h"
@@ -39,7 +39,7 @@ QAction *namedAction(QMenu *menu, const QString &text, const QString &name)
 
 } // namespace
 
-FrmMain::FrmMain(Session &session, QWidget *parent)
+MainWindow::MainWindow(Session &session, QWidget *parent)
     : QMainWindow(parent), m_session(session), m_ctx(session.context())
 {
     setObjectName(QStringLiteral("frmMain"));
@@ -48,14 +48,14 @@ FrmMain::FrmMain(Session &session, QWidget *parent)
     buildMenus();
     setCentralWidget(buildCentral());
     buildPopupMenu();
-    m_checkNet = new frmCheckNet(this);
+    m_checkNet = new SearchProgressWindow(this);
     m_checkNet->setWindowFlag(Qt::Dialog);
     m_checkNet->setWindowModality(Qt::ApplicationModal);
     m_timer1 = new QTimer(this);
     m_timer1->setObjectName(QStringLiteral("Timer1"));
-    connect(m_timer1, &QTimer::timeout, this, &FrmMain::Timer1Tick);
-    connect(&m_ctx.bus, &ReceiverBus::panelLevels, this, &FrmMain::UpdateRcvPanel);
-    connect(&m_ctx.bus, &ReceiverBus::panelOffline, this, &FrmMain::showOffline);
+    connect(m_timer1, &QTimer::timeout, this, &MainWindow::blinkOfflineNames);
+    connect(&m_ctx.bus, &ReceiverBus::panelLevels, this, &MainWindow::updatePanel);
+    connect(&m_ctx.bus, &ReceiverBus::panelOffline, this, &MainWindow::showOffline);
     connectDetection();
     connectSession();
     m_monitoring = new Monitoring(session, *this, [this](int index) {
@@ -66,23 +66,23 @@ FrmMain::FrmMain(Session &session, QWidget *parent)
     resize(1280, 760);
 }
 
-void FrmMain::connectSession()
+void MainWindow::connectSession()
 {
     connect(&m_session, &Session::receiversCleared, this, [this] {
         for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
-            DisableRcvPanel(i);
+            disablePanel(i);
     });
     connect(&m_session, &Session::receiversDetected, this, [this](bool found) {
         if (found)
             enableFoundPanels();
-        UpdateLinkMenus();
+        updateLinkMenus();
     });
     connect(&m_session, &Session::receiversReconnected, this, [this](bool found) {
         showLineNotice();
         if (found)
             enableFoundPanels();
     });
-    connect(&m_session, &Session::receiverBackOnPoll, this, &FrmMain::EnableRcvPanel);
+    connect(&m_session, &Session::receiverBackOnPoll, this, &MainWindow::enablePanel);
     // A request from the broker shows as the same click in the window would.
     connect(&m_session, &Session::receiverEdited, this, [this](int index) {
         if (!validIndex(index))
@@ -99,13 +99,13 @@ void FrmMain::connectSession()
     connect(&m_session, &Session::notice, this, showStatus);
 }
 
-void FrmMain::enableFoundPanels()
+void MainWindow::enableFoundPanels()
 {
     for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
-        EnableRcvPanel(i);
+        enablePanel(i);
 }
 
-void FrmMain::addBusHealthItem()
+void MainWindow::addBusHealthItem()
 {
     QMenu *receiverMenu = findChild<QMenu *>(QStringLiteral("mnuReceiver"));
     QAction *health = receiverMenu->addAction(QStringLiteral("&Bus Health..."));
@@ -118,7 +118,7 @@ void FrmMain::addBusHealthItem()
     });
 }
 
-void FrmMain::addFrequencyPlanItem()
+void MainWindow::addFrequencyPlanItem()
 {
     QMenu *receiverMenu = findChild<QMenu *>(QStringLiteral("mnuReceiver"));
     QAction *plan = receiverMenu->addAction(QStringLiteral("Frequency Plan..."));
@@ -131,17 +131,17 @@ void FrmMain::addFrequencyPlanItem()
     });
 }
 
-PlanWindow *FrmMain::planWindow() const
+PlanWindow *MainWindow::planWindow() const
 {
     return m_plan;
 }
 
-FrmMain::~FrmMain()
+MainWindow::~MainWindow()
 {
     delete m_more;
 }
 
-QWidget *FrmMain::buildCentral()
+QWidget *MainWindow::buildCentral()
 {
     auto *central = new QWidget(this);
     auto *layout = new QVBoxLayout(central);
@@ -167,10 +167,10 @@ QWidget *FrmMain::buildCentral()
     connect(m_cmdPage1, &QPushButton::clicked, this, [this] { showPage(0); });
     connect(m_cmdPage2, &QPushButton::clicked, this, [this] { showPage(1); });
 
-    connect(m_grid, &PanelGrid::muteClicked, this, &FrmMain::muteClicked);
-    connect(m_grid, &PanelGrid::pilotClicked, this, &FrmMain::pilotClicked);
-    connect(m_grid, &PanelGrid::nameClicked, this, &FrmMain::nameClicked);
-    connect(m_grid, &PanelGrid::moreClicked, this, &FrmMain::moreClicked);
+    connect(m_grid, &PanelGrid::muteClicked, this, &MainWindow::muteClicked);
+    connect(m_grid, &PanelGrid::pilotClicked, this, &MainWindow::pilotClicked);
+    connect(m_grid, &PanelGrid::nameClicked, this, &MainWindow::nameClicked);
+    connect(m_grid, &PanelGrid::moreClicked, this, &MainWindow::moreClicked);
     connect(m_grid, &PanelGrid::contextMenuRequested, this,
             [this](int, QPoint globalPos) { m_popup->popup(globalPos); });
     connect(m_grid, &PanelGrid::backgroundContextMenuRequested, this,
@@ -179,7 +179,7 @@ QWidget *FrmMain::buildCentral()
     return central;
 }
 
-void FrmMain::buildMenus()
+void MainWindow::buildMenus()
 {
     QMenuBar *bar = menuBar();
 
@@ -195,19 +195,19 @@ void FrmMain::buildMenus()
         com->setCheckable(true);
         connect(com, &QAction::triggered, this, [this, n](bool) {
             const LineOptions &options = m_ctx.bus.options();
-            m_mnuCom[n]->setChecked(options.PortAvailable[std::size_t(n)] && options.CommPort == n);
+            m_mnuCom[n]->setChecked(options.portAvailable[std::size_t(n)] && options.port == n);
         });
         m_mnuCom[n] = com;
     }
     port->addSeparator();
     connect(namedAction(port, QStringLiteral("Set port..."), QStringLiteral("mnuSetPort")),
-            &QAction::triggered, this, &FrmMain::mnuSetPortClicked);
+            &QAction::triggered, this, &MainWindow::setPortChosen);
 
     QMenu *baud = option->addMenu(QStringLiteral("Baud Rate"));
     baud->setObjectName(QStringLiteral("mnubaud"));
     m_mnuBaud1 = namedAction(baud, QStringLiteral("Default"), QStringLiteral("mnuBaud1"));
     m_mnuBaud1->setEnabled(false);
-    connect(m_mnuBaud1, &QAction::triggered, this, &FrmMain::mnuBaud1Clicked);
+    connect(m_mnuBaud1, &QAction::triggered, this, &MainWindow::baudRateChosen);
 
     // The retry count comes only from the stored setting; these items are inert on purpose.
     QMenu *retry = option->addMenu(QStringLiteral("Retry"));
@@ -220,46 +220,46 @@ void FrmMain::buildMenus()
     option->addSeparator();
     m_mnuHide = namedAction(option, QStringLiteral("&Hide Unused Panel"), QStringLiteral("mnuHide"));
     m_mnuHide->setCheckable(true);
-    connect(m_mnuHide, &QAction::triggered, this, &FrmMain::mnuHideClicked);
+    connect(m_mnuHide, &QAction::triggered, this, &MainWindow::hideChosen);
     m_mnuFullView = namedAction(option, QStringLiteral("&Full View"), QStringLiteral("mnuFullView"));
     m_mnuFullView->setCheckable(true);
-    connect(m_mnuFullView, &QAction::triggered, this, &FrmMain::mnuFullViewClicked);
+    connect(m_mnuFullView, &QAction::triggered, this, &MainWindow::fullViewChosen);
 
     QMenu *receiver = bar->addMenu(QStringLiteral("&Receiver"));
     receiver->setObjectName(QStringLiteral("mnuReceiver"));
     connect(namedAction(receiver, QStringLiteral("Auto &Detect Receivers"), QStringLiteral("mnuAuto")),
-            &QAction::triggered, this, &FrmMain::mnuAutoClicked);
+            &QAction::triggered, this, &MainWindow::autoDetectChosen);
     connect(namedAction(receiver, QStringLiteral("&Reconnect"), QStringLiteral("mnuReconnect")),
-            &QAction::triggered, this, &FrmMain::mnuReconnectClicked);
+            &QAction::triggered, this, &MainWindow::reconnectChosen);
     receiver->addSeparator();
     connect(namedAction(receiver, QStringLiteral("&Save Settings..."), QStringLiteral("mnuSave")),
-            &QAction::triggered, this, &FrmMain::mnuSaveClicked);
+            &QAction::triggered, this, &MainWindow::saveChosen);
     connect(namedAction(receiver, QStringLiteral("&Load Settings..."), QStringLiteral("mnuLoad")),
-            &QAction::triggered, this, &FrmMain::mnuLoadClicked);
+            &QAction::triggered, this, &MainWindow::loadChosen);
 
     QMenu *help = bar->addMenu(QStringLiteral("&Help"));
     help->setObjectName(QStringLiteral("mnuHelp"));
     connect(namedAction(help, QStringLiteral("C&ontent"), QStringLiteral("mnuContent")), &QAction::triggered,
-            this, &FrmMain::mnuContentClicked);
+            this, &MainWindow::contentsChosen);
     connect(namedAction(help, QStringLiteral("&About"), QStringLiteral("mnuAbout")), &QAction::triggered,
-            this, &FrmMain::mnuAboutClicked);
+            this, &MainWindow::aboutChosen);
 
     QAction *exit = bar->addAction(QStringLiteral("E&xit"));
     exit->setObjectName(QStringLiteral("mnuExit"));
     connect(exit, &QAction::triggered, this, &QWidget::close);
 }
 
-QAction *FrmMain::action(const QString &objectName) const
+QAction *MainWindow::action(const QString &objectName) const
 {
     return findChild<QAction *>(objectName);
 }
 
-RcvPanel *FrmMain::panel(int index) const
+RcvPanel *MainWindow::panel(int index) const
 {
     return m_grid->panel(index);
 }
 
-void FrmMain::load()
+void MainWindow::load()
 {
     setWindowIcon(namedIcon(QStringLiteral("icon")));
     SettingsStore &store = m_ctx.platform.settings;
@@ -272,51 +272,51 @@ void FrmMain::load()
 
     m_ctx.bus.resizeTable(m_grid->panelCount());
     for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
-        DisableRcvPanel(i);
+        disablePanel(i);
     m_timer1->start(300);
     // The session runs the receiver search next, as "Auto Detect Receivers" does.
 }
 
-void FrmMain::installSteps(WorkLoop &loop)
+void MainWindow::installSteps(WorkLoop &loop)
 {
-    loop.setStep(WorkMode::DetailRead, [this] { return m_more ? m_more->ReadOneAD() : false; });
-    loop.setStep(WorkMode::Scan, [this] { return m_more ? m_more->ScanFreq() : false; });
-    loop.setStep(WorkMode::Recorder, [this] { return m_more ? m_more->RFRecorder() : false; });
+    loop.setStep(WorkMode::DetailRead, [this] { return m_more ? m_more->readDetailLevels() : false; });
+    loop.setStep(WorkMode::Scan, [this] { return m_more ? m_more->scanStep() : false; });
+    loop.setStep(WorkMode::Recorder, [this] { return m_more ? m_more->recorderStep() : false; });
 }
 
-void FrmMain::UpdateLinkMenus()
+void MainWindow::updateLinkMenus()
 {
     const LineOptions &options = m_ctx.bus.options();
-    m_mnuBaud1->setText(QString::number(options.Baudrate));
+    m_mnuBaud1->setText(QString::number(options.baudRate));
     for (int n = 1; n <= 8; ++n) {
         m_mnuCom[std::size_t(n)]->setChecked(false);
-        m_mnuCom[std::size_t(n)]->setEnabled(options.PortAvailable[std::size_t(n)]);
+        m_mnuCom[std::size_t(n)]->setEnabled(options.portAvailable[std::size_t(n)]);
         const QString target = m_ports ? m_ports->displayName(n) : QString();
         m_mnuCom[std::size_t(n)]->setText(QStringLiteral("COM%1").arg(n) +
                                           (target.isEmpty() ? QString() : '\t' + target));
     }
-    const int port = options.CommPort;
-    if (port >= 1 && port <= 8 && options.PortAvailable[std::size_t(port)])
+    const int port = options.port;
+    if (port >= 1 && port <= 8 && options.portAvailable[std::size_t(port)])
         m_mnuCom[std::size_t(port)]->setChecked(true);
     m_mnuHide->setChecked(false);
     m_grid->setHideUnused(false, m_ctx.bus.foundCount());
     showLineNotice();
 }
 
-void FrmMain::showLineNotice()
+void MainWindow::showLineNotice()
 {
     const QString notice = m_ctx.platform.line.takeNotice();
     if (!notice.isEmpty())
         statusBar()->showMessage(notice);
 }
 
-void FrmMain::mnuSetPortClicked()
+void MainWindow::setPortChosen()
 {
     if (m_ports && setPortMapping(m_ctx, *m_ports) != 0)
-        UpdateLinkMenus();
+        updateLinkMenus();
 }
 
-void FrmMain::mnuBaud1Clicked()
+void MainWindow::baudRateChosen()
 {
     const auto answer = m_ctx.platform.dialogs.inputBox(QStringLiteral("Enter new baudrate:"));
     if (!answer)
@@ -325,11 +325,11 @@ void FrmMain::mnuBaud1Clicked()
     if (!isNumericText(*answer, &value) || value != std::nearbyint(value))
         return;
     if (m_ctx.bus.changeBaudRate(static_cast<int>(value)))
-        m_mnuBaud1->setText(QString::number(m_ctx.bus.options().Baudrate));
+        m_mnuBaud1->setText(QString::number(m_ctx.bus.options().baudRate));
     showLineNotice();
 }
 
-void FrmMain::connectDetection()
+void MainWindow::connectDetection()
 {
     ReceiverBus &bus = m_ctx.bus;
     connect(&bus, &ReceiverBus::detectionStarted, this, [this](int commPort) {
@@ -339,22 +339,23 @@ void FrmMain::connectDetection()
         m_checkNet->show();
         m_checkNet->raise();
     });
-    connect(&bus, &ReceiverBus::detectionProgress, m_checkNet, &frmCheckNet::setProgress);
+    connect(&bus, &ReceiverBus::detectionProgress, m_checkNet, &SearchProgressWindow::setProgress);
     connect(&bus, &ReceiverBus::detectionEnded, m_checkNet, &QWidget::hide);
-    bus.setSkipCheck([view = QPointer<frmCheckNet>(m_checkNet)] { return view && view->skipRequested(); });
+    bus.setSkipCheck(
+        [view = QPointer<SearchProgressWindow>(m_checkNet)] { return view && view->skipRequested(); });
 }
 
-void FrmMain::mnuAutoClicked()
+void MainWindow::autoDetectChosen()
 {
     m_session.detectReceivers();
 }
 
-void FrmMain::mnuReconnectClicked()
+void MainWindow::reconnectChosen()
 {
     m_session.reconnect();
 }
 
-void FrmMain::mnuContentClicked()
+void MainWindow::contentsChosen()
 {
     QString folder = QCoreApplication::applicationDirPath();
     if (!folder.endsWith(QLatin1Char('/')))
@@ -362,15 +363,15 @@ void FrmMain::mnuContentClicked()
     m_ctx.platform.desktop.openDocument(folder + QStringLiteral("ZUN.HLP"));
 }
 
-void FrmMain::mnuAboutClicked()
+void MainWindow::aboutChosen()
 {
-    auto *about = new frmAbout(this);
+    auto *about = new AboutWindow(this);
     about->setAttribute(Qt::WA_DeleteOnClose);
     about->show();
     about->activateWindow();
 }
 
-bool FrmMain::confirmExit()
+bool MainWindow::confirmExit()
 {
     if (m_ctx.platform.dialogs.message(QStringLiteral("Really want to QUIT ?"), MessageButtons::YesNo) !=
         MessageAnswer::Yes)
@@ -379,7 +380,7 @@ bool FrmMain::confirmExit()
     return true;
 }
 
-void FrmMain::closeEvent(QCloseEvent *event)
+void MainWindow::closeEvent(QCloseEvent *event)
 {
     if (!confirmExit()) {
         event->ignore();
@@ -391,7 +392,7 @@ void FrmMain::closeEvent(QCloseEvent *event)
     m_session.endProgram();
 }
 
-void FrmMain::contextMenuEvent(QContextMenuEvent *event)
+void MainWindow::contextMenuEvent(QContextMenuEvent *event)
 {
     m_popup->popup(event->globalPos());
 }

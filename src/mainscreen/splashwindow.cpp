@@ -1,4 +1,4 @@
-#include "mainscreen/frmsplash.h"
+#include "mainscreen/splashwindow.h"
 
 #include "mainscreen/centre.h"
 #include "mainscreen/imageresources.h"
@@ -8,7 +8,7 @@
 
 namespace zun {
 
-frmSplash::frmSplash(QWidget *parent) : QWidget(parent, Qt::SplashScreen | Qt::FramelessWindowHint)
+SplashWindow::SplashWindow(QWidget *parent) : QWidget(parent, Qt::SplashScreen | Qt::FramelessWindowHint)
 {
     setObjectName(QStringLiteral("frmSplash"));
     setAccessibleDescription(QStringLiteral("frmSplash"));
@@ -24,7 +24,7 @@ frmSplash::frmSplash(QWidget *parent) : QWidget(parent, Qt::SplashScreen | Qt::F
     layout->addWidget(picture);
 }
 
-void frmSplash::showEvent(QShowEvent *event)
+void SplashWindow::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
     adjustSize();
