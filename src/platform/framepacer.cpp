@@ -10,7 +10,8 @@
 
 namespace zun {
 
-FramePacer::FramePacer(QWidget *window) : QObject(window), m_window(window)
+FramePacer::FramePacer(QWidget *window, const Clock *clock)
+    : QObject(window), m_window(window), m_clock(clock ? *clock : m_systemClock)
 {
     m_late.setSingleShot(true);
     m_late.setTimerType(Qt::PreciseTimer);
@@ -29,22 +30,25 @@ bool FramePacer::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched != m_window || event->type() != QEvent::UpdateRequest || m_painting)
         return false;
-    const int frame = frameMillis();
-    if (!m_sinceFrame.isValid() || m_sinceFrame.elapsed() >= frame) {
-        m_sinceFrame.restart();
+    const std::int64_t frame = frameMillis();
+    const std::uint64_t now = m_clock.nowMicros();
+    const std::int64_t since =
+        m_frameMicros ? static_cast<std::int64_t>((now - *m_frameMicros) / 1000) : frame;
+    if (since >= frame) {
+        m_frameMicros = now;
         ++m_frames;
         return false;
     }
     // Too soon after the last picture: Qt keeps the dirty region and sends no
     // second request until this one is served, so serve it when the frame is due.
     if (!m_late.isActive())
-        m_late.start(static_cast<int>(frame - m_sinceFrame.elapsed()));
+        m_late.start(static_cast<int>(frame - since));
     return true;
 }
 
 void FramePacer::paintNow()
 {
-    m_sinceFrame.restart();
+    m_frameMicros = m_clock.nowMicros();
     ++m_frames;
     m_painting = true;
     QEvent request(QEvent::UpdateRequest);

@@ -1,8 +1,12 @@
 #pragma once
 
-#include <QElapsedTimer>
+#include "platform/clock.h"
+
 #include <QObject>
 #include <QTimer>
+
+#include <cstdint>
+#include <optional>
 
 class QWidget;
 
@@ -16,8 +20,9 @@ namespace zun {
 class FramePacer : public QObject
 {
 public:
-    // Watches the window's own update requests; a child of the window.
-    explicit FramePacer(QWidget *window);
+    // Watches the window's own update requests; a child of the window. The
+    // clock decides when a frame is due; the machine's unless one is given.
+    explicit FramePacer(QWidget *window, const Clock *clock = nullptr);
 
     int framesPainted() const { return m_frames; }
 
@@ -29,7 +34,9 @@ private:
     void paintNow();
 
     QWidget *m_window;
-    QElapsedTimer m_sinceFrame;
+    SystemClock m_systemClock;
+    const Clock &m_clock;
+    std::optional<std::uint64_t> m_frameMicros; // when the last picture was painted
     QTimer m_late;
     bool m_painting = false;
     int m_frames = 0;

@@ -68,6 +68,12 @@ struct OscReceiver
         }
     }
 
+    bool received(const QString &message)
+    {
+        pump(5);
+        return messages.contains(message);
+    }
+
     static int onMessage(const char *path, const char *types, lo_arg **argv, int argc, lo_message, void *self)
     {
         QString line = QString::fromUtf8(path) + QLatin1Char(' ') + QString::fromLatin1(types);
@@ -222,20 +228,20 @@ private slots:
         ReceiverStatus quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü"));
         quoted.mute = true;
         bus.replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), quoted});
-        rx.pump(300);
+        // The last message of the first bundle; the rest came with it.
+        QTRY_VERIFY(rx.received("/zunoria/COM1/rx/01/name s Gtr"));
         for (const char *expected :
              {"/zunoria/COM1/rx/03/name s Vox \"1\" ü", "/zunoria/COM1/rx/03/freq f 500.375",
               "/zunoria/COM1/rx/03/rfa if 43 -68.500", "/zunoria/COM1/rx/03/rfb if 33 -73.500",
               "/zunoria/COM1/rx/03/af i 20", "/zunoria/COM1/rx/03/battery i 80", "/zunoria/COM1/rx/03/mute T",
-              "/zunoria/COM1/rx/03/online T", "/zunoria/COM1/rx/01/name s Gtr"})
+              "/zunoria/COM1/rx/03/online T"})
             QVERIFY2(rx.messages.contains(QString::fromUtf8(expected)), expected);
 
-        // Going offline is said at once, and an offline receiver is not sent.
+        // Going offline is said in the next bundle, and an offline receiver is not sent.
         rx.messages.clear();
         quoted.online = false;
         emit bus.wentOffline(quoted);
-        rx.pump(200);
-        QVERIFY(rx.messages.contains("/zunoria/COM1/rx/03/online F"));
+        QTRY_VERIFY(rx.received("/zunoria/COM1/rx/03/online F"));
         QVERIFY(!rx.messages.contains("/zunoria/COM1/rx/03/name s Vox \"1\" ü"));
         QTRY_VERIFY_WITH_TIMEOUT(hub->statusText().contains("cannot find host no-such-host.invalid"), 30000);
 
@@ -249,7 +255,9 @@ private slots:
         }
         rx.pump(OscFeed::kMinBundleIntervalMs * 2);
         const qint64 bundles = rx.messages.count("/zunoria/COM1/rx/01/online T");
-        QVERIFY2(bundles >= 2 && bundles <= t.elapsed() / OscFeed::kMinBundleIntervalMs + 1,
+        QVERIFY2(bundles >= 2,
+                 qPrintable(QStringLiteral("%1 bundles in %2 ms").arg(bundles).arg(t.elapsed())));
+        QVERIFY2(bundles <= t.elapsed() / OscFeed::kMinBundleIntervalMs + 1,
                  qPrintable(QStringLiteral("%1 bundles in %2 ms").arg(bundles).arg(t.elapsed())));
     }
 
@@ -281,16 +289,20 @@ private slots:
         QTRY_COMPARE(sub.field("zunoria/COM1/rx/01/state", "name"), "Gtr");
 
         // Ten level changes in quick succession: the last one arrives, at most
-        // one publish per 500 ms carries the ones in between.
+        // one publish per 500 ms carries the ones in between. The limit holds
+        // against the time that passed, however slowly the machine ran.
         const int before = sub.counts.value(state3);
+        QElapsedTimer changing;
+        changing.start();
         ReceiverStatus moving = quoted;
         for (moving.rfA = 60; moving.rfA < 70; ++moving.rfA) {
             emit bus.levelsRead(moving);
             QTest::qWait(20);
         }
         QTRY_COMPARE(sub.field(state3, "rfa"), "69");
-        QVERIFY2(sub.counts.value(state3) - before <= 2,
-                 qPrintable(QString::number(sub.counts[state3] - before)));
+        const qint64 publishes = sub.counts.value(state3) - before;
+        QVERIFY2(publishes <= changing.elapsed() / MqttFeed::kMinPublishIntervalMs + 1,
+                 qPrintable(QStringLiteral("%1 in %2 ms").arg(publishes).arg(changing.elapsed())));
 
         // A new line name moves the topics; the old line says goodbye.
         hub->setLineName(QStringLiteral("COM2"));
@@ -352,12 +364,16 @@ private slots:
                  answer.left(200).constData());
         // Refusals carry nothing but their status line and headers.
         const QByteArray body = answer.mid(answer.indexOf("\r\n\r\n") + 4);
-        if (status == "200" && request.startsWith("GET"))
-            QVERIFY(body.contains("new WebSocket(") && body.contains("<style>*"));
-        else if (status != "101" && !status.isEmpty())
+        if (status == "200" && request.startsWith("GET")) {
+            QVERIFY(body.contains("new WebSocket("));
+            QVERIFY(body.contains("<style>*"));
+        } else if (status != "101" && !status.isEmpty()) {
             QVERIFY2(body.isEmpty(), body.left(200).constData());
-        if (request.startsWith("HEAD"))
-            QVERIFY(answer.contains("Content-Length: ") && !answer.contains("Content-Length: 0"));
+        }
+        if (request.startsWith("HEAD")) {
+            QVERIFY(answer.contains("Content-Length: "));
+            QVERIFY(!answer.contains("Content-Length: 0"));
+        }
         // Whatever came before, the server still serves.
         QVERIFY(exchange(m_port, get("/?token=" + kToken.toLatin1())).startsWith("HTTP/1.1 200"));
     }
@@ -555,7 +571,7 @@ private slots:
         emit m_bus->levelsRead(louder);
         emit m_bus->wentOffline(gone);
         emit m_bus->passEnded(1);
-        QTRY_COMPARE_WITH_TIMEOUT(browser.evaluate(panels), "1:Gtr:41:offline|" + vox + "77:", 1000);
+        QTRY_COMPARE_WITH_TIMEOUT(browser.evaluate(panels), "1:Gtr:41:offline|" + vox + "77:", 30000);
     }
 };
 

@@ -6,7 +6,6 @@
 #include "platform/portmap.h"
 #include "support/netsupport.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QSignalSpy>
 #include <QStandardPaths>
@@ -94,12 +93,17 @@ private slots:
             ctx.bus.openLine();
             levels.clear();
             offline.clear();
-            bool polled = line.isOpen() && ctx.bus.searchCurrentPort() && ctx.bus.foundCount() == 64 &&
-                          ctx.bus.record(6).address == 7;
-            polled = polled && ctx.bus.pollAllLevels();
-            return polled && levels.size() == 64 && offline.isEmpty();
+            QVERIFY(line.isOpen());
+            QVERIFY(ctx.bus.searchCurrentPort());
+            QCOMPARE(ctx.bus.foundCount(), 64);
+            QCOMPARE(ctx.bus.record(6).address, 7);
+            QVERIFY(ctx.bus.pollAllLevels());
+            QCOMPARE(levels.size(), 64);
+            QCOMPARE(offline.size(), 0);
         };
-        QVERIFY(detectAndPoll());
+        detectAndPoll();
+        if (QTest::currentTestFailed())
+            return;
         const bool warned = !line.takeNotice().isEmpty();
         QCOMPARE(warned, scheme == "rfc2217" && !portControl);
 
@@ -111,17 +115,16 @@ private slots:
         QVERIFY(!ctx.bus.link().sendCommand("%03N\r", 12, reply, 100));
         QVERIFY(!line.isOpen());
         QVERIFY(!ctx.bus.pollAllLevels() || !offline.isEmpty());
-        const double cpuBefore = cpuSeconds();
-        QElapsedTimer wall;
-        wall.start();
+        // It stays down until the user reconnects: no exchange opens it behind their back.
         for (int i = 0; i < 5; ++i)
-            ctx.bus.link().sendCommand("%03N\r", 12, reply, 100);
-        QVERIFY2(cpuSeconds() - cpuBefore < 0.1 * wall.elapsed() / 1000.0 + 0.02,
-                 "busy while the line is lost");
+            QVERIFY(!ctx.bus.link().sendCommand("%03N\r", 12, reply, 100));
+        QVERIFY(!line.isOpen());
 
         // Back on: "Reconnect" opens the same port again.
         QVERIFY(startServer(server, ser2net, serverArguments, port));
-        QVERIFY(detectAndPoll());
+        detectAndPoll();
+        if (QTest::currentTestFailed())
+            return;
         QVERIFY2(line.takeNotice().isEmpty(), "warned twice about the same server");
 
         // The new speed reaches the far port only through RFC 2217; on a raw

@@ -59,13 +59,11 @@ QString imageOf(const QWidget *w)
     return w->property("imageName").toString();
 }
 
-// Lets pending update requests turn into paint events.
+// Turns pending update requests into paint events now, without waiting on time.
 void settle()
 {
-    for (int i = 0; i < 5; ++i) {
-        QCoreApplication::processEvents();
-        QTest::qWait(5);
-    }
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
 }
 
 void showGrid(PanelGrid &grid, int width = 1280, int height = 740)
@@ -183,9 +181,12 @@ private slots:
     {
         RcvPanel panel(3);
         panel.enableLive(true);
-        QVERIFY(panel.meterRfA()->isLive() && panel.meterRfB()->isLive() && panel.meterAudio()->isLive());
+        QVERIFY(panel.meterRfA()->isLive());
+        QVERIFY(panel.meterRfB()->isLive());
+        QVERIFY(panel.meterAudio()->isLive());
         QCOMPARE(panel.batteryLabel()->text(), "OFF");
-        QVERIFY(panel.muteButton()->isEnabled() && panel.moreButton()->isEnabled());
+        QVERIFY(panel.muteButton()->isEnabled());
+        QVERIFY(panel.moreButton()->isEnabled());
         QCOMPARE(imageOf(panel.muteButton()), "SpeakerOFF");
         QCOMPARE(imageOf(panel.pilotSign()), "GreenBall");
         for (const char *name :
@@ -199,7 +200,8 @@ private slots:
         panel.setOffline();
         QVERIFY(panel.isEnabled());
         QCOMPARE(panel.nameTextColor().rgb(), rgbOf(bgr::Red));
-        QVERIFY(!panel.muteButton()->isEnabled() && !panel.moreButton()->isEnabled());
+        QVERIFY(!panel.muteButton()->isEnabled());
+        QVERIFY(!panel.moreButton()->isEnabled());
         QCOMPARE(panel.nameText(), "03 VOCAL1");
 
         panel.disableBlank();
@@ -207,7 +209,8 @@ private slots:
         QCOMPARE(panel.nameText() + panel.batteryLabel()->text(), QString());
         for (ImageSign *sign : {panel.rfSign(), panel.pilotSign(), panel.batterySign()})
             QCOMPARE(sign->imageName(), QString());
-        QVERIFY(!panel.meterRfA()->isLive() && !panel.meterAudio()->isLive());
+        QVERIFY(!panel.meterRfA()->isLive());
+        QVERIFY(!panel.meterAudio()->isLive());
         QVERIFY(!panel.nameLabel()->autoFillBackground());
 
         // Enabling again starts from empty meters, not the last levels.
@@ -271,16 +274,18 @@ private slots:
         // A blank panel ignores everything.
         clickAll(grid.panel(42));
         QCOMPARE(name.size() + menu.size() + pilot.size() + mute.size() + more.size(), 0);
-        QVERIFY(!grid.panel(-1) && !grid.panel(64));
+        QVERIFY(!grid.panel(-1));
+        QVERIFY(!grid.panel(64));
         // Each part is found by its name and carries its panel's index.
         for (const char *part : {"RcvPanel", "lbRname", "PB_RFA", "PB_RFB", "PB_AF", "RF_SIGN", "BatV",
                                  "BAT_SIGN", "PILOT_SIGN", "Mute", "More", "lbKOB"}) {
             const QList<QWidget *> found = grid.findChildren<QWidget *>(part);
             QCOMPARE(found.size(), 64);
-            for (int i = 0; i < 64; ++i)
-                QVERIFY2(found[i]->property("index") == i &&
-                             found[i]->accessibleDescription() == QStringLiteral("%1(%2)").arg(part).arg(i),
+            for (int i = 0; i < 64; ++i) {
+                QVERIFY2(found[i]->property("index").toInt() == i, part);
+                QVERIFY2(found[i]->accessibleDescription() == QStringLiteral("%1(%2)").arg(part).arg(i),
                          part);
+            }
         }
         QCOMPARE(grid.panel(40)->muteButton()->accessibleName(), "Mute");
     }
@@ -294,29 +299,38 @@ private slots:
         grid.setPage(5);
         showGrid(grid);
         const RcvPanel *first = grid.panel(32), *sixteenth = grid.panel(47), *secondRow = grid.panel(48);
-        QVERIFY(first->isVisible() && grid.panel(63)->isVisible() && !grid.panel(31)->isVisible());
-        QVERIFY(sixteenth->y() == first->y() && sixteenth->x() > first->x());
-        QVERIFY(secondRow->x() == first->x() && secondRow->y() >= first->geometry().bottom());
-        QVERIFY(sixteenth->geometry().right() < grid.width() &&
-                secondRow->geometry().bottom() < grid.height());
+        QVERIFY(first->isVisible());
+        QVERIFY(grid.panel(63)->isVisible());
+        QVERIFY(!grid.panel(31)->isVisible());
+        QCOMPARE(sixteenth->y(), first->y());
+        QVERIFY(sixteenth->x() > first->x());
+        QCOMPARE(secondRow->x(), first->x());
+        QVERIFY(secondRow->y() >= first->geometry().bottom());
+        QVERIFY(sixteenth->geometry().right() < grid.width());
+        QVERIFY(secondRow->geometry().bottom() < grid.height());
 
         const QRect before = grid.panel(36)->geometry();
         grid.setHideUnused(true, 37);
         QCoreApplication::processEvents();
-        QVERIFY(grid.panel(36)->isVisible() && !grid.panel(37)->isVisible());
+        QVERIFY(grid.panel(36)->isVisible());
+        QVERIFY(!grid.panel(37)->isVisible());
         QCOMPARE(grid.panel(36)->geometry(), before);
         grid.setHideUnused(false, 37);
 
         grid.resize(1920, 1000);
         grid.setFullView(true);
         QCoreApplication::processEvents();
-        for (int i = 0; i < 64; ++i)
-            QVERIFY2(grid.panel(i)->isVisible() && grid.panel(i)->isCompact(),
-                     qPrintable(QString::number(i)));
-        QVERIFY(grid.panel(48)->x() == grid.panel(0)->x() && grid.panel(48)->y() > grid.panel(32)->y());
+        for (int i = 0; i < 64; ++i) {
+            QVERIFY2(grid.panel(i)->isVisible(), qPrintable(QString::number(i)));
+            QVERIFY2(grid.panel(i)->isCompact(), qPrintable(QString::number(i)));
+        }
+        QCOMPARE(grid.panel(48)->x(), grid.panel(0)->x());
+        QVERIFY(grid.panel(48)->y() > grid.panel(32)->y());
         QVERIFY(grid.panel(63)->geometry().bottom() < grid.height());
         grid.setFullView(false);
-        QVERIFY(!grid.panel(0)->isVisible() && grid.panel(32)->isVisible() && !grid.panel(32)->isCompact());
+        QVERIFY(!grid.panel(0)->isVisible());
+        QVERIFY(grid.panel(32)->isVisible());
+        QVERIFY(!grid.panel(32)->isCompact());
     }
 
     // The search window's progress and SKIP, and the About box a click closes.
@@ -340,7 +354,8 @@ private slots:
                 QCOMPARE(bar.pixelColor(int((filled + 1) * dpr), y).rgb(), qRgb(255, 255, 255));
         }
         QTest::mouseClick(view.skipLabel(), Qt::LeftButton);
-        QVERIFY(view.skipRequested() && !view.skipLabel()->isEnabled());
+        QVERIFY(view.skipRequested());
+        QVERIFY(!view.skipLabel()->isEnabled());
         // A new search starts with "SKIP" usable again.
         view.hide();
         view.show();

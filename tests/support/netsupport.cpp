@@ -11,8 +11,6 @@
 #include <QTcpSocket>
 #include <QTest>
 
-#include <sys/resource.h>
-
 namespace zun {
 
 quint16 freeLoopbackPort()
@@ -56,13 +54,6 @@ Subscriber::Subscriber(quint16 port, const QString &filter)
     });
     child.process.start("mosquitto_sub",
                         {"-h", "127.0.0.1", "-p", QString::number(port), "-v", "-t", filter});
-}
-
-double cpuSeconds()
-{
-    rusage u{};
-    ::getrusage(RUSAGE_SELF, &u);
-    return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
 }
 
 namespace {

@@ -46,9 +46,6 @@ bool startServer(Child &child, const QString &program, const QStringList &argume
 // Starts the simulator built beside the tests; the pseudo-terminal it serves, or empty.
 QString startSimulator(Child &child, const QStringList &arguments);
 
-// User and system CPU time this process used so far.
-double cpuSeconds();
-
 // Sends raw bytes and returns the answer once it is whole (its head and the
 // body it announces), the server closes, or a second passes without a byte.
 QByteArray exchange(quint16 port, const QByteArray &request);
