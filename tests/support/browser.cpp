@@ -1,16 +1,54 @@
 #include "support/browser.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
 
+#include <csignal>
+
+#include <unistd.h>
+
 namespace zun {
+
+namespace {
+// A process of the group that has not died yet; zombies write nothing.
+bool groupAlive(pid_t group)
+{
+    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        QFile stat(QStringLiteral("/proc/%1/stat").arg(entry));
+        if (entry.toInt() <= 0 || !stat.open(QIODevice::ReadOnly))
+            continue;
+        const QByteArray text = stat.readAll();
+        // "pid (name) state ppid pgrp ...": the name may hold spaces.
+        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+        if (fields.size() > 2 && fields[2].toInt() == group && fields[0] != "Z")
+            return true;
+    }
+    return false;
+}
+} // namespace
+
+Browser::~Browser()
+{
+    const qint64 pid = m_chromium.process.processId();
+    if (pid > 0) {
+        ::kill(-static_cast<pid_t>(pid), SIGKILL);
+        m_chromium.stop();
+        for (int i = 0; i < 200 && groupAlive(static_cast<pid_t>(pid)); ++i)
+            QTest::qSleep(10);
+    }
+    m_profile.remove();
+}
 
 bool Browser::open(const QString &url)
 {
     const quint16 devtools = freeLoopbackPort();
+    // Its own process group, which the destructor kills as a whole.
+    m_chromium.process.setChildProcessModifier([] { ::setpgid(0, 0); });
     m_chromium.process.start(
         "/usr/bin/chromium",
         {"--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",

@@ -13,6 +13,13 @@ namespace zun {
 class Browser
 {
 public:
+    Browser() = default;
+    Browser(const Browser &) = delete;
+    Browser &operator=(const Browser &) = delete;
+    // Chromium's helpers write into the profile after their parent is gone,
+    // so the whole process group goes before the profile folder does.
+    ~Browser();
+
     bool open(const QString &url);
 
     // The value of a JavaScript expression, as text.
