@@ -58,6 +58,10 @@ public:
         int audio, rfA, rfB, battery;
     };
     Levels levels(const SimReceiver &receiver, int code, std::uint64_t micros) const;
+    // Readings fixed by whoever drives the bus where it needs exact levels at
+    // exact frequencies; where it returns nothing, the radio is simulated.
+    using LevelPin = std::function<std::optional<Levels>(const SimReceiver &receiver, int code)>;
+    void pinLevels(LevelPin pin) { m_levelPin = std::move(pin); }
 
     // Observers of the traffic: every complete frame heard (with the speed
     // the host sent it at) and every reply put on the wire.
@@ -90,6 +94,7 @@ private:
     int m_rxBaud = 0;
     FrameObserver m_frameObserver;
     FrameObserver m_replyObserver;
+    LevelPin m_levelPin;
 };
 
 } // namespace zun

@@ -1,6 +1,6 @@
-// The RF tools in their tabs on a fake line: scan, recorder, drop counter,
-// and the files they write and read. The simulator's readings fade and drift,
-// so one receiver at address 5 answers from a table here instead.
+// The RF tools in their tabs on the simulated line: scan, recorder, drop
+// counter, and the files they write and read. The simulator's readings fade
+// and drift, so the one receiver at address 5 has its RF readings pinned.
 #include "core/context.h"
 #include "core/rftoolspanel.h"
 #include "link/hex.h"
@@ -16,6 +16,8 @@
 #include "rftools/scanplot.h"
 #include "rftools/scansweep.h"
 #include "rftools/scantab.h"
+#include "sim/simbus.h"
+#include "sim/simserialline.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -29,77 +31,6 @@
 using namespace zun;
 
 namespace {
-// Answers "E" (tune and read), "K" (tune) and "N" (read) from a table of raw
-// antenna readings per frequency code; every exchange costs 2 ms.
-class FakeReceiverLine final : public SerialLine
-{
-public:
-    explicit FakeReceiverLine(VirtualClock &clock) : m_clock(clock) {}
-
-    bool silent = false;
-    QStringList written;
-    std::map<int, std::pair<int, int>> rawByCode; // code -> raw A, raw B
-    std::pair<int, int> rawElsewhere{0x10, 0x0C};
-    std::pair<int, int> rawN{0x90, 0x80};
-    // What the receiver at 05 reports of itself.
-    int squelch = 20;
-    int bandWidth = 12;
-
-    bool portExists(int) override { return true; }
-    void selectPort(int) override {}
-    int portNumber() const override { return 1; }
-    bool open() override { return true; }
-    void close() override {}
-    bool isOpen() const override { return true; }
-    bool applySettings(const QString &) override { return true; }
-    void setRequestToSend(bool) override {}
-    void setTextMode() override {}
-    bool write(const QByteArray &text) override
-    {
-        written << QString::fromLatin1(text);
-        m_clock.advanceMillis(2);
-        if (!silent)
-            m_pending = replyTo(QString::fromLatin1(text));
-        return true;
-    }
-    int bytesWaiting() override { return static_cast<int>(m_pending.size()); }
-    QByteArray readAll() override { return std::exchange(m_pending, {}); }
-    void discardInput() override { m_pending.clear(); }
-    void discardOutput() override {}
-    void waitForInput(int millis) override
-    {
-        m_clock.advanceMillis(static_cast<std::uint64_t>(std::max(millis, 1)));
-    }
-
-private:
-    QByteArray replyTo(const QString &cmd)
-    {
-        const QString addr = cmd.mid(1, 2);
-        const QChar letter = cmd.size() > 3 ? cmd.at(3) : QChar();
-        auto levels = [&](std::pair<int, int> raw) {
-            return QStringLiteral("$%1%2%3%4%5\r")
-                .arg(addr, formatHex(0x41, 2), formatHex(raw.first, 2), formatHex(raw.second, 2),
-                     formatHex(0x22, 2));
-        };
-        if (letter == QLatin1Char('E')) {
-            const auto it = rawByCode.find(parseHex(cmd.mid(4, 4)));
-            return levels(it == rawByCode.end() ? rawElsewhere : it->second).toLatin1();
-        }
-        if (letter == QLatin1Char('K'))
-            return QStringLiteral("$%1\r").arg(addr).toLatin1();
-        if (letter == QLatin1Char('N'))
-            return levels(rawN).toLatin1();
-        if (letter == QLatin1Char('M') && addr == QLatin1String("05"))
-            return (QStringLiteral("$05RCV01 1172BA") + formatHex(squelch, 2) +
-                    QStringLiteral("30B0000000000072BA") + formatHex(bandWidth, 4) + QStringLiteral("0\r"))
-                .toLatin1();
-        return {};
-    }
-
-    VirtualClock &m_clock;
-    QByteArray m_pending;
-};
-
 class FakeHost final : public RfToolsHost
 {
 public:
@@ -139,7 +70,11 @@ private:
 struct RfBench
 {
     VirtualClock clock{0, 12 * 3600.0};
-    FakeReceiverLine line{clock};
+    SimSerialLine line{clock};
+    SimBus sim;
+    SimReceiver &receiver;
+    std::map<int, std::pair<int, int>> rawByCode; // code -> raw A, raw B
+    std::pair<int, int> rawElsewhere{0x10, 0x0C};
     MemorySettingsStore settings;
     ScriptedDialogs dialogs;
     FakeDesktop desktop;
@@ -150,20 +85,44 @@ struct RfBench
 
     // The clock keeps its time of day through the detection.
     explicit RfBench(int bandWidth = 12, int squelch = 20)
+        : receiver(sim.addReceiver(receiverAt5(bandWidth, squelch)))
     {
+        sim.pinLevels([this](const SimReceiver &, int code) {
+            const auto it = rawByCode.find(code);
+            const auto [a, b] = it == rawByCode.end() ? rawElsewhere : it->second;
+            return std::optional<SimBus::Levels>({0x41, a, b, 0x22});
+        });
+        line.attachBus(1, &sim);
+        line.selectPort(1);
+        line.applySettings(QStringLiteral("115200,N,8,1"));
+        line.open();
         host.tools = &tools;
-        line.bandWidth = bandWidth;
-        line.squelch = squelch;
         const double timeOfDay = clock.secondsSinceMidnight();
         ctx.bus.resizeTable(1);
         ctx.bus.searchCurrentPort();
         clock.setSecondsSinceMidnight(timeOfDay);
         ctx.bus.openDetail(0);
         ctx.bus.setWorkMode(WorkMode::DetailRead);
-        line.written.clear();
+        line.clearWritten();
         tools.load();
     }
+    static SimReceiver receiverAt5(int bandWidth, int squelch)
+    {
+        SimReceiver r;
+        r.address = 5;
+        r.name = "RCV01 ";
+        r.bandWidth = bandWidth;
+        r.squelch = squelch;
+        return r;
+    }
     int codeOfPoint(int i) const { return parseHex(host.record().bandStartCode) + i; }
+    QStringList written() const
+    {
+        QStringList frames;
+        for (const auto &w : line.written())
+            frames << QString::fromLatin1(w.bytes);
+        return frames;
+    }
 };
 
 QString kCommand(int code)
@@ -208,7 +167,7 @@ private slots:
         QFETCH(int, rawA);
         QFETCH(int, rawB);
         RfBench b;
-        b.line.rawByCode[b.codeOfPoint(0)] = {rawA, rawB};
+        b.rawByCode[b.codeOfPoint(0)] = {rawA, rawB};
         b.ctx.bus.setWorkMode(WorkMode(3));
         QVERIFY(b.tools.scanStep());
 
@@ -226,19 +185,21 @@ private slots:
     void scanStepWithoutReply()
     {
         RfBench b;
-        b.line.silent = true;
+        b.receiver.powered = false;
         b.ctx.bus.setWorkMode(WorkMode(3));
         b.tools.scanStep();
         QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("RCV01  no response!, address= 5\r\n")});
-        QVERIFY(b.ctx.bus.workMode() == WorkMode(1) && b.host.unloads == 1);
-        QVERIFY(b.host.meterCalls == 0 && b.tools.scanState().scanIndex == 0);
+        QCOMPARE(b.ctx.bus.workMode(), WorkMode(1));
+        QCOMPARE(b.host.unloads, 1);
+        QCOMPARE(b.host.meterCalls, 0);
+        QCOMPARE(b.tools.scanState().scanIndex, 0);
     }
 
     // Which levels halt is tst_rfstate's stopReached; this is the tab's part.
     void haltStopsOnTheTransmitter()
     {
         RfBench b;
-        b.line.rawByCode[b.codeOfPoint(6)] = {0xC0, 0x20};
+        b.rawByCode[b.codeOfPoint(6)] = {0xC0, 0x20};
         b.window.findChild<QRadioButton *>("optHalt")->click();
         b.tools.spectrumTab()->runButton()->click();
         int steps = 0;
@@ -276,15 +237,16 @@ private slots:
         RfBench b(100); // 6 pixels per point on the 600-pixel picture
         b.tools.spectrum().pointerMoved(63.4, Qt::LeftButton);
         QCOMPARE(b.tools.scanState().scanIndex, 10);
-        QVERIFY(b.line.written.isEmpty());
+        QVERIFY(b.written().isEmpty());
         QCOMPARE(b.tools.spectrumTab()->frequencyReadout()->text(), QStringLiteral("800.250MHz"));
         b.tools.spectrum().pointerMoved(900, Qt::NoButton); // remembered, clamped to the width
         QCOMPARE(b.tools.scanState().scanIndex, 10);
         b.ctx.bus.setWorkMode(WorkMode(3));
         b.tools.spectrum().pictureClicked();
-        QCOMPARE(b.line.written, QStringList{kCommand(b.codeOfPoint(100))});
+        QCOMPARE(b.written(), QStringList{kCommand(b.codeOfPoint(100))});
         // A running scan carries on from there.
-        QVERIFY(b.tools.scanState().scanIndex == 100 && b.ctx.bus.workMode() == WorkMode(3));
+        QCOMPARE(b.tools.scanState().scanIndex, 100);
+        QCOMPARE(b.ctx.bus.workMode(), WorkMode(3));
         QCOMPARE(b.tools.spectrumTab()->plot()->diamond()->pos(), QPoint(600 - 3, 240 - 7));
     }
 
@@ -293,9 +255,9 @@ private slots:
     void traceInterleaves()
     {
         RfBench b(4);
-        b.line.rawElsewhere = {0x80, 0x40};
+        b.rawElsewhere = {0x80, 0x40};
         for (int odd : {1, 3})
-            b.line.rawByCode[b.codeOfPoint(odd)] = {0xFF, 0xFF};
+            b.rawByCode[b.codeOfPoint(odd)] = {0xFF, 0xFF};
         b.ctx.bus.setWorkMode(WorkMode::Scan);
         for (int k = 0; k < 5; ++k)
             b.tools.scanStep();
@@ -317,7 +279,7 @@ private slots:
     void recorderReadsAndScrolls()
     {
         RfBench b;
-        b.line.rawN = {0xFF, 0x00};
+        b.rawElsewhere = {0xFF, 0x00};
         RecorderTab *tab = b.tools.recorderTab();
         QPushButton *scanRun = b.tools.spectrumTab()->runButton();
         const QImage blank = tab->plot()->pictureImage();
@@ -358,9 +320,9 @@ private slots:
                  b.tools.scanState().yOf(b.tools.scanState().squelchLevel));
         DropCounterPanel *panel = b.tools.dropCounterPanel();
         panel->runButton()->click();
-        b.line.rawN = {0x00, 0xFF};
+        b.rawElsewhere = {0x00, 0xFF};
         b.host.recorderRead();
-        b.line.rawByCode[b.codeOfPoint(0)] = {0xFF, 0x00};
+        b.rawByCode[b.codeOfPoint(0)] = {0xFF, 0x00};
         b.tools.scanStep(); // the scan's readings are counted as well
         QCOMPARE(panel->countA()->text(), QStringLiteral("1"));
         QCOMPARE(panel->countB()->text(), QStringLiteral("1"));
@@ -426,7 +388,7 @@ private slots:
         tab->stepOption(2)->click();
         b.ctx.bus.setWorkMode(WorkMode::Scan);
         for (int sweep = 0; sweep < 2; ++sweep) {
-            b.line.rawByCode[b.codeOfPoint(2)] = sweep == 0 ? std::pair{0xC0, 0x10} : std::pair{0x20, 0x10};
+            b.rawByCode[b.codeOfPoint(2)] = sweep == 0 ? std::pair{0xC0, 0x10} : std::pair{0x20, 0x10};
             for (int i = 0; i < 3; ++i)
                 b.tools.scanStep();
         }
@@ -451,7 +413,8 @@ private slots:
 
         const QString bad = dir.filePath(QStringLiteral("bad.csv"));
         QFile badFile(bad);
-        QVERIFY(badFile.open(QIODevice::WriteOnly) && badFile.write("800.000,-90.0\n950.000,-80.0\n") > 0);
+        QVERIFY(badFile.open(QIODevice::WriteOnly));
+        QVERIFY(badFile.write("800.000,-90.0\n950.000,-80.0\n") > 0);
         badFile.close();
         b.dialogs.queueFileName(bad);
         tab->importButton()->click();
