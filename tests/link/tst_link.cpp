@@ -86,12 +86,14 @@ private slots:
             QCOMPARE(reply.size(), received);
         else
             QVERIFY(!reply.isEmpty());
-        if (received > 0)
-            QVERIFY(reply.startsWith("$05") && reply.endsWith('\r'));
+        if (received > 0) {
+            QVERIFY(reply.startsWith("$05"));
+            QVERIFY(reply.endsWith('\r'));
+        }
         QCOMPARE(rig.framesWritten(), frames);
         // Never early; each attempt may overrun by the tick resolution only.
-        QVERIFY2(rig.elapsedMs() >= minMs && rig.elapsedMs() <= minMs + 2 * frames + 3,
-                 qPrintable(QString::number(rig.elapsedMs())));
+        QVERIFY2(rig.elapsedMs() >= minMs, qPrintable(QString::number(rig.elapsedMs())));
+        QVERIFY2(rig.elapsedMs() <= minMs + 2 * frames + 3, qPrintable(QString::number(rig.elapsedMs())));
     }
 
     void waitingInputBeforeCommand_data()
@@ -112,7 +114,8 @@ private slots:
         QTEST(rig.link.sendCommand(command, 12, reply, 50), "ok");
         QVERIFY(reply.isEmpty());
         QTEST(rig.line.bytesWaiting(), "leftWaiting");
-        QVERIFY(rig.elapsedMs() >= 50.0 && rig.elapsedMs() <= 52.0);
+        QVERIFY(rig.elapsedMs() >= 50.0);
+        QVERIFY(rig.elapsedMs() <= 52.0);
     }
 
     // The millisecond tick count wraps after 49.7 days: a full time-out after the wrap, never more.
@@ -135,8 +138,8 @@ private slots:
         QString reply;
         rig.link.sendCommand(command, 12, reply, timeout);
         const double elapsed = rig.elapsedMs();
-        QVERIFY2(elapsed >= ticksBeforeWrap + timeout && elapsed <= ticksBeforeWrap + timeout + 1.0,
-                 qPrintable(QString::number(elapsed)));
+        QVERIFY2(elapsed >= ticksBeforeWrap + timeout, qPrintable(QString::number(elapsed)));
+        QVERIFY2(elapsed <= ticksBeforeWrap + timeout + 1.0, qPrintable(QString::number(elapsed)));
     }
 
     // A lost adapter must not cost a time-out per receiver on every pass.
@@ -145,8 +148,8 @@ private slots:
         Rig rig;
         rig.line.close();
         QString reply;
-        QVERIFY(!rig.link.sendCommand("%05N\r", 12, reply, 250) &&
-                !rig.link.sendCommand("#00A0\r", 12, reply, 250));
+        QVERIFY(!rig.link.sendCommand("%05N\r", 12, reply, 250));
+        QVERIFY(!rig.link.sendCommand("#00A0\r", 12, reply, 250));
         QCOMPARE(rig.elapsedMs(), 0.0);
     }
 
@@ -208,7 +211,9 @@ private slots:
         QTEST(rig.link.sendCommand("%05N\r", 12, reply, 250), "firstAccepted");
         const std::uint64_t firstEnded = rig.clock.nowMicros();
         QVERIFY(rig.link.sendCommand("%06N\r", 12, reply, 250));
-        QVERIFY2(reply.size() == 12 && reply.startsWith("$06") && reply.endsWith('\r'), qPrintable(reply));
+        QCOMPARE(reply.size(), 12);
+        QVERIFY2(reply.startsWith("$06"), qPrintable(reply));
+        QVERIFY2(reply.endsWith('\r'), qPrintable(reply));
         QCOMPARE(rig.link.lastAttempts(), 1);
         const std::uint64_t secondSent = rig.line.written().back().micros;
         QTEST(secondSent > firstEnded, "waits");

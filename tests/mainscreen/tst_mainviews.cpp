@@ -140,7 +140,8 @@ private slots:
         for (QPushButton *click : {page2, page1, page2}) {
             click->click();
             const bool second = click == page2;
-            QVERIFY(page1->font().bold() != second && page2->font().bold() == second);
+            QVERIFY(page1->font().bold() != second);
+            QCOMPARE(page2->font().bold(), second);
             for (int i = 0; i < PanelGrid::kPanelCount; ++i)
                 QCOMPARE(rig.shown(i), (i >= 32) == second);
         }
@@ -152,10 +153,12 @@ private slots:
     {
         Rig rig({3, 7, 12});
         rig.trigger("mnuHide");
-        QVERIFY(rig.main->action("mnuHide")->isChecked() && rig.main->panel(3)->isHidden());
+        QVERIFY(rig.main->action("mnuHide")->isChecked());
+        QVERIFY(rig.main->panel(3)->isHidden());
         QVERIFY(!rig.main->panel(2)->isHidden());
         rig.trigger("mnuHide");
-        QVERIFY(!rig.main->action("mnuHide")->isChecked() && !rig.main->panel(5)->isHidden());
+        QVERIFY(!rig.main->action("mnuHide")->isChecked());
+        QVERIFY(!rig.main->panel(5)->isHidden());
         rig.trigger("mnuHide");
         rig.bus->addReceiver(makeSampleReceiver(20, 4));
         rig.trigger("mnuAuto");
@@ -172,13 +175,18 @@ private slots:
         rig.trigger("mnuFullView");
         QCOMPARE(rig.dialogs.messages(),
                  QStringList{"Your VGA monitor need at least 1024 x 768 resolution with small fonts!"});
-        QVERIFY(!full->isChecked() && !rig.shown(32));
+        QVERIFY(!full->isChecked());
+        QVERIFY(!rig.shown(32));
         rig.desktop.width = 1024;
         rig.trigger("mnuFullView");
         // Which panels the full view places is tst_rcvpanel's gridPlacesThePanels.
-        QVERIFY(full->isChecked() && rig.dialogs.messages().size() == 1 && rig.shown(0) && rig.shown(32));
+        QVERIFY(full->isChecked());
+        QCOMPARE(rig.dialogs.messages().size(), 1);
+        QVERIFY(rig.shown(0));
+        QVERIFY(rig.shown(32));
         rig.trigger("mnuFullView");
-        QVERIFY(!full->isChecked() && !rig.shown(32));
+        QVERIFY(!full->isChecked());
+        QVERIFY(!rig.shown(32));
     }
 
     void anEmptyTableSavesAnEmptyFile()
@@ -328,7 +336,8 @@ private slots:
         QVERIFY(log.open(QIODevice::ReadOnly));
         const QByteArray text = log.readAll();
         const qsizetype offline = text.indexOf(",offline,9,");
-        QVERIFY2(offline > 0 && text.indexOf(",back,9,", offline) > offline, text.constData());
+        QVERIFY2(offline > 0, text.constData());
+        QVERIFY2(text.indexOf(",back,9,", offline) > offline, text.constData());
     }
 
     // A flaky line raises alarms all night long: the list keeps the newest.

@@ -55,10 +55,13 @@ private slots:
         }
         int status = 0;
         QCOMPARE(::waitpid(child, &status, 0), child);
-        if (killed)
-            QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
-        else
-            QVERIFY(WIFEXITED(status) && WEXITSTATUS(status) == 3); // the failure was reported
+        if (killed) {
+            QVERIFY(WIFSIGNALED(status));
+            QCOMPARE(WTERMSIG(status), SIGXFSZ);
+        } else {
+            QVERIFY(WIFEXITED(status));
+            QCOMPARE(WEXITSTATUS(status), 3); // the failure was reported
+        }
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), old);

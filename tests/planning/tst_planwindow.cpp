@@ -157,7 +157,8 @@ private slots:
         }
         // The line as it was is on disk before anything was sent.
         QFile backup(line.window->backupPath());
-        QVERIFY(backup.fileName().startsWith(line.dataDir.path()) && backup.open(QIODevice::ReadOnly));
+        QVERIFY(backup.fileName().startsWith(line.dataDir.path()));
+        QVERIFY(backup.open(QIODevice::ReadOnly));
         const SettingsParse saved = parseSettings(backup.readAll());
         QCOMPARE(saved.lines.size(), static_cast<qsizetype>(addresses.size()));
 

@@ -56,7 +56,8 @@ private slots:
             QVERIFY(map.addOverride(override));
         QTEST(map.devicePath(2), "expected");
         QTEST(int(map.source(2)), "source");
-        QVERIFY(map.devicePath(0).isEmpty() && map.devicePath(9).isEmpty());
+        QVERIFY(map.devicePath(0).isEmpty());
+        QVERIFY(map.devicePath(9).isEmpty());
     }
 
     void enumerationOrder_data()
@@ -140,7 +141,8 @@ private slots:
             QCOMPARE(map.devicePath(n), n == port ? device : QString());
             QCOMPARE(map.source(n), n == port ? PortMap::Source::Override : PortMap::Source::None);
         }
-        QVERIFY(map.addOverride("COM5=/dev/first") && map.addOverride("COM5=/dev/second"));
+        QVERIFY(map.addOverride("COM5=/dev/first"));
+        QVERIFY(map.addOverride("COM5=/dev/second"));
         QCOMPARE(map.devicePath(5), "/dev/second");
     }
 
@@ -173,7 +175,8 @@ private slots:
         real.close();
         const QString link = m_dir.filePath("by-id/usb-FTDI_FT232R_A1B2-if00-port0"),
                       chain = m_dir.filePath("link-to-link");
-        QVERIFY(QFile::link(real.fileName(), link) && QFile::link(link, chain));
+        QVERIFY(QFile::link(real.fileName(), link));
+        QVERIFY(QFile::link(link, chain));
         const QString canonical = QFileInfo(real).canonicalFilePath();
         QCOMPARE(PortMap::stableName(canonical, m_dir.filePath("by-id")), link);
         QCOMPARE(PortMap::stableName(m_dir.filePath("ttyUSB8"), m_dir.filePath("by-id")), QString());

@@ -55,7 +55,8 @@ private slots:
         store.save(kApp, "MSComm", "Settings", "old");
         const ino_t old = inodeOf(storeFile(kApp));
         store.save(kApp, "MSComm", "Settings", value);
-        QVERIFY(old != 0 && inodeOf(storeFile(kApp)) != old);
+        QVERIFY(old != 0);
+        QVERIFY(inodeOf(storeFile(kApp)) != old);
         QCOMPARE(QDir(m_config.filePath(kApp)).entryList(QDir::Files | QDir::Hidden),
                  QStringList{kApp + ".ini"});
         QCOMPARE(FileSettingsStore().get(kApp, "MSComm", "Settings"), value);
@@ -85,7 +86,8 @@ private slots:
                                  "MqttPassword=pa,ss\nMqttUser=stage, left\n";
         QVERIFY(QDir().mkpath(m_config.filePath(kApp)));
         QFile file(storeFile(kApp));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(feeds) == feeds.size());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(feeds), feeds.size());
         file.close();
         const FeedOptions options = loadFeedOptions(FileSettingsStore(), kApp);
         QCOMPARE(options.oscTargets.size(), 2);

@@ -65,12 +65,15 @@ private slots:
         rig.bus.openLine();
 
         QCOMPARE(rig.bus.searchCurrentPort(), !found.isEmpty());
-        QVERIFY(started.size() == 1 && started.at(0).at(0).toInt() == 1);
-        QVERIFY(ended.size() == 1 && ended.at(0).at(0).toInt() == found.size());
+        QCOMPARE(started.size(), 1);
+        QCOMPARE(started.at(0).at(0).toInt(), 1);
+        QCOMPARE(ended.size(), 1);
+        QCOMPARE(ended.at(0).at(0).toInt(), found.size());
         QCOMPARE(foundSpy.size(), found.size());
         QCOMPARE(rig.bus.foundCount(), found.size());
         for (int i = 0; i < found.size(); ++i) {
-            QVERIFY(rig.bus.record(i).address == found[i] && rig.bus.record(i).online);
+            QCOMPARE(rig.bus.record(i).address, found[i]);
+            QVERIFY(rig.bus.record(i).online);
             QCOMPARE(foundSpy.at(i).at(0).value<ReceiverStatus>().address, found[i]);
         }
         QCOMPARE(rig.bed.framesSent("#00A1").size(), 3);
@@ -103,14 +106,17 @@ private slots:
         rig.bus.addressAnswers(7);
         QCOMPARE(rig.log.size(), 1);
         const ExchangeRecord &r = rig.log.first();
-        QVERIFY(r.address == 7 && r.command == 'L');
+        QCOMPARE(r.address, 7);
+        QCOMPARE(r.command, 'L');
         QCOMPARE(int(r.result), result);
         QCOMPARE(r.attempts, attempts);
         QCOMPARE(r.startMicros, qint64(start));
         QCOMPARE(r.roundTripMicros, qint64(rig.bed.clock.nowMicros() - start));
-        QVERIFY(r.roundTripMicros > 0 && r.commandChars == 5);
+        QVERIFY(r.roundTripMicros > 0);
+        QCOMPARE(r.commandChars, 5);
         rig.bus.showDisplayMode(2);
-        QVERIFY(rig.log.last().result == ExchangeRecord::Result::Broadcast && rig.log.last().address == 0);
+        QCOMPARE(rig.log.last().result, ExchangeRecord::Result::Broadcast);
+        QCOMPARE(rig.log.last().address, 0);
     }
 
     // The polling transcript pins the frames; these are the signals the screens and feeds follow.
@@ -120,10 +126,14 @@ private slots:
         rig.detect();
         QSignalSpy offline(&rig.bus, &ReceiverBus::wentOffline), back(&rig.bus, &ReceiverBus::cameBack);
         rig.sim->receiver(7)->powered = false;
-        QVERIFY(rig.bus.pollAllLevels() && offline.size() == 1 && !rig.bus.bringBack(1));
+        QVERIFY(rig.bus.pollAllLevels());
+        QCOMPARE(offline.size(), 1);
+        QVERIFY(!rig.bus.bringBack(1));
         rig.sim->receiver(7)->powered = true;
-        QVERIFY(rig.bus.bringBack(1) && back.size() == 1 && rig.bus.record(1).online &&
-                !rig.bus.bringBack(1));
+        QVERIFY(rig.bus.bringBack(1));
+        QCOMPARE(back.size(), 1);
+        QVERIFY(rig.bus.record(1).online);
+        QVERIFY(!rig.bus.bringBack(1));
     }
 
     // Held to the end of its range; a release part-way is pinned by the detail transcript.
@@ -157,7 +167,8 @@ private slots:
         QCOMPARE(rig.bus.record(0).squelch, end);
         QCOMPARE(rig.frames(),
                  QStringList{QStringLiteral("#05F%1\r").arg(end, 2, 16, QLatin1Char('0')).toUpper()});
-        QVERIFY2(held >= seconds && held < seconds + 0.02, qPrintable(QString::number(held)));
+        QVERIFY2(held >= seconds, qPrintable(QString::number(held)));
+        QVERIFY2(held < seconds + 0.02, qPrintable(QString::number(held)));
     }
 
     void kobWaitsForTheReceiverOrTheUser_data()
@@ -222,10 +233,13 @@ private slots:
         QSignalSpy points(&rig.bus, &ReceiverBus::scanPointRead);
         rig.bed.line.clearWritten();
         const auto point = rig.bus.scanStep(4, 800.1);
-        QVERIFY(point && point->code == "72BE");
+        QVERIFY(point);
+        QVERIFY(point->code == "72BE");
         QCOMPARE(rig.frames(), QStringList{"#05E72BE\r"});
-        QVERIFY(rig.bus.record(0).manualFreq && rig.bus.record(0).manualFreqCode == "72BE");
-        QVERIFY(points.size() == 1 && points.at(0).at(1).toInt() == 4);
+        QVERIFY(rig.bus.record(0).manualFreq);
+        QCOMPARE(rig.bus.record(0).manualFreqCode, "72BE");
+        QCOMPARE(points.size(), 1);
+        QCOMPARE(points.at(0).at(1).toInt(), 4);
 
         rig.sim->receiver(5)->powered = false;
         rig.bus.setWorkMode(WorkMode::Scan);

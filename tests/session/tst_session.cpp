@@ -182,20 +182,23 @@ private slots:
             main->action("mnuAutoRecover")->trigger();
             QCOMPARE(bed.settings.get(kAppName, kMonitorSection, kAutoRecoverKey), "1");
             passes(bed, 1, 10000);
-            QVERIFY(receivers.record(1).online && main->panel(1)->isEnabled());
+            QVERIFY(receivers.record(1).online);
+            QVERIFY(main->panel(1)->isEnabled());
             return;
         }
 
         bed.line.removePort(1); // the adapter is pulled
         passes(bed, 2);
-        QVERIFY(!bed.line.isOpen() && !receivers.record(0).online);
+        QVERIFY(!bed.line.isOpen());
+        QVERIFY(!receivers.record(0).online);
         passes(bed, 1, 4000);
         QVERIFY(!bed.line.isOpen());
         bed.line.attachBus(1, &bus); // and plugged in again
         passes(bed, 1, 1100);
         QVERIFY(bed.line.isOpen());
         QCOMPARE(receivers.foundCount(), 2);
-        QVERIFY(receivers.record(0).online && receivers.record(1).online);
+        QVERIFY(receivers.record(0).online);
+        QVERIFY(receivers.record(1).online);
         QVERIFY(bed.dialogs.messages().isEmpty());
     }
 
@@ -243,7 +246,8 @@ private slots:
                     shownWhilePaused = feeds.show(true);
             };
             main->pilotClicked(1);
-            QVERIFY(!bed.framesSent("%07O").isEmpty() && bed.framesSent("#07A1").size() > 1);
+            QVERIFY(!bed.framesSent("%07O").isEmpty());
+            QVERIFY(bed.framesSent("#07A1").size() > 1);
         } else {
             bed.line.removePort(1);
             passes(bed, 2);
@@ -255,7 +259,8 @@ private slots:
         QVERIFY(bed.session->pollingPaused() == false);
         passes(bed, 1);
         QVERIFY(feeds.show(false));
-        QVERIFY(bed.ctx.bus.record(0).online && bed.ctx.bus.record(1).online);
+        QVERIFY(bed.ctx.bus.record(0).online);
+        QVERIFY(bed.ctx.bus.record(1).online);
     }
 };
 

@@ -85,7 +85,8 @@ private slots:
         QCOMPARE(run(3), a);
         QVERIFY(run(4) != a);
         // 1 - 0.7 * 0.8 = 44 % lost.
-        QVERIFY2(a.count('x') > 140 && a.count('x') < 215, qPrintable(QString::number(a.count('x'))));
+        QVERIFY2(a.count('x') > 140, qPrintable(QString::number(a.count('x'))));
+        QVERIFY2(a.count('x') < 215, qPrintable(QString::number(a.count('x'))));
     }
 
     // The reply's timing on the line is pinned by the wire transcripts; these are the port's states.
@@ -97,8 +98,10 @@ private slots:
         SimSerialLine line(clock);
         line.attachBus(1, &bus);
         line.attachBus(3, nullptr);
-        QVERIFY(line.portExists(3) && !line.portExists(2));
-        QVERIFY(!line.applySettings("fast,N,8,1") && line.applySettings("115200,N,8,1"));
+        QVERIFY(line.portExists(3));
+        QVERIFY(!line.portExists(2));
+        QVERIFY(!line.applySettings("fast,N,8,1"));
+        QVERIFY(line.applySettings("115200,N,8,1"));
         QVERIFY(!line.write("%05L\r")); // not open yet
         line.selectPort(2);
         QVERIFY(!line.open());
@@ -123,7 +126,8 @@ private slots:
         line.setWrittenLimit(10);
         for (int i = 0; i < 1000; ++i)
             line.write(QByteArray::number(i));
-        QVERIFY(line.written().size() >= 10 && line.written().size() < 20);
+        QVERIFY(line.written().size() >= 10);
+        QVERIFY(line.written().size() < 20);
         QCOMPARE(line.written().back().bytes, "999");
         QCOMPARE(line.written().front().bytes, QByteArray::number(1000 - qsizetype(line.written().size())));
     }
