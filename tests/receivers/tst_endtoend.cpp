@@ -162,7 +162,8 @@ private slots:
         QVERIFY(!alarmOn("cleared"));
 
         sim.process.write("start 7\n");
-        QTest::qWait(100);
+        QByteArray simSaid;
+        QTRY_VERIFY((simSaid += sim.process.readAllStandardError()).contains("receiver 7 started"));
         QVERIFY(session->bringBack(6)); // what a name click does, and the recovery every 10 s
         runProgram(*session, 200);
         QVERIFY(offlineAlarm()->clearedMicros.has_value());
