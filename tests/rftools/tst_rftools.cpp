@@ -220,7 +220,7 @@ private slots:
         SpectrumTab *tab = b.tools.spectrumTab();
         tab->runButton()->click();
         b.clock.advanceMillis(1000);
-        b.tools.scanStep(); // 2 ms on the line: 0.502 after midnight
+        b.tools.scanStep(); // a few ms on the line: just past 0.5 s after midnight
         QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:01:0"));
         tab->runButton()->click(); // stop keeps what was shown
         b.clock.advanceMillis(60000);
