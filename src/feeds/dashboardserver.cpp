@@ -84,6 +84,7 @@ struct DashboardServer::Head
     QByteArray bytes;
     bool lineChecked = false;
     bool bearerWanted = false; // a /metrics request: the token comes as a header
+    bool served = false;       // a whole request came: a real client, not a squatter
     QTimer timer;
     // After the upgrade: WebSocket frames, of which only the heads are read.
     bool frames = false;
@@ -135,7 +136,8 @@ bool DashboardServer::start(quint16 port, bool allowNetwork)
 bool DashboardServer::admit(QTcpSocket *socket)
 {
     const QHostAddress peer = socket->peerAddress();
-    if (m_connections >= kMaxConnections || m_perAddress.value(peer) >= kMaxConnectionsPerAddress) {
+    const bool addressFull = m_perAddress.value(peer) >= kMaxConnectionsPerAddress;
+    if ((addressFull || m_connections >= kMaxConnections) && !makeRoom(addressFull ? &peer : nullptr)) {
         // Never handed on: it is answered and gone.
         connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
         socket->write("HTTP/1.1 503 Service Unavailable\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
@@ -144,14 +146,13 @@ bool DashboardServer::admit(QTcpSocket *socket)
     }
     ++m_connections;
     ++m_perAddress[peer];
+    m_held.insert(socket, Held{peer, m_admitted++});
     // Counted down when the socket goes, by a child of its own: the HTTP
     // server cuts the socket's own connections when it hands it to WebSocket.
     auto *watcher = new QObject(socket);
-    connect(watcher, &QObject::destroyed, this, [this, peer, socket] {
+    connect(watcher, &QObject::destroyed, this, [this, socket] {
         m_heads.remove(socket);
-        --m_connections;
-        if (--m_perAddress[peer] <= 0)
-            m_perAddress.remove(peer);
+        release(socket);
     });
     auto head = std::make_shared<Head>();
     head->watcher = watcher;
@@ -166,6 +167,42 @@ bool DashboardServer::admit(QTcpSocket *socket)
     // Connected before the HTTP server's own reader, so it sees each byte
     // first; through the watcher, so that it can be cut without the other.
     connect(socket, &QTcpSocket::readyRead, watcher, [this, socket] { inspect(socket); });
+    return true;
+}
+
+void DashboardServer::release(QTcpSocket *socket)
+{
+    const auto held = m_held.constFind(socket);
+    if (held == m_held.cend())
+        return;
+    --m_connections;
+    if (--m_perAddress[held->peer] <= 0)
+        m_perAddress.remove(held->peer);
+    m_held.erase(held);
+}
+
+bool DashboardServer::makeRoom(const QHostAddress *peer)
+{
+    // Whoever has held a slot longest without asking for anything is the
+    // likeliest squatter; a newcomer may be the user's own phone.
+    QTcpSocket *oldest = nullptr;
+    quint64 oldestOrder = 0;
+    for (auto it = m_held.cbegin(); it != m_held.cend(); ++it) {
+        if (peer && it->peer != *peer)
+            continue;
+        const auto head = m_heads.constFind(it.key());
+        const bool real = head != m_heads.cend() && ((*head)->served || (*head)->frames);
+        if (!real && (!oldest || it->order < oldestOrder)) {
+            oldest = it.key();
+            oldestOrder = it->order;
+        }
+    }
+    if (!oldest)
+        return false;
+    // Its slot is free from now on, whenever the socket itself goes.
+    release(oldest);
+    forget(oldest);
+    oldest->abort();
     return true;
 }
 
@@ -255,6 +292,7 @@ void DashboardServer::inspect(QTcpSocket *socket)
             return;
         }
         // A whole request: the next one on this connection has its own ten seconds.
+        head->served = true;
         head->bytes.remove(0, end);
         head->lineChecked = false;
         head->timer.start(m_requestTimeoutMs);

@@ -22,7 +22,9 @@ namespace zun {
 // 403. A client that stops reading is dropped once its queue passes
 // maxQueuedBytes, so a stuck phone never holds memory or time. Whatever a
 // client sends, it holds no more than a request head, a slot among the
-// connections and ten seconds of the server's time before it is answered.
+// connections and ten seconds of the server's time before it is answered;
+// when the slots run out, the oldest connection that has not sent a whole
+// request yet makes room for a newcomer (503 only when all are real ones).
 // GET /api/state (token in the query) and GET /metrics (token as a bearer)
 // show the same lines in JSON and in the Prometheus format.
 class DashboardServer : public QAbstractHttpServer
@@ -89,6 +91,10 @@ private:
     friend class DashboardGate;
     struct Head;                    // what has come of a connection's current request head
     bool admit(QTcpSocket *socket); // false: refused and on its way out
+    // At a cap: closes the oldest connection (from peer, when given) that has
+    // not yet sent a whole request. False when every one held is a real one.
+    bool makeRoom(const QHostAddress *peer);
+    void release(QTcpSocket *socket);
     void inspect(QTcpSocket *socket);
     void inspectFrames(QTcpSocket *socket, Head &head);
     void refuse(QTcpSocket *socket, const QByteArray &status);
@@ -124,6 +130,13 @@ private:
     int m_connections = 0;
     int m_requestTimeoutMs = kRequestTimeoutMs;
     QHash<QHostAddress, int> m_perAddress;
+    struct Held
+    {
+        QHostAddress peer;
+        quint64 order = 0; // admission order: the oldest goes first
+    };
+    QHash<QTcpSocket *, Held> m_held; // every connection counted above
+    quint64 m_admitted = 0;
     QHash<QTcpSocket *, std::shared_ptr<Head>> m_heads;
 };
 

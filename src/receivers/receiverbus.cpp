@@ -240,8 +240,12 @@ bool ReceiverBus::pollAllLevels()
             replies[static_cast<std::size_t>(i)] = parseLevels(reply, r.address);
         } else {
             r.online = false;
-            emit panelOffline(i);
-            emit wentOffline(status(i));
+            // Something answered, so the receiver is there: a disturbed reply
+            // is worth a second look. Silence through every retry means gone.
+            if (reply.isEmpty() || !answersAgain(i)) {
+                emit panelOffline(i);
+                emit wentOffline(status(i));
+            }
         }
         processEvents();
     }
@@ -266,6 +270,26 @@ bool ReceiverBus::pollAllLevels()
     }
     emit passEnded(asked);
     return asked > 0;
+}
+
+bool ReceiverBus::answersAgain(int index)
+{
+    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
+    for (int i = 0; i < m_secondChances; ++i) {
+        QString reply;
+        send(frames::identify(r.address), 41, 100, reply);
+        const auto id = parseIdentification(reply, r.address);
+        if (!id)
+            continue;
+        ReceiverRecord before = r;
+        before.online = true;
+        fill(index, *id);
+        // Somebody may have set the receiver by hand meanwhile.
+        if (r != before)
+            emit receiverChanged(status(index));
+        return true;
+    }
+    return false;
 }
 
 bool ReceiverBus::addressAnswers(int address)

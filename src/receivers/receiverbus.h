@@ -12,6 +12,7 @@
 
 #include <QObject>
 
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <optional>
@@ -112,6 +113,13 @@ public:
     // One level read of every online receiver, all reads before any report.
     // False when there was nobody to ask.
     bool pollAllLevels();
+    // With the automatic recovery on: a receiver whose level reply came back
+    // spoiled is asked for its full status up to this many times before the
+    // pass goes on, and one that answers stays on the poll without anybody
+    // hearing it had left. 0 (the default): it goes offline at once and only
+    // a name click or the slow recovery brings it back.
+    void setSecondChances(int reads) { m_secondChances = std::max(reads, 0); }
+    int secondChances() const { return m_secondChances; }
     bool addressAnswers(int address);
     void readTextA(int index);
     void readTextB(int index);
@@ -222,6 +230,7 @@ private:
     bool send(const QString &frame, int replyLength, int timeoutMillis, QString &reply);
     bool send(const QString &frame, int replyLength, int timeoutMillis);
     void fill(int index, const Identification &id);
+    bool answersAgain(int index);
     ReceiverRecord *selectedRecord();
     std::optional<DetailReading> detailReading(const LevelReply &raw);
     void stepSquelch(int direction);
@@ -245,6 +254,7 @@ private:
     bool m_kobActive = false;
     int m_kobWaits = 0;
     bool m_squelchHeld = false;
+    int m_secondChances = 0;
     std::function<bool()> m_skip;
     BatteryAverager m_detailBattery;
     DropCounter m_drops;

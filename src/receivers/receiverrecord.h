@@ -24,6 +24,8 @@ struct ReceiverRecord
     bool manualFreq = false; // tuned off the presets
     QString textA;           // 6 characters from the "A" read
     QString textB;           // "d.dd" from the "B" read
+
+    bool operator==(const ReceiverRecord &) const = default;
 };
 
 } // namespace zun

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+class QIODevice;
+
 namespace zun {
 
 struct ScanPoint
@@ -37,5 +39,9 @@ inline constexpr qsizetype kLongestScanLine = 200;
 // included) and between -150 and +30 dBm; the first line that does not parse
 // stops the reading and is named, with at most 80 of its characters.
 ScanCsvResult parseScanCsv(const QString &text, double bandLowMHz, double bandHighMHz);
+// The same, line by line from a file, reading no further than the line that
+// is refused (of a line too long to be a point, no more than that bound) and
+// no more than maxBytes in all.
+ScanCsvResult readScanCsv(QIODevice &in, double bandLowMHz, double bandHighMHz, qint64 maxBytes);
 
 } // namespace zun

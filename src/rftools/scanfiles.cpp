@@ -104,8 +104,7 @@ void ScanFiles::importReference()
         m_ctx.platform.dialogs.message(QStringLiteral("%1 is too large to be a scan.").arg(file));
         return;
     }
-    const ScanCsvResult result =
-        parseScanCsv(QString::fromUtf8(in.read(kLargestImport)), m_host.bandStart(), bandStop());
+    const ScanCsvResult result = readScanCsv(in, m_host.bandStart(), bandStop(), kLargestImport);
     if (!result.ok()) {
         m_ctx.platform.dialogs.message(QStringLiteral("%1 was not imported.\n%2").arg(file, result.error));
         return;

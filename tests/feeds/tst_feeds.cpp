@@ -21,6 +21,7 @@
 #include <QTest>
 #include <QWebSocket>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 
@@ -437,17 +438,37 @@ private slots:
         }
     }
 
-    // Connections are limited per client address and in all; one that sends
-    // no whole request is closed; a short token is refused at start.
-    void dashboardLimitsWhatAClientHolds()
+    // Connections are limited per client address (64) and in all (256). At a
+    // cap the oldest connection that has not sent a whole request makes room
+    // for the newcomer; only when every one held is a real client does the
+    // newcomer get 503.
+    void dashboardMakesRoomForANewcomer_data()
     {
+        QTest::addColumn<int>("addresses"); // 127.0.0.2 onwards, 64 connections each
+        QTest::addColumn<bool>("served");   // each held one had a request answered
+        QTest::addColumn<QByteArray>("newcomerFrom");
+        QTest::addColumn<QByteArray>("newcomerGets");
+        QTest::newRow("an address full of idle ones")
+            << 1 << false << QByteArray("127.0.0.2") << QByteArray("HTTP/1.1 200");
+        QTest::newRow("every slot idle")
+            << 4 << false << QByteArray("127.0.0.1") << QByteArray("HTTP/1.1 200");
+        QTest::newRow("an address full of real clients")
+            << 1 << true << QByteArray("127.0.0.2") << QByteArray("HTTP/1.1 503");
+        QTest::newRow("every slot a real client")
+            << 4 << true << QByteArray("127.0.0.1") << QByteArray("HTTP/1.1 503");
+    }
+    void dashboardMakesRoomForANewcomer()
+    {
+        QFETCH(int, addresses);
+        QFETCH(bool, served);
+        QFETCH(QByteArray, newcomerFrom);
         startDashboard();
         std::vector<int> held; // plain descriptors: each bound to its own client address
-        const auto connectFrom = [&](const char *address) {
+        const auto connectFrom = [&](const QByteArray &address) {
             const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
             sockaddr_in local{};
             local.sin_family = AF_INET;
-            ::inet_pton(AF_INET, address, &local.sin_addr);
+            ::inet_pton(AF_INET, address.constData(), &local.sin_addr);
             sockaddr_in server = local;
             ::inet_pton(AF_INET, "127.0.0.1", &server.sin_addr);
             server.sin_port = htons(m_port);
@@ -457,28 +478,48 @@ private slots:
             QCoreApplication::processEvents(); // the server accepts: the listen queue stays short
             return ok;
         };
+        // What the server sent first, "closed" when it closed the connection
+        // unasked, empty when it sent nothing within three seconds.
         const auto answerOf = [](int fd) {
             char buffer[64] = {};
             pollfd wait{fd, POLLIN, 0};
             for (int i = 0; i < 300 && ::poll(&wait, 1, 0) == 0; ++i)
                 QTest::qWait(10);
-            return QByteArray(buffer, std::max<ssize_t>(::read(fd, buffer, sizeof buffer), 0));
+            const ssize_t n = ::recv(fd, buffer, sizeof buffer, MSG_DONTWAIT);
+            if (n == 0 || (n < 0 && errno == ECONNRESET))
+                return QByteArray("closed");
+            return QByteArray(buffer, std::max<ssize_t>(n, 0));
         };
-        for (int i = 0; i < 64; ++i)
-            QVERIFY(connectFrom("127.0.0.2"));
-        QTRY_COMPARE(m_hub->dashboard()->connectionCount(), 64);
-        QVERIFY(connectFrom("127.0.0.2"));
-        QVERIFY(answerOf(held.back()).startsWith("HTTP/1.1 503"));
-        for (const char *address : {"127.0.0.3", "127.0.0.4", "127.0.0.5"})
-            for (int i = 0; i < 64; ++i)
-                QVERIFY(connectFrom(address));
-        QTRY_COMPARE(m_hub->dashboard()->connectionCount(), 256);
-        QVERIFY(connectFrom("127.0.0.6"));
-        QVERIFY(answerOf(held.back()).startsWith("HTTP/1.1 503"));
+        const QByteArray request = get("/?token=" + kToken.toLatin1());
+        for (int a = 0; a < addresses; ++a) {
+            for (int i = 0; i < 64; ++i) {
+                QVERIFY(connectFrom("127.0.0." + QByteArray::number(2 + a)));
+                if (served) {
+                    QCOMPARE(::write(held.back(), request.constData(), size_t(request.size())),
+                             ssize_t(request.size()));
+                    QVERIFY(answerOf(held.back()).startsWith("HTTP/1.1 200"));
+                }
+            }
+        }
+        QTRY_COMPARE(m_hub->dashboard()->connectionCount(), 64 * addresses);
+        QVERIFY(connectFrom(newcomerFrom));
+        QCOMPARE(::write(held.back(), request.constData(), size_t(request.size())), ssize_t(request.size()));
+        QTEST(answerOf(held.back()).left(12), "newcomerGets");
+        if (!served) { // the oldest went, the next oldest is still there
+            QCOMPARE(answerOf(held.front()), QByteArray("closed"));
+            pollfd next{held.at(1), POLLIN, 0};
+            QCOMPARE(::poll(&next, 1, 0), 0);
+        }
+        QCOMPARE(m_hub->dashboard()->connectionCount(), 64 * addresses);
         for (int fd : held)
             ::close(fd);
         QTRY_COMPARE(m_hub->dashboard()->connectionCount(), 0);
+    }
 
+    // One that sends no whole request is closed; a short token is refused at start.
+    void dashboardLimitsWhatAClientHolds()
+    {
+        startDashboard();
         m_hub->dashboard()->setRequestTimeout(200);
         QTcpSocket idle;
         idle.connectToHost(QHostAddress::LocalHost, m_port);

@@ -19,6 +19,7 @@
 #include "sim/simbus.h"
 #include "sim/simserialline.h"
 
+#include <QBuffer>
 #include <QCheckBox>
 #include <QLabel>
 #include <QPushButton>
@@ -340,18 +341,33 @@ private slots:
         QTest::newRow("below the band") << "799.000,-90\n" << 1 << "outside the band 800.000 - 900.000";
         QTest::newRow("header not first") << "800,000;-90,0\nFrequency (MHz);Level (dBm)\n" << 2 << "not a";
         QTest::newRow("nothing in it") << "\n\n" << 0 << "no scan points";
+        // A file of one endless line is refused on its first kilobyte.
+        QTest::newRow("a line without end") << "800.000," + QString(1 << 20, QLatin1Char('7')) << 1
+                                            << "too long for a scan point: \"800.000,777";
+        QTest::newRow("an endless second line")
+            << "800.000,-90.0\n" + QString(1 << 20, QLatin1Char('x')) + "\n800.025,-91.0\n"
+            << 2 << "too long for a scan point: \"xxx";
     }
+    // The text as given and the file read line by line come to the same.
     void csvBadInput()
     {
         QFETCH(QString, text);
         QFETCH(int, line);
         QFETCH(QString, says);
-        const ScanCsvResult result = parseScanCsv(text, 800.0, 900.0);
-        QCOMPARE(result.errorLine, line);
-        QVERIFY2(result.error.contains(says), qPrintable(result.error));
-        if (line > 0)
-            QVERIFY(result.error.startsWith(QStringLiteral("Line %1:").arg(line)));
-        QVERIFY(result.points.empty());
+        QByteArray bytes = text.toUtf8();
+        QBuffer file(&bytes);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        for (const ScanCsvResult &result :
+             {parseScanCsv(text, 800.0, 900.0), readScanCsv(file, 800.0, 900.0, 16 << 20)}) {
+            QCOMPARE(result.errorLine, line);
+            QVERIFY2(result.error.contains(says), qPrintable(result.error));
+            if (line > 0)
+                QVERIFY(result.error.startsWith(QStringLiteral("Line %1:").arg(line)));
+            QVERIFY(result.error.size() < 200);
+            QVERIFY(result.points.empty());
+        }
+        if (bytes.size() > 4096) // nothing after the refused line, nor all of it
+            QVERIFY(file.pos() < 1024);
     }
 
     // Three sweeps; point 1 was never measured.

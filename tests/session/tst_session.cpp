@@ -202,6 +202,53 @@ private slots:
         QVERIFY(bed.dialogs.messages().isEmpty());
     }
 
+    // A spoiled level reply comes from a receiver that is there: with the
+    // recovery on, its status is read again at once and it stays on the
+    // poll, unannounced. Only when those reads fail too does it go offline,
+    // raise its alarm and wait for the slow recovery.
+    void aSpoiledReplyCostsNoReceiver_data()
+    {
+        QTest::addColumn<bool>("recover");
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<int>("spoiled");
+        QTest::addColumn<bool>("online");
+        QTest::addColumn<int>("statusReads");
+        QTest::addColumn<int>("offlineAlarms");
+        QTest::newRow("garbled") << true << int(SimFault::Garbled) << 1 << true << 1 << 0;
+        QTest::newRow("wrong address") << true << int(SimFault::WrongAddress) << 1 << true << 1 << 0;
+        QTest::newRow("noise before it") << true << int(SimFault::Noise) << 1 << true << 1 << 0;
+        QTest::newRow("first status read spoiled too")
+            << true << int(SimFault::Garbled) << 2 << true << 2 << 0;
+        QTest::newRow("both status reads spoiled") << true << int(SimFault::Garbled) << 3 << false << 2 << 1;
+        QTest::newRow("recovery off") << false << int(SimFault::Garbled) << 1 << false << 0 << 1;
+    }
+    void aSpoiledReplyCostsNoReceiver()
+    {
+        QFETCH(bool, recover);
+        QFETCH(int, fault);
+        QFETCH(int, spoiled);
+        SessionOptions options;
+        options.headless = true;
+        options.autoRecover = recover;
+        TestBed bed(options);
+        SimBus &bus = bed.attachReceivers(1, {3, 7, 9});
+        QVERIFY(bed.startHeadless());
+        bed.line.clearWritten();
+        bus.scriptFaults(7, SimFault(fault), spoiled);
+        passes(bed, 1);
+        QTEST(bed.ctx.bus.record(1).online, "online");
+        QTEST(int(bed.framesSent("%07M").size()), "statusReads");
+        qsizetype alarms = 0;
+        for (const Alarm &alarm : bed.session->alarms().alarms())
+            alarms += alarm.condition == AlarmCondition::Offline ? 1 : 0;
+        QTEST(int(alarms), "offlineAlarms");
+        // The receivers after it were read as usual in the same pass.
+        QCOMPARE(bed.framesSent("%09N").size(), 1);
+        passes(bed, 1);
+        QVERIFY(bed.ctx.bus.record(0).online && bed.ctx.bus.record(2).online);
+        QCOMPARE(bed.framesSent("%07N").size(), bed.ctx.bus.record(1).online ? 2 : 1);
+    }
+
     // A modal dialog, a KOB wait and a lost line stop the poll: both feeds
     // mark the line paused while it lasts and live again after.
     void feedsMarkTheLinePausedWhileNothingIsPolled_data()
