@@ -62,8 +62,7 @@ double medianPass(const QString &target)
     options.port = 1;
     options.baudRate = 115200;
     ctx.bus.resizeTable(kReceivers);
-    ctx.bus.openLine();
-    if (!line.isOpen()) {
+    if (!ctx.bus.openLine()) {
         std::fprintf(stderr, "%s: cannot open\n", qPrintable(target));
         return -1;
     }

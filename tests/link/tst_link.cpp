@@ -133,7 +133,7 @@ private slots:
         Rig rig(0u - ticksBeforeWrap);
         rig.retry = 0;
         QString reply;
-        rig.link.sendCommand(command, 12, reply, timeout);
+        QVERIFY(!rig.link.sendCommand(command, 12, reply, timeout));
         const double elapsed = rig.elapsedMs();
         QVERIFY2(elapsed >= ticksBeforeWrap + timeout && elapsed <= ticksBeforeWrap + timeout + 1.0,
                  qPrintable(QString::number(elapsed)));

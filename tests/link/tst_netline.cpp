@@ -91,10 +91,10 @@ private slots:
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("does not set the serial port's speed"));
         QSignalSpy levels(&ctx.bus, &ReceiverBus::panelLevels), offline(&ctx.bus, &ReceiverBus::panelOffline);
         const auto detectAndPoll = [&] {
-            ctx.bus.openLine();
+            const bool opened = ctx.bus.openLine();
             levels.clear();
             offline.clear();
-            bool polled = line.isOpen() && ctx.bus.searchCurrentPort() && ctx.bus.foundCount() == 64 &&
+            bool polled = opened && ctx.bus.searchCurrentPort() && ctx.bus.foundCount() == 64 &&
                           ctx.bus.record(6).address == 7;
             polled = polled && ctx.bus.pollAllLevels();
             return polled && levels.size() == 64 && offline.isEmpty();
@@ -115,7 +115,7 @@ private slots:
         QElapsedTimer wall;
         wall.start();
         for (int i = 0; i < 5; ++i)
-            ctx.bus.link().sendCommand("%03N\r", 12, reply, 100);
+            QVERIFY(!ctx.bus.link().sendCommand("%03N\r", 12, reply, 100));
         QVERIFY2(cpuSeconds() - cpuBefore < 0.1 * wall.elapsed() / 1000.0 + 0.02,
                  "busy while the line is lost");
 

@@ -62,7 +62,7 @@ private slots:
         QSignalSpy started(&rig.bus, &ReceiverBus::detectionStarted);
         QSignalSpy ended(&rig.bus, &ReceiverBus::detectionEnded);
         QSignalSpy foundSpy(&rig.bus, &ReceiverBus::receiverFound);
-        rig.bus.openLine();
+        QVERIFY(rig.bus.openLine());
 
         QCOMPARE(rig.bus.searchCurrentPort(), !found.isEmpty());
         QVERIFY(started.size() == 1 && started.at(0).at(0).toInt() == 1);
