@@ -6,8 +6,8 @@
 // shortens every window; --junk-seconds N sets the flood's, --junk-only
 // leaves the dashboard out.
 #include "benchprocess.h"
+#include "coordination/scancsv.h"
 #include "platform/regularfile.h"
-#include "rftools/scancsv.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -51,7 +51,10 @@ double medianPass(const QString &target)
     zun::MemorySettingsStore settings;
     zun::PortMap ports(
         settings, [] { return QStringList(); }, QString());
-    ports.addOverride(QStringLiteral("COM1=") + target);
+    if (!ports.addOverride(QStringLiteral("COM1=") + target)) {
+        std::fprintf(stderr, "bench_netpoll: cannot map COM1 to %s\n", qPrintable(target));
+        return -1;
+    }
     zun::MappedSerialLine line(ports);
     zun::SystemClock clock;
     zun::ScriptedDialogs dialogs;
@@ -62,8 +65,7 @@ double medianPass(const QString &target)
     options.port = 1;
     options.baudRate = 115200;
     ctx.bus.resizeTable(kReceivers);
-    ctx.bus.openLine();
-    if (!line.isOpen()) {
+    if (!ctx.bus.openLine()) {
         std::fprintf(stderr, "%s: cannot open\n", qPrintable(target));
         return -1;
     }

@@ -4,7 +4,7 @@
 // middle of it, and how often the frame pacer lets a window paint in real time.
 #include "link/transaction.h"
 #include "platform/clock.h"
-#include "platform/framepacer.h"
+#include "windowing/framepacer.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
 #include "platform/settingsstore.h"

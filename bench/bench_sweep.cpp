@@ -18,6 +18,7 @@
 #include "rftools/scanplot.h"
 #include "rftools/scantab.h"
 #include "session/session.h"
+#include "windowing/qtdesktop.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -108,21 +109,19 @@ int main(int argc, char *argv[])
     settings.save(app_, line_, QStringLiteral("Retry"), QStringLiteral("0")); // a short detection
     zun::PortMap ports(
         settings, [] { return QStringList(); }, QString());
-    ports.addOverride(QStringLiteral("COM1=") + sim.ptyPath());
+    bool mapped = ports.addOverride(QStringLiteral("COM1=") + sim.ptyPath());
     for (int n = 2; n <= 8; ++n)
-        ports.addOverride(QStringLiteral("COM%1=/nonexistent/zunoria-bench-%1").arg(n));
+        mapped = ports.addOverride(QStringLiteral("COM%1=/nonexistent/zunoria-bench-%1").arg(n)) && mapped;
+    if (!mapped) {
+        std::fprintf(stderr, "bench_sweep: the port map refused a mapping\n");
+        return 1;
+    }
     zun::MappedSerialLine line(ports);
     zun::SystemClock clock;
     zun::ScriptedDialogs dialogs;
     zun::QtDesktop desktop;
     const auto session = zun::assembleSession(zun::Platform{clock, line, settings, dialogs, desktop}, {});
     zun::Context &ctx = session->context();
-    ctx.makeDetailWindow = [](zun::Context &c, zun::DetailHost &host) {
-        return new zun::DetailWindow(c, host);
-    };
-    ctx.makeRfTools = [](zun::Context &c, zun::RfToolsHost &host, QWidget *parent) {
-        return new zun::RfTools(c, host, parent);
-    };
     zun::WorkLoop &loop = session->loop();
     ctx.endProgram = [&loop] { loop.stop(); };
     zun::StartupWindows windows(*session, &ports);

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 
 packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-serialport-dev qt6-multimedia-dev libgl-dev
     qt6-httpserver-dev qt6-websockets-dev liblo-dev libmosquitto-dev mosquitto mosquitto-clients chromium
-    ser2net desktop-file-utils appstream dpkg-dev file clang-format)
+    ser2net desktop-file-utils appstream dpkg-dev file clang-format python3)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

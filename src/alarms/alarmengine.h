@@ -19,7 +19,7 @@ class Clock;
 enum class AlarmCondition { BatteryLow, RfBelowSquelch, Offline, AudioClipping };
 
 // "Battery low", "RF below squelch", "Offline", "Audio clipping".
-QString conditionText(AlarmCondition condition);
+[[nodiscard]] QString conditionText(AlarmCondition condition);
 
 // One alarm from raised to cleared. Times are readings of the program's clock.
 struct Alarm
@@ -56,7 +56,7 @@ public:
     // Null once the alarm is no longer kept.
     const Alarm *alarm(int id) const;
     // Raised or cleared, but nobody clicked it yet: the panel keeps flashing.
-    bool hasUnacknowledged(int address) const;
+    [[nodiscard]] bool hasUnacknowledged(int address) const;
     void acknowledge(int address);
 
 public slots:
@@ -83,7 +83,8 @@ private:
     void raise(Watch &watch, const ReceiverStatus &status, AlarmCondition condition);
     void clear(Watch &watch, AlarmCondition condition);
     // True once the condition has held longer than the given time.
-    bool heldLongerThan(std::optional<std::uint64_t> &since, bool holding, double seconds) const;
+    [[nodiscard]] bool heldLongerThan(std::optional<std::uint64_t> &since, bool holding,
+                                      double seconds) const;
 
     const Clock &m_clock;
     const LevelTable m_levelTable = buildLevelTable();

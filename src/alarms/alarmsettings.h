@@ -18,7 +18,7 @@ struct AlarmSettings
     double clipSeconds = 0.5; // audio meter at full scale longer than this
     bool soundOn = false;
 
-    static AlarmSettings load(const SettingsStore &store);
+    [[nodiscard]] static AlarmSettings load(const SettingsStore &store);
     void save(SettingsStore &store) const;
 };
 

@@ -8,6 +8,8 @@
 #include "session/session.h"
 #include "sim/demobus.h"
 #include "sim/simserialline.h"
+#include "windowing/qtdesktop.h"
+#include "windowing/qtdialogs.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

@@ -21,12 +21,12 @@ struct BusCounters
 };
 
 // Every address the statistics know, ascending.
-QList<BusCounters> busCounters(const BusHealthStats &stats);
+[[nodiscard]] QList<BusCounters> busCounters(const BusHealthStats &stats);
 
 // {"addresses":[{"address":3,"exchanges":120,"timeouts":2,"roundTrip":0.0041}]},
 // roundTrip left out while unknown.
-QByteArray busCountersJson(const QList<BusCounters> &counters);
+[[nodiscard]] QByteArray busCountersJson(const QList<BusCounters> &counters);
 // Nothing when the text is not such an object; entries with a bad address are skipped.
-std::optional<QList<BusCounters>> parseBusCounters(const QByteArray &json);
+[[nodiscard]] std::optional<QList<BusCounters>> parseBusCounters(const QByteArray &json);
 
 } // namespace zun

@@ -1,6 +1,6 @@
 #include "bushealth/bushealthmodel.h"
 
-#include "feeds/statusjson.h"
+#include "receivers/addresstext.h"
 
 namespace zun {
 namespace {

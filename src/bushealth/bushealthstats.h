@@ -58,7 +58,7 @@ public:
 
     double utilisation() const;     // busy time on the wire / elapsed, 0..1
     double passesPerSecond() const; // over the same elapsed time
-    bool suspectDuplicate(int address) const;
+    [[nodiscard]] bool suspectDuplicate(int address) const;
     // Characters the line dropped since the last reset: more than any reply needs.
     quint64 lineNoise() const { return m_lineNoiseSeen - m_lineNoiseBase; }
 

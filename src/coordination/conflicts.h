@@ -32,9 +32,9 @@ struct Conflict
 // Every conflict of a set of carriers (kHz): each unordered carrier pair, each
 // ordered maker pair of a two-transmitter product, each fa + fb - fc once with
 // a < b, each against every carrier that did not make it.
-std::vector<Conflict> findConflicts(const std::vector<int> &carriersKHz, const Guards &guards);
+[[nodiscard]] std::vector<Conflict> findConflicts(const std::vector<int> &carriersKHz, const Guards &guards);
 
 // "470.000 MHz and 470.200 MHz are 200 kHz apart" and the like, for people.
-QString describeConflict(const Conflict &conflict, const std::vector<int> &carriersKHz);
+[[nodiscard]] QString describeConflict(const Conflict &conflict, const std::vector<int> &carriersKHz);
 
 } // namespace zun

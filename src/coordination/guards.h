@@ -25,12 +25,12 @@ struct Guards
 
 // "standard", "tight", "robust", or four kHz values "C,T3,X3,T5" with a
 // positive carrier guard. Empty when the text is neither.
-std::optional<Guards> parseGuards(const QString &text);
+[[nodiscard]] std::optional<Guards> parseGuards(const QString &text);
 
 // MHz text with at most three decimals, exactly, as kHz; empty otherwise.
-std::optional<int> parseMHz(const QString &text);
+[[nodiscard]] std::optional<int> parseMHz(const QString &text);
 
 // kHz as MHz with three decimals.
-QString mhzText(int kHz);
+[[nodiscard]] QString mhzText(int kHz);
 
 } // namespace zun

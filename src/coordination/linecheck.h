@@ -24,20 +24,21 @@ struct LineCarrier
 
 // The receivers found, in table order: the band from its start code and its
 // width in 25 kHz steps, the frequency the receiver runs on (manual or preset).
-std::vector<LineCarrier> lineCarriers(const QList<ReceiverRecord> &found);
+[[nodiscard]] std::vector<LineCarrier> lineCarriers(const QList<ReceiverRecord> &found);
 
 // MHz to the nearest kHz.
-int toKHz(double mhz);
+[[nodiscard]] int toKHz(double mhz);
 
 // What each of the first lineCount carriers suffers under the conflicts
 // found among all of them: "clean", or "conflict with" the others involved
 // (a few named) and the first conflict in words. Carriers after lineCount
 // (another user's frequencies) take part but get no state. labels name each
 // carrier ("05", "470.125").
-QStringList carrierStates(const std::vector<Conflict> &conflicts, const std::vector<int> &carriersKHz,
-                          int lineCount, const QStringList &labels);
+[[nodiscard]] QStringList carrierStates(const std::vector<Conflict> &conflicts,
+                                        const std::vector<int> &carriersKHz, int lineCount,
+                                        const QStringList &labels);
 
 // Each carrier that suffers a conflict, for marking.
-std::vector<bool> conflictedCarriers(const std::vector<Conflict> &conflicts, int count);
+[[nodiscard]] std::vector<bool> conflictedCarriers(const std::vector<Conflict> &conflicts, int count);
 
 } // namespace zun

@@ -6,7 +6,7 @@
 #include "coordination/guards.h"
 #include "coordination/planfiles.h"
 #include "coordination/planner.h"
-#include "rftools/scancsv.h"
+#include "coordination/scancsv.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

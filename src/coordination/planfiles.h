@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rftools/scancsv.h"
+#include "coordination/scancsv.h"
 
 #include <QString>
 
@@ -17,24 +17,24 @@ struct PlanEntry
 
 // "address,name,frequency_mhz" with a header line; names with a comma or a
 // quote are quoted.
-QString exportPlanCsv(const std::vector<PlanEntry> &entries);
+[[nodiscard]] QString exportPlanCsv(const std::vector<PlanEntry> &entries);
 
 // One frequency a line, MHz with three decimals: the form coordination tools import.
-QString exportFrequencyList(const std::vector<int> &frequenciesKHz);
+[[nodiscard]] QString exportFrequencyList(const std::vector<int> &frequenciesKHz);
 
 struct FrequencyListResult
 {
     std::vector<int> frequenciesKHz;
     QString error; // "Line 3: ..." for the first line that is not a frequency
-    bool ok() const { return error.isEmpty(); }
+    [[nodiscard]] bool ok() const { return error.isEmpty(); }
 };
 
 // Reads either export back: one MHz value a line, or CSV whose header names a
 // "frequency_mhz" column (else the first column). Blank lines are skipped;
 // values must lie on the 25 kHz raster.
-FrequencyListResult importFrequencyList(const QString &text);
+[[nodiscard]] FrequencyListResult importFrequencyList(const QString &text);
 
 // The scan points above the threshold, as signals to keep carriers off.
-std::vector<int> signalsAbove(const std::vector<ScanPoint> &points, double thresholdDbm);
+[[nodiscard]] std::vector<int> signalsAbove(const std::vector<ScanPoint> &points, double thresholdDbm);
 
 } // namespace zun

@@ -62,7 +62,7 @@ public:
     // Works for about sliceMs (a few ms more at most). False once nothing is
     // left to gain: all placed, or the maximum proven.
     bool run(int sliceMs);
-    bool finished() const;
+    [[nodiscard]] bool finished() const;
     PlanResult best() const;
 
 private:
@@ -79,13 +79,13 @@ struct PlanOptions
 };
 
 // Runs a Planner until it is finished, the deadline passes or cancel is set.
-PlanResult planFrequencies(const PlanRequest &request, const PlanOptions &options = {});
+[[nodiscard]] PlanResult planFrequencies(const PlanRequest &request, const PlanOptions &options = {});
 
 // Each receiver in turn on the lowest raster point that conflicts with
 // nothing placed so far: the yardstick the planner is measured against.
-PlanResult firstFitPlan(const PlanRequest &request);
+[[nodiscard]] PlanResult firstFitPlan(const PlanRequest &request);
 
 // The raster points (kHz) a receiver band offers; empty when none lies inside.
-std::vector<int> rasterPoints(int bandLowKHz, int bandHighKHz);
+[[nodiscard]] std::vector<int> rasterPoints(int bandLowKHz, int bandHighKHz);
 
 } // namespace zun

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/abstractdetailwindow.h"
 #include "core/appstate.h"
+#include "core/detailhost.h"
 #include "core/rftoolspanel.h"
 #include "platform/platform.h"
 #include "receivers/receiverbus.h"

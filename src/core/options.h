@@ -14,13 +14,13 @@ inline const QString kAppName = QStringLiteral("KESTA_ZUN");
 void loadLinkOptions(const SettingsStore &store, LineOptions &options);
 
 // "TVtype" repaired to 0..5 (default 4).
-int readTvType(const SettingsStore &store);
+[[nodiscard]] int readTvType(const SettingsStore &store);
 
 // "ChangeBaudrate" / "MainKOB": only the exact text "1" switches them on.
-bool readFunctionFlag(const SettingsStore &store, const QString &key);
+[[nodiscard]] bool readFunctionFlag(const SettingsStore &store, const QString &key);
 
 // VB's IsNumeric for the texts a settings file or an input box may hold:
 // optional blanks and sign, digits with an optional decimal point and exponent.
-bool isNumericText(const QString &text, double *value = nullptr);
+[[nodiscard]] bool isNumericText(const QString &text, double *value = nullptr);
 
 } // namespace zun

@@ -68,8 +68,8 @@ public:
     virtual void previousPressed() = 0;
     virtual void tabSwitched(int previousTab) = 0;
     // Work-loop steps.
-    virtual bool scanStep() = 0;
-    virtual bool recorderStep() = 0;
+    [[nodiscard]] virtual bool scanStep() = 0;
+    [[nodiscard]] virtual bool recorderStep() = 0;
 };
 
 // Makes the RF tools inside a detail window (their widgets are children of

@@ -9,9 +9,9 @@ enum TvRegion { TvAustralia = 0, TvChina = 1, TvEurope = 2, TvJapan = 3, TvTaiwa
 
 // The TV channel a frequency falls in under a region's channel plan, as
 // decimal text; empty outside every band. Unknown regions use Taiwan's plan.
-QString tvChannelName(int region, double mhz);
+[[nodiscard]] QString tvChannelName(int region, double mhz);
 
 // The region in force for a stored value: unknown values fall to Taiwan.
-int checkedTvRegion(int region);
+[[nodiscard]] int checkedTvRegion(int region);
 
 } // namespace zun

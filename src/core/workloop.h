@@ -33,7 +33,7 @@ public:
     // Runs passes until stop(); a stopped loop runs again when asked to.
     void run();
     void stop() { m_stopped = true; }
-    bool stopped() const { return m_stopped; }
+    [[nodiscard]] bool stopped() const { return m_stopped; }
 
 private:
     const ReceiverBus &m_bus;

@@ -5,9 +5,9 @@
 #include "detail/battery.h"
 #include "detail/detailmeters.h"
 #include "detail/settingstab.h"
-#include "platform/framepacer.h"
 #include "receivers/frequency.h"
 #include "receivers/levelreading.h"
+#include "windowing/framepacer.h"
 
 #include <QAbstractButton>
 #include <QCloseEvent>
@@ -22,7 +22,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-#include "platform/widgetname.h"
+#include "windowing/widgetname.h"
 #include <algorithm>
 #include <initializer_list>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/abstractdetailwindow.h"
 #include "core/rftoolspanel.h"
+#include "detail/abstractdetailwindow.h"
 #include "receivers/presets.h"
 #include "receivers/receiverbus.h"
 #include "receivers/receiverrecord.h"

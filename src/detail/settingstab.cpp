@@ -2,7 +2,7 @@
 
 #include "detail/detailmeters.h"
 
-#include "platform/widgetname.h"
+#include "windowing/widgetname.h"
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>

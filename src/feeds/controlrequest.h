@@ -25,6 +25,6 @@ std::variant<ControlRequest, QString> parseControlRequest(const QString &address
 
 // The payload of zunoria/<line>/rx/<aa>/result: {"ok":true}, or
 // {"ok":false,"error":...} when error is set.
-QByteArray controlResultJson(const QString &error = {});
+[[nodiscard]] QByteArray controlResultJson(const QString &error = {});
 
 } // namespace zun

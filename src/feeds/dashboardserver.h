@@ -43,7 +43,7 @@ public:
 
     // Loopback only unless the network is allowed. Returns false and sets
     // errorText when the port cannot be had.
-    bool start(quint16 port, bool allowNetwork);
+    [[nodiscard]] bool start(quint16 port, bool allowNetwork);
     quint16 port() const { return m_port; }
     QString url() const;
     QString errorText() const { return m_error; }
@@ -53,7 +53,7 @@ public:
     // How long a client may take to send a whole request.
     void setRequestTimeout(int millis) { m_requestTimeoutMs = millis; }
 
-    static QString randomToken();
+    [[nodiscard]] static QString randomToken();
 
     // The page, its style and its script, by resource name.
     struct Page
@@ -90,21 +90,21 @@ protected:
 private:
     friend class DashboardGate;
     struct Head;                    // what has come of a connection's current request head
-    bool admit(QTcpSocket *socket); // false: refused and on its way out
+    [[nodiscard]] bool admit(QTcpSocket *socket); // false: refused and on its way out
     // At a cap: closes the oldest connection (from peer, when given) that has
     // not yet sent a whole request. False when every one held is a real one.
-    bool makeRoom(const QHostAddress *peer);
+    [[nodiscard]] bool makeRoom(const QHostAddress *peer);
     void release(QTcpSocket *socket);
     void inspect(QTcpSocket *socket);
     void inspectFrames(QTcpSocket *socket, Head &head);
     void refuse(QTcpSocket *socket, const QByteArray &status);
     void forget(QTcpSocket *socket);
-    bool upgradeAllowed(const QByteArray &head, QTcpSocket *socket) const;
+    [[nodiscard]] bool upgradeAllowed(const QByteArray &head, QTcpSocket *socket) const;
     void store(const ReceiverStatus &status);
     void acceptWebSocket();
-    bool tokenMatches(const QUrl &url) const;
-    bool sameToken(const QByteArray &given) const;
-    bool bearerMatches(const QByteArray &authorization) const;
+    [[nodiscard]] bool tokenMatches(const QUrl &url) const;
+    [[nodiscard]] bool sameToken(const QByteArray &given) const;
+    [[nodiscard]] bool bearerMatches(const QByteArray &authorization) const;
     QList<LineSnapshot> ownLine() const;
     QByteArray message(const QList<int> &addresses) const;
     void send(QWebSocket *client, const QByteArray &text);

@@ -32,7 +32,7 @@ public:
     void publishAlarm(const QByteArray &json);
     // The bus health, for the broker and the dashboard's /metrics.
     void setHealth(const QList<zun::BusCounters> &health);
-    bool carriesHealth() const { return m_mqtt || m_dashboard; }
+    [[nodiscard]] bool carriesHealth() const { return m_mqtt || m_dashboard; }
     // Polling stopped (true) or runs again: every feed marks the line's
     // values as the last known ones rather than live.
     void setPaused(bool paused);

@@ -46,22 +46,22 @@ struct FeedOptions
 inline const QString kFeedSection = QStringLiteral("Feeds");
 
 // "host:port" with a port 1..65535; IPv6 literals in brackets ("[::1]:9000").
-std::optional<OscTarget> parseOscTarget(const QString &text);
+[[nodiscard]] std::optional<OscTarget> parseOscTarget(const QString &text);
 
 // A topic prefix we publish under: levels without wildcards, none of them empty.
-bool validTopicPrefix(const QString &text);
+[[nodiscard]] bool validTopicPrefix(const QString &text);
 
 // Reads section "Feeds" of the settings store; anything invalid is left at
 // its default (off) silently.
-FeedOptions loadFeedOptions(const SettingsStore &store, const QString &app);
+[[nodiscard]] FeedOptions loadFeedOptions(const SettingsStore &store, const QString &app);
 
 // --osc HOST:PORT (repeatable), --mqtt HOST[:PORT], --mqtt-control,
 // --mqtt-discovery, --mqtt-discovery-prefix PREFIX, --web PORT, --web-token TOKEN.
-QList<QCommandLineOption> feedCommandLineOptions();
+[[nodiscard]] QList<QCommandLineOption> feedCommandLineOptions();
 
 // Lays what the command line names over the stored options; nullopt with a
 // message in *error when a value is malformed.
-std::optional<FeedOptions> applyFeedArguments(const QCommandLineParser &parser, FeedOptions options,
-                                              QString *error);
+[[nodiscard]] std::optional<FeedOptions> applyFeedArguments(const QCommandLineParser &parser,
+                                                            FeedOptions options, QString *error);
 
 } // namespace zun

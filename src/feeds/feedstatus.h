@@ -17,6 +17,6 @@ struct FeedStatus
 
 // "OSC: 2 targets · MQTT: connected · Web: http://…" and the last error; empty
 // when every feed is off and nothing failed.
-QString feedStatusText(const FeedStatus &status);
+[[nodiscard]] QString feedStatusText(const FeedStatus &status);
 
 } // namespace zun

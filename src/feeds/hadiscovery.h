@@ -21,14 +21,15 @@ struct DiscoveryMessage
 // on, mute is a switch that writes the receiver's set topic; without it a
 // binary sensor, and the other kind's config is emptied so that a program
 // restarted the other way leaves no stale entity.
-QList<DiscoveryMessage> discoveryMessages(const QString &prefix, const QString &line,
-                                          const ReceiverStatus &status, bool control);
+[[nodiscard]] QList<DiscoveryMessage> discoveryMessages(const QString &prefix, const QString &line,
+                                                        const ReceiverStatus &status, bool control);
 
 // The same topics with empty payloads: the receiver's device goes away.
-QList<DiscoveryMessage> discoveryRemoval(const QString &prefix, const QString &line, int address);
+[[nodiscard]] QList<DiscoveryMessage> discoveryRemoval(const QString &prefix, const QString &line,
+                                                       int address);
 
 // An ID Home Assistant takes: only [a-zA-Z0-9_-]. Any other character
 // becomes '_' and a short digest of the original keeps "a.b" and "a_b" apart.
-QString discoveryId(const QString &text);
+[[nodiscard]] QString discoveryId(const QString &text);
 
 } // namespace zun

@@ -24,14 +24,14 @@ struct LineSnapshot
 // {"lines":[{"line","online","host","receiversFound","receivers":[{"address",
 // "name","freq","rfa","rfb","af","battery","mute","online"}]}]}. A receiver on
 // a line that is offline is offline too: nobody watches it any more.
-QByteArray stateJson(const QList<LineSnapshot> &lines);
+[[nodiscard]] QByteArray stateJson(const QList<LineSnapshot> &lines);
 
 // The Prometheus text format (version 0.0.4) of the same, with the bus
 // health. Levels of a receiver that is not online are left out rather than
 // shown stale; an unknown battery and round trip likewise.
-QByteArray metricsText(const QList<LineSnapshot> &lines);
+[[nodiscard]] QByteArray metricsText(const QList<LineSnapshot> &lines);
 
 // A label value with backslash, double quote and line feed escaped.
-QByteArray metricLabel(const QString &value);
+[[nodiscard]] QByteArray metricLabel(const QString &value);
 
 } // namespace zun

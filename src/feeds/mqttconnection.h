@@ -31,7 +31,8 @@ struct MqttSettings
 // Who owns a line name on the broker, judged from its retained status and
 // info; empty when the name is free or ours (a run of ours on this host
 // that died keeps "online" until the broker says its will).
-QString lineOwner(const QByteArray &status, const QByteArray &info, const QString &selfHost, qint64 selfPid);
+[[nodiscard]] QString lineOwner(const QByteArray &status, const QByteArray &info, const QString &selfHost,
+                                qint64 selfPid);
 
 // The libmosquitto client. It lives on a thread of its own (name look-up and
 // connect may block there, never on the work loop), and libmosquitto's own
@@ -68,7 +69,7 @@ private:
     int configure(mosquitto *client) const;
     // Who owns the line on the broker, asked by a short connection without a
     // will; empty when nobody else does, nothing when the broker could not be asked.
-    std::optional<QString> askOwner(int *rc) const;
+    [[nodiscard]] std::optional<QString> askOwner(int *rc) const;
     void failed(int rc);
 
     MqttSettings m_settings;

@@ -38,8 +38,9 @@ public:
     // freq,rfa,rfb,af,battery,mute,online} per online receiver, and /online
     // false for each address in wentOffline, and /zunoria/<line>/paused when
     // that changed.
-    static QByteArray encodeBundle(const QString &lineName, const QList<ReceiverStatus> &online,
-                                   const QList<int> &wentOffline, std::optional<bool> paused = {});
+    [[nodiscard]] static QByteArray encodeBundle(const QString &lineName, const QList<ReceiverStatus> &online,
+                                                 const QList<int> &wentOffline,
+                                                 std::optional<bool> paused = {});
 
 public slots:
     void onReceiverFound(const zun::ReceiverStatus &status) { store(status, true); }

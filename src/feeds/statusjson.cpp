@@ -43,9 +43,4 @@ std::optional<ReceiverStatus> parseReceiverJson(const QByteArray &json)
     return status;
 }
 
-QString addressText(int address)
-{
-    return QStringLiteral("%1").arg(address, 2, 10, QLatin1Char('0'));
-}
-
 } // namespace zun

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "receivers/addresstext.h"
 #include "receivers/receiverstatus.h"
 
 #include <QByteArray>
@@ -12,16 +13,13 @@ namespace zun {
 // One receiver as the MQTT topics and the dashboard carry it: address, name,
 // freq (MHz), rfa/rfb (0..99), rfaDbm/rfbDbm, af (0..99), clip, battery
 // (percent, -1 unknown), mute, online.
-QJsonObject receiverJson(const ReceiverStatus &status);
+[[nodiscard]] QJsonObject receiverJson(const ReceiverStatus &status);
 
 // The same as compact UTF-8 text; quotes and control characters escaped.
-QByteArray receiverJsonText(const ReceiverStatus &status);
+[[nodiscard]] QByteArray receiverJsonText(const ReceiverStatus &status);
 
 // A receiver back from that text; nothing unless it is an object with an
 // address 1..64. Missing fields keep their defaults.
-std::optional<ReceiverStatus> parseReceiverJson(const QByteArray &json);
-
-// "03": the address as the topics and OSC paths spell it.
-QString addressText(int address);
+[[nodiscard]] std::optional<ReceiverStatus> parseReceiverJson(const QByteArray &json);
 
 } // namespace zun

@@ -27,7 +27,7 @@ struct FleetLine
     QList<BusCounters> health;
     QHash<int, QSet<QString>> raised; // address → kinds of the alarms not cleared yet
 
-    bool alarmed(int address) const { return !raised.value(address).isEmpty(); }
+    [[nodiscard]] bool alarmed(int address) const { return !raised.value(address).isEmpty(); }
 };
 
 // What one message changed, so that a view can send only that.
@@ -48,7 +48,7 @@ public:
     static constexpr int kMaxAlarms = 200;
 
     // The topics a fleet listens to.
-    static QStringList subscriptions();
+    [[nodiscard]] static QStringList subscriptions();
 
     FleetChange apply(const QString &topic, const QByteArray &payload);
 

@@ -30,7 +30,7 @@ public:
 
     // Listens on the web port and connects to the broker; false with
     // errorText when the port cannot be had.
-    bool start();
+    [[nodiscard]] bool start();
     QString errorText() const { return m_error; }
     QString url() const;
     const FleetModel &model() const { return m_model; }

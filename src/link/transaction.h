@@ -19,7 +19,8 @@ public:
     // Sends the whole frame (carriage return included) and waits for a reply
     // that starts with "$" and the frame's two address characters. Address
     // "00" is a broadcast: nothing is read and the result is always true.
-    bool sendCommand(const QString &command, int replyLength, QString &reply, int timeoutMillis);
+    [[nodiscard]] bool sendCommand(const QString &command, int replyLength, QString &reply,
+                                   int timeoutMillis);
 
     // Waits at least millis milliseconds without yielding to the UI.
     void delay(int millis);
@@ -31,8 +32,8 @@ public:
     Clock &clock() { return m_clock; }
 
 private:
-    bool exchange(const QByteArray &frame, const QString &address, int replyLength, QString &reply,
-                  int timeoutMillis);
+    [[nodiscard]] bool exchange(const QByteArray &frame, const QString &address, int replyLength,
+                                QString &reply, int timeoutMillis);
 
     // After a disturbed reply: the line must be quiet before the next frame.
     void noteDisturbance(bool accepted, const QString &reply, const QString &address, int replyLength);
@@ -47,6 +48,6 @@ private:
 };
 
 // "%"/"#" + two hex digits of the address + body + carriage return.
-QString frame(QChar prefix, int address, const QString &body);
+[[nodiscard]] QString frame(QChar prefix, int address, const QString &body);
 
 } // namespace zun

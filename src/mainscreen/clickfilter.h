@@ -19,7 +19,7 @@ public:
     }
 
     // The button clicked, or nothing when the release does not finish a click.
-    std::optional<Qt::MouseButton> release(QMouseEvent *event, const QRect &inside)
+    [[nodiscard]] std::optional<Qt::MouseButton> release(QMouseEvent *event, const QRect &inside)
     {
         const Qt::MouseButton button = event->button();
         const bool same = button == m_pressed;

@@ -16,7 +16,7 @@ public:
     explicit ClickLabel(QWidget *parent = nullptr);
 
     void setShrinkToFit(bool on);
-    bool shrinkToFit() const { return m_shrinkToFit; }
+    [[nodiscard]] bool shrinkToFit() const { return m_shrinkToFit; }
 
 signals:
     // A press and release inside the label; globalPos is where it was released.

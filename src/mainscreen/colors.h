@@ -8,7 +8,7 @@ namespace zun {
 // Colours arrive as 24-bit blue-green-red values (0xBBGGRR, 255 is red), the
 // order the receivers' documentation and the panel design use. This is the
 // only place that turns them into QColor.
-QColor bgrColor(quint32 bgr);
+[[nodiscard]] QColor bgrColor(quint32 bgr);
 
 namespace bgr {
 inline constexpr quint32 White = 0xFFFFFF;
@@ -21,6 +21,6 @@ inline constexpr quint32 LightYellow = 0xC0FFFF;
 } // namespace bgr
 
 // The desktop's button-face colour: an offline name blinks between red and this.
-QColor buttonFaceColor();
+[[nodiscard]] QColor buttonFaceColor();
 
 } // namespace zun

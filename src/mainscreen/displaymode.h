@@ -18,9 +18,9 @@ enum DisplayMode {
 
 // The name-label caption of a record in a mode; a null text for the volume
 // mode, which changes nothing.
-QString nameCaption(const ReceiverRecord &record, int mode);
+[[nodiscard]] QString nameCaption(const ReceiverRecord &record, int mode);
 
 // Address "00" + blank + name: the caption after an address or name change.
-QString addressNameCaption(const ReceiverRecord &record);
+[[nodiscard]] QString addressNameCaption(const ReceiverRecord &record);
 
 } // namespace zun

@@ -10,7 +10,7 @@ namespace zun {
 // ...). An unknown or empty name gives a null pixmap, which shows nothing.
 // Pictures come from the compiled-in resources and are kept in Qt's pixmap
 // cache, so a panel update can ask for one on every poll.
-QPixmap namedImage(const QString &name);
-QIcon namedIcon(const QString &name);
+[[nodiscard]] QPixmap namedImage(const QString &name);
+[[nodiscard]] QIcon namedIcon(const QString &name);
 
 } // namespace zun

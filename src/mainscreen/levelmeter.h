@@ -25,11 +25,11 @@ public:
     // Live: white scale with the bar. Otherwise a blank face and no bar; the
     // value is reset either way so a re-enabled meter starts empty.
     void setLive(bool live);
-    bool isLive() const { return m_live; }
+    [[nodiscard]] bool isLive() const { return m_live; }
 
     int value() const { return m_value; }
     QColor barColor() const { return m_barColor; }
-    bool clipShown() const { return m_clip; }
+    [[nodiscard]] bool clipShown() const { return m_clip; }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;

@@ -1,10 +1,10 @@
 #include "mainscreen/mainwindow.h"
 
-#include "bushealth/bushealthwindow.h"
 #include "core/context.h"
 #include "core/options.h"
 #include "core/workloop.h"
 #include "mainscreen/aboutwindow.h"
+#include "mainscreen/bushealthwindow.h"
 #include "mainscreen/imageresources.h"
 #include "mainscreen/monitoring.h"
 #include "mainscreen/panelgrid.h"
@@ -12,9 +12,9 @@
 #include "mainscreen/rcvpanel.h"
 #include "mainscreen/searchprogresswindow.h"
 #include "planning/planwindow.h"
-#include "platform/framepacer.h"
 #include "platform/portmap.h"
 #include "session/session.h"
+#include "windowing/framepacer.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/abstractdetailwindow.h"
+#include "detail/abstractdetailwindow.h"
 #include "mainscreen/tvregion.h"
 #include "receivers/levelreading.h"
 
@@ -102,14 +102,14 @@ private:
     void baudRateChosen();
     void contentsChosen();
     void aboutChosen();
-    bool confirmExit();
+    [[nodiscard]] bool confirmExit();
     void setPortChosen();
     void loadSettingsFile(const QString &path);
     void showLineNotice();
     // The progress view follows the detection.
     void connectDetection();
     void refreshNameCaption(int index);
-    bool validIndex(int index) const;
+    [[nodiscard]] bool validIndex(int index) const;
     void connectSession();
     void addBusHealthItem();
     void addFrequencyPlanItem();

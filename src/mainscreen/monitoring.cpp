@@ -1,7 +1,7 @@
 #include "mainscreen/monitoring.h"
 
-#include "alarms/alarmlistwindow.h"
 #include "core/options.h"
+#include "mainscreen/alarmlistwindow.h"
 #include "mainscreen/mainwindow.h"
 #include "mainscreen/rcvpanel.h"
 #include "session/session.h"

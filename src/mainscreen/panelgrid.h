@@ -34,12 +34,12 @@ public:
     // Panels from receiverCount on are hidden while hide is on; they keep
     // their place so the others do not move.
     void setHideUnused(bool hide, int receiverCount);
-    bool hideUnused() const { return m_hideUnused; }
+    [[nodiscard]] bool hideUnused() const { return m_hideUnused; }
     void setFullView(bool full);
-    bool fullView() const { return m_fullView; }
+    [[nodiscard]] bool fullView() const { return m_fullView; }
 
     // Whether a panel is part of what the grid currently shows.
-    bool isPanelShown(int index) const;
+    [[nodiscard]] bool isPanelShown(int index) const;
 
 signals:
     void nameClicked(int index);

@@ -27,7 +27,7 @@ struct PanelReadout
     bool audioClip = false;
 };
 
-PanelReadout panelReadout(const LevelReading &reading);
+[[nodiscard]] PanelReadout panelReadout(const LevelReading &reading);
 
 // Battery caption and picture for a percentage (0 is "OFF").
 struct BatteryState
@@ -35,13 +35,13 @@ struct BatteryState
     QString caption;
     QString image;
 };
-BatteryState batteryState(int percent);
+[[nodiscard]] BatteryState batteryState(int percent);
 
 // Meter geometry for a picture height H (pixels, top is 0).
-int rfBarTop(int height, int level);
-int audioBarTop(int height, int x);
+[[nodiscard]] int rfBarTop(int height, int level);
+[[nodiscard]] int audioBarTop(int height, int x);
 // The red box spans from the clip mark up to (and past) the top of the scale.
-int audioRedBoxNearEdge(int height);
-int audioRedBoxFarEdge(int height);
+[[nodiscard]] int audioRedBoxNearEdge(int height);
+[[nodiscard]] int audioRedBoxFarEdge(int height);
 
 } // namespace zun

@@ -13,9 +13,9 @@ class PortMap;
 // the port is tested again; an open line on that port is closed so that the
 // next detection or "Reconnect" uses the new target. Returns the port number,
 // or 0 when the user cancelled or the answer was refused with a message.
-int setPortMapping(Context &ctx, PortMap &ports);
+[[nodiscard]] int setPortMapping(Context &ctx, PortMap &ports);
 
 // The answer to setPortMapping's question, without asking.
-int applyPortMapping(Context &ctx, PortMap &ports, const QString &answer);
+[[nodiscard]] int applyPortMapping(Context &ctx, PortMap &ports, const QString &answer);
 
 } // namespace zun

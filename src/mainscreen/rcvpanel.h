@@ -52,13 +52,13 @@ public:
     // One step of an alarm flash: the name label lit in the alarm colour or
     // not. Drawn over the label, so its own colours stay as they are.
     void setAlarmLit(bool lit);
-    bool alarmLit() const;
+    [[nodiscard]] bool alarmLit() const;
 
     // Size of type and signs relative to the design size (1.0 = 80 px wide
     // strips); compact drops the meter captions for the all-panels view.
     void setScale(qreal scale);
     void setCompact(bool compact);
-    bool isCompact() const { return m_compact; }
+    [[nodiscard]] bool isCompact() const { return m_compact; }
 
     ClickLabel *nameLabel() const { return m_name; }
     LevelMeter *meterRfA() const { return m_rfA; }

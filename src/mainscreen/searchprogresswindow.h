@@ -25,7 +25,7 @@ public:
     // once, since the search blocks on the line until the next address.
     void setProgress(int address);
     // The user clicked "SKIP": the label has disabled itself.
-    bool skipRequested() const;
+    [[nodiscard]] bool skipRequested() const;
     // Back to the state of a fresh search; also done on every show.
     void reset();
 

@@ -1,14 +1,27 @@
 #include "mainscreen/startupwindows.h"
 
+#include "detail/detailwindow.h"
 #include "mainscreen/mainwindow.h"
 #include "mainscreen/splashwindow.h"
+#include "rftools/rftools.h"
 
 #include <QDateTime>
 #include <QStatusBar>
 
 namespace zun {
 
-StartupWindows::StartupWindows(Session &session, PortMap *ports) : m_session(session), m_ports(ports) {}
+void wireWindows(Context &ctx)
+{
+    ctx.makeDetailWindow = [](Context &c, DetailHost &host) { return new DetailWindow(c, host); };
+    ctx.makeRfTools = [](Context &c, RfToolsHost &host, QWidget *parent) {
+        return new RfTools(c, host, parent);
+    };
+}
+
+StartupWindows::StartupWindows(Session &session, PortMap *ports) : m_session(session), m_ports(ports)
+{
+    wireWindows(session.context());
+}
 
 StartupWindows::~StartupWindows() = default;
 

@@ -8,9 +8,14 @@
 
 namespace zun {
 
+struct Context;
 class MainWindow;
 class PortMap;
 class SplashWindow;
+
+// Gives the context the factories of the detail window and of the RF tools it
+// hosts; the windows meet here so that neither includes the other.
+void wireWindows(Context &ctx);
 
 // The windows start-up shows: the splash, then the main screen once the
 // receiver search is done, so that while receivers are searched for only the

@@ -18,7 +18,7 @@ using TvRegionItems = std::array<QAction *, 6>;
 
 // Adds the region items (mnuTV_Australia .. mnuTV_USA) to a "TV Channel"
 // submenu of menu. Each item sets the region and applies it.
-TvRegionItems addTvRegionMenu(QMenu *menu, Context &ctx);
+[[nodiscard]] TvRegionItems addTvRegionMenu(QMenu *menu, Context &ctx);
 
 // Moves the check mark to the current region and saves "TVtype".
 void applyTvRegion(const TvRegionItems &items, Context &ctx);

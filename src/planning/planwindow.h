@@ -2,7 +2,7 @@
 
 #include "coordination/linecheck.h"
 #include "coordination/planner.h"
-#include "rftools/scancsv.h"
+#include "coordination/scancsv.h"
 #include "session/frequencydeploy.h"
 
 #include <QSet>
@@ -40,7 +40,7 @@ public:
 
     // The proposed frequency per receiver (kHz, -1: not placed); empty before Compute.
     const std::vector<int> &proposed() const { return m_proposed; }
-    bool computing() const { return m_planner != nullptr; }
+    [[nodiscard]] bool computing() const { return m_planner != nullptr; }
     // The settings file written before the last deploy.
     QString backupPath() const { return m_backupPath; }
 
@@ -66,12 +66,12 @@ private:
     void updatePicture();
     void computeSlice();
     void finishCompute();
-    bool collectExclusions(PlanExclusions &out, std::vector<std::pair<int, int>> &shownRanges);
+    [[nodiscard]] bool collectExclusions(PlanExclusions &out, std::vector<std::pair<int, int>> &shownRanges);
     std::pair<int, int> lineBandKHz() const;
     void startDeploy(std::vector<DeployTarget> targets, const QString &what);
     void showOutcome(int index, DeployOutcome outcome);
     void deployDone();
-    bool writeFile(const QString &path, const QString &text);
+    [[nodiscard]] bool writeFile(const QString &path, const QString &text);
     void setStatus(const QString &text);
 
     Session &m_session;

@@ -12,8 +12,8 @@ class ConsoleDialogs final : public Dialogs
 {
 public:
     MessageAnswer message(const QString &text, MessageButtons buttons) override;
-    std::optional<QString> inputBox(const QString &prompt, const QString &title,
-                                    const QString &defaultText) override;
+    [[nodiscard]] std::optional<QString> inputBox(const QString &prompt, const QString &title,
+                                                  const QString &defaultText) override;
     QString openFileName(const QString &filter) override;
     QString saveFileName(const QString &filter, const QString &suggestedName) override;
     std::optional<QList<int>> chooseOptions(const QString &title, const QList<QStringList> &groups) override;

@@ -17,14 +17,6 @@ public:
     virtual int screenWidth() const = 0;
 };
 
-class QtDesktop final : public Desktop
-{
-public:
-    void processEvents() override;
-    void openDocument(const QString &path) override;
-    int screenWidth() const override;
-};
-
 // Test double: events still run (widgets need them) but opened documents and
 // the screen width are under the test's control.
 class FakeDesktop final : public Desktop

@@ -7,8 +7,6 @@
 #include <functional>
 #include <optional>
 
-class QWidget;
-
 namespace zun {
 
 enum class MessageButtons { Ok, YesNo };
@@ -24,8 +22,8 @@ public:
     // The box carries the application caption "Zunoria".
     virtual MessageAnswer message(const QString &text, MessageButtons buttons = MessageButtons::Ok) = 0;
     // Empty optional when the user cancelled.
-    virtual std::optional<QString> inputBox(const QString &prompt, const QString &title = {},
-                                            const QString &defaultText = {}) = 0;
+    [[nodiscard]] virtual std::optional<QString> inputBox(const QString &prompt, const QString &title = {},
+                                                          const QString &defaultText = {}) = 0;
     // The filter is given in the form "Receiver Setting(*.zun)|*.zun".
     // Empty text when the user cancelled.
     virtual QString openFileName(const QString &filter) = 0;
@@ -34,20 +32,8 @@ public:
     // A small form of option groups with one choice each: every group is its
     // caption followed by its options. The chosen index per group, or empty
     // when the user cancelled.
-    virtual std::optional<QList<int>> chooseOptions(const QString &title,
-                                                    const QList<QStringList> &groups) = 0;
-};
-
-// Real modal dialogs, parented to the active window.
-class QtDialogs final : public Dialogs
-{
-public:
-    MessageAnswer message(const QString &text, MessageButtons buttons) override;
-    std::optional<QString> inputBox(const QString &prompt, const QString &title,
-                                    const QString &defaultText) override;
-    QString openFileName(const QString &filter) override;
-    QString saveFileName(const QString &filter, const QString &suggestedName) override;
-    std::optional<QList<int>> chooseOptions(const QString &title, const QList<QStringList> &groups) override;
+    [[nodiscard]] virtual std::optional<QList<int>> chooseOptions(const QString &title,
+                                                                  const QList<QStringList> &groups) = 0;
 };
 
 // Test double: answers come from queues; everything shown is recorded.
@@ -62,8 +48,8 @@ public:
     };
 
     MessageAnswer message(const QString &text, MessageButtons buttons) override;
-    std::optional<QString> inputBox(const QString &prompt, const QString &title,
-                                    const QString &defaultText) override;
+    [[nodiscard]] std::optional<QString> inputBox(const QString &prompt, const QString &title,
+                                                  const QString &defaultText) override;
     QString openFileName(const QString &filter) override;
     QString saveFileName(const QString &filter, const QString &suggestedName) override;
     std::optional<QList<int>> chooseOptions(const QString &title, const QList<QStringList> &groups) override;

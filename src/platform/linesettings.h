@@ -21,6 +21,6 @@ struct LineSettings
 };
 
 // Empty when the text is not understood.
-std::optional<LineSettings> parseLineSettings(const QString &text);
+[[nodiscard]] std::optional<LineSettings> parseLineSettings(const QString &text);
 
 } // namespace zun

@@ -20,10 +20,10 @@ struct NetAddress
 };
 
 // Empty when the text is not such an address (a device path, a typo).
-std::optional<NetAddress> parseNetAddress(const QString &text);
+[[nodiscard]] std::optional<NetAddress> parseNetAddress(const QString &text);
 
 // True when the text claims to be a network address, well-formed or not, so
 // that a typo is reported as a bad address instead of a missing device.
-bool looksLikeNetAddress(const QString &text);
+[[nodiscard]] bool looksLikeNetAddress(const QString &text);
 
 } // namespace zun

@@ -47,6 +47,7 @@ public:
     QString takeNotice() override;
 
 private:
+    // False when the connection broke; the next exchange finds the line closed.
     bool send(const QByteArray &bytes);
     void pull();
     void ackAtOnce();

@@ -39,7 +39,7 @@ public:
 
     // Takes "COM3=/dev/ttyUSB0" (later texts for the same n win). False,
     // and nothing changes, when the text is malformed.
-    bool addOverride(const QString &mapping);
+    [[nodiscard]] bool addOverride(const QString &mapping);
     // "COM3=..." taken apart: the port number (0 when malformed) and the
     // target as it will be used; an empty target ("COM3=") is allowed.
     static std::pair<int, QString> parseMapping(const QString &mapping);
@@ -50,7 +50,7 @@ public:
     // The target of port n as mapped (device path or network address),
     // before symbolic links are resolved.
     QString mapping(int n) const;
-    std::optional<NetAddress> networkAddress(int n) const;
+    [[nodiscard]] std::optional<NetAddress> networkAddress(int n) const;
     // What the port menu shows: the network address, else the stable
     // /dev/serial/by-id name of the device when there is one.
     QString displayName(int n) const;
@@ -61,13 +61,13 @@ public:
     Source source(int n) const;
 
     // "--port COMn=DEVICE", for the program's command-line parser.
-    static QCommandLineOption commandLineOption();
-    static QStringList systemDevices();
+    [[nodiscard]] static QCommandLineOption commandLineOption();
+    [[nodiscard]] static QStringList systemDevices();
     // USB adapters (ttyUSB, then ttyACM) before other ports, each by number;
     // names listed in consoles are dropped.
-    static QStringList orderCandidates(const QStringList &devices, const QStringList &consoles);
+    [[nodiscard]] static QStringList orderCandidates(const QStringList &devices, const QStringList &consoles);
     // The /dev/serial/by-id link (in byIdFolder) that leads to device, or empty.
-    static QString stableName(const QString &device, const QString &byIdFolder);
+    [[nodiscard]] static QString stableName(const QString &device, const QString &byIdFolder);
 
 private:
     QString mappedPath(int n, Source *source) const;

@@ -9,6 +9,6 @@ namespace zun {
 // would wait for a writer forever, and a device or a directory has no end a
 // size check could trust. Returns an empty text on success, else the reason
 // to show the user.
-QString openRegularFile(QFile &file, const QString &path);
+[[nodiscard]] QString openRegularFile(QFile &file, const QString &path);
 
 } // namespace zun

@@ -35,19 +35,19 @@ public:
     QByteArray configure(const LineSettings &settings, bool requestToSend);
 
     // Line data as it must travel: every 0xFF doubled.
-    static QByteArray escape(const QByteArray &data);
+    [[nodiscard]] static QByteArray escape(const QByteArray &data);
 
     // The server never answered: treat the session as raw from now on.
     void giveUp();
 
     ComPort comPort() const { return m_comPort; }
     // The speed the server last reported for its port.
-    std::optional<qint32> confirmedBaudRate() const { return m_confirmedBaud; }
+    [[nodiscard]] std::optional<qint32> confirmedBaudRate() const { return m_confirmedBaud; }
     // How many speed reports the server sent; a new one answers the last change.
     int baudRateReports() const { return m_baudReports; }
     // The server sent at least one Telnet command: it is a Telnet server,
     // whether or not it takes the option.
-    bool heardTelnet() const { return m_heardTelnet; }
+    [[nodiscard]] bool heardTelnet() const { return m_heardTelnet; }
 
 private:
     enum class State { Data, Iac, Option, Sub, SubIac };

@@ -17,20 +17,20 @@ public:
 
     // The existence test of port n: opens it read-write and exclusively, then
     // closes it again. Only existing devices count.
-    virtual bool portExists(int n) = 0;
+    [[nodiscard]] virtual bool portExists(int n) = 0;
 
     virtual void selectPort(int n) = 0;
     virtual int portNumber() const = 0;
-    virtual bool open() = 0;
+    [[nodiscard]] virtual bool open() = 0;
     virtual void close() = 0;
-    virtual bool isOpen() const = 0;
+    [[nodiscard]] virtual bool isOpen() const = 0;
 
     // Settings text such as "115200,N,8,1". False when the text is not understood.
-    virtual bool applySettings(const QString &settings) = 0;
+    [[nodiscard]] virtual bool applySettings(const QString &settings) = 0;
     virtual void setRequestToSend(bool on) = 0;
     virtual void setTextMode() = 0;
 
-    virtual bool write(const QByteArray &text) = 0;
+    [[nodiscard]] virtual bool write(const QByteArray &text) = 0;
     virtual int bytesWaiting() = 0;
     virtual QByteArray readAll() = 0;
     virtual void discardInput() = 0;

@@ -24,7 +24,7 @@ public:
     const Clock &clock() const { return m_clock; }
 
     // ISO 8601 with milliseconds and the offset from UTC: 2026-11-23T21:04:05.123+01:00
-    static QString iso(const QDateTime &time);
+    [[nodiscard]] static QString iso(const QDateTime &time);
 
 private:
     const Clock &m_clock;

@@ -18,14 +18,14 @@ public:
     // One reading; returns true when a count changed.
     bool count(int rfA, int rfB, int squelchLevel);
 
-    bool counting() const { return m_counting; }
-    bool aBelow() const { return m_aBelow; }
-    bool bBelow() const { return m_bBelow; }
+    [[nodiscard]] bool counting() const { return m_counting; }
+    [[nodiscard]] bool aBelow() const { return m_aBelow; }
+    [[nodiscard]] bool bBelow() const { return m_bBelow; }
     QString textA() const { return m_textA; }
     QString textB() const { return m_textB; }
 
 private:
-    static bool countOne(int level, int squelchLevel, bool &below, QString &text);
+    [[nodiscard]] static bool countOne(int level, int squelchLevel, bool &below, QString &text);
 
     bool m_counting = false;
     bool m_aBelow = false;

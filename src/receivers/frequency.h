@@ -9,22 +9,22 @@ namespace zun {
 
 // Code text to MHz. Text shorter than 4 characters, or a code too large for
 // the receivers' 32-bit arithmetic, gives 0.
-double mhzFromCode(QStringView code);
+[[nodiscard]] double mhzFromCode(QStringView code);
 
 // MHz to the nearest code (halves to even) as 4 upper-case hex digits.
 // A value that is not a number or lies beyond any code gives "0000".
-QString codeFromMhz(double mhz);
+[[nodiscard]] QString codeFromMhz(double mhz);
 
 // "000.000": at least three integer digits, exactly three decimals, rounded
 // half away from zero on the decimal digits a user would read.
-QString formatFreq(double mhz);
+[[nodiscard]] QString formatFreq(double mhz);
 
 // The number a text starts with, as the line's old BASIC Val() reads it:
 // leading blanks skipped, digits, one point, an exponent; 0 when none.
-double leadingValue(QStringView text);
+[[nodiscard]] double leadingValue(QStringView text);
 
 // A double as plain text with up to 15 significant digits ("182.275",
 // "470", "565.999975585938"), the form the band comparisons work on.
-QString numberText(double value);
+[[nodiscard]] QString numberText(double value);
 
 } // namespace zun

@@ -8,23 +8,23 @@
 namespace zun {
 
 // The receivers' level scale: 0..99 is -107..-47 dBm.
-double levelDbm(int level);
+[[nodiscard]] double levelDbm(int level);
 
 // An antenna byte as the detail window and the scan take it: raised by 5 and
 // held at 255 before the table, which lines these readings up with the
 // main screen's.
-int detailLevel(const LevelTable &table, int raw);
+[[nodiscard]] int detailLevel(const LevelTable &table, int raw);
 
 // Audio byte to the meter's 0..129 scale: nothing below 86, tapered so that
 // quiet signals show and a clipping one fills the bar.
-int audioTaper(int audioRaw);
+[[nodiscard]] int audioTaper(int audioRaw);
 inline constexpr int kAudioClipLevel = 116;
 
 // Battery percentage for x = Int(average) + 1: 100, 80, 40, 10, or 0 ("OFF").
 // A larger reading is a weaker battery.
-int batteryPercentFor(int x);
+[[nodiscard]] int batteryPercentFor(int x);
 // The battery read-out: "100%", "80%", "40%", "10%" or "OFF".
-QString batteryText(int percent);
+[[nodiscard]] QString batteryText(int percent);
 
 // Running mean of one receiver's battery readings. A reading means something
 // only while a transmitter is on the air, so the caller adds only those; the
@@ -56,7 +56,7 @@ struct LevelReading
 
 // Reads a poll reply for a receiver with this squelch setting; battery is the
 // receiver's running mean, fed only while a transmitter is on the air.
-LevelReading readLevels(const LevelReply &raw, int squelch, const LevelTable &table,
-                        BatteryAverager &battery);
+[[nodiscard]] LevelReading readLevels(const LevelReply &raw, int squelch, const LevelTable &table,
+                                      BatteryAverager &battery);
 
 } // namespace zun

@@ -7,9 +7,9 @@ namespace zun {
 // The receivers' calibration: an 8-bit reading to a display level 0..99.
 using LevelTable = std::array<int, 256>;
 
-LevelTable buildLevelTable();
+[[nodiscard]] LevelTable buildLevelTable();
 
 // A squelch setting 0..99 as a level comparable with LevelTable's output.
-int squelchLevel(const LevelTable &table, int squelch);
+[[nodiscard]] int squelchLevel(const LevelTable &table, int squelch);
 
 } // namespace zun

@@ -27,19 +27,19 @@ struct Preset
 
 // Reads the group table: a limit of 0 or above 11 becomes 11 with a message,
 // a count digit of 0 means 16 channels. Missing digits read as 0.
-PresetTable parseGroupTable(QStringView table, QStringList &messages);
+[[nodiscard]] PresetTable parseGroupTable(QStringView table, QStringList &messages);
 
 // Brings a record's group and channel inside the table, adding one message
 // per repair: a group of 0 (or less) or above the limit becomes the limit;
 // a channel above its group's count becomes that count; channel 0 (or less)
 // silently becomes 16.
-Preset repairPreset(const PresetTable &table, Preset preset, QStringList &messages);
+[[nodiscard]] Preset repairPreset(const PresetTable &table, Preset preset, QStringList &messages);
 
 // The preset buttons' steps: channels wrap inside their group, groups wrap
 // inside the limit and pull a too-high channel down to the new group's count.
-Preset channelUp(const PresetTable &table, Preset preset);
-Preset channelDown(const PresetTable &table, Preset preset);
-Preset groupUp(const PresetTable &table, Preset preset);
-Preset groupDown(const PresetTable &table, Preset preset);
+[[nodiscard]] Preset channelUp(const PresetTable &table, Preset preset);
+[[nodiscard]] Preset channelDown(const PresetTable &table, Preset preset);
+[[nodiscard]] Preset groupUp(const PresetTable &table, Preset preset);
+[[nodiscard]] Preset groupDown(const PresetTable &table, Preset preset);
 
 } // namespace zun

@@ -144,17 +144,40 @@ void ReceiverBus::fill(int index, const Identification &id)
 
 // --- detection ---------------------------------------------------------------
 
-void ReceiverBus::openLine()
+bool ReceiverBus::openLine()
 {
     m_line.setTextMode();
     m_line.setRequestToSend(true);
-    m_line.applySettings(lineSettings(m_options.baudRate));
+    // The speed text is our own; a port that refuses it keeps its old speed,
+    // which may still be the receivers' one, so the search goes on there.
+    const QString settings = lineSettings(m_options.baudRate);
+    if (!m_line.applySettings(settings))
+        emit lineProblem(
+            QStringLiteral("COM%1 did not take the line settings %2").arg(m_line.portNumber()).arg(settings));
     if (m_line.isOpen()) {
         m_options.port = m_line.portNumber();
-    } else {
-        m_line.selectPort(m_options.port);
-        m_line.open();
+        return true;
     }
+    m_line.selectPort(m_options.port);
+    return openSelectedPort();
+}
+
+bool ReceiverBus::openSelectedPort()
+{
+    if (m_line.open())
+        return true;
+    emit lineProblem(
+        QStringLiteral("COM%1 does not open: missing, in use by another program, or not permitted")
+            .arg(m_line.portNumber()));
+    return false;
+}
+
+void ReceiverBus::forgetReceivers()
+{
+    for (ReceiverRecord &r : m_table)
+        r.online = false;
+    m_foundCount = 0;
+    setWorkMode(WorkMode::Idle);
 }
 
 bool ReceiverBus::searchCurrentPort()
@@ -198,9 +221,13 @@ bool ReceiverBus::searchCurrentPort()
 
 bool ReceiverBus::detectReceivers()
 {
-    openLine();
-    if (searchCurrentPort())
+    // Nothing can answer on a port that did not open: no search there, but the
+    // table forgets the receivers as a silent search would.
+    const bool opened = openLine();
+    if (opened && searchCurrentPort())
         return true;
+    if (!opened)
+        forgetReceivers();
     m_line.close();
     const int failed = m_options.port;
     for (int n = 1; n <= 8; ++n) {
@@ -211,8 +238,10 @@ bool ReceiverBus::detectReceivers()
                 m_line.close();
             m_line.selectPort(n);
             m_options.port = n;
-            m_line.open();
+            const bool portOpened = openSelectedPort();
             emit portChanged(QStringLiteral("COM%1").arg(n));
+            if (!portOpened)
+                continue;
         }
         if (searchCurrentPort())
             return true;

@@ -81,14 +81,14 @@ public:
 
     WorkMode workMode() const { return m_workMode; }
     void setWorkMode(WorkMode mode);
-    bool kobActive() const { return m_kobActive; }
+    [[nodiscard]] bool kobActive() const { return m_kobActive; }
 
     // --- the receiver table ----------------------------------------------
     // Sized to the number of panels when the main screen loads.
     void resizeTable(int count);
     int receiverCount() const { return static_cast<int>(m_table.size()); }
     int foundCount() const { return m_foundCount; }
-    bool validIndex(int index) const { return index >= 0 && index < receiverCount(); }
+    [[nodiscard]] bool validIndex(int index) const { return index >= 0 && index < receiverCount(); }
     // A stale index reads an empty record rather than failing.
     const ReceiverRecord &record(int index) const;
     ReceiverStatus status(int index) const;
@@ -100,8 +100,9 @@ public:
     // --- detection ---------------------------------------------------------
     // Asked after every address; true stops the scan ("SKIP").
     void setSkipCheck(std::function<bool()> skip) { m_skip = std::move(skip); }
-    // Text mode, request-to-send, line speed; then the port already open or CommPort.
-    void openLine();
+    // Text mode, request-to-send, line speed; then the port already open or
+    // CommPort. False when the line is not open afterwards.
+    [[nodiscard]] bool openLine();
     // Scans addresses 1..64 on the current port and refills the table from
     // record 0. True when anybody answered.
     bool searchCurrentPort();
@@ -136,22 +137,22 @@ public:
     void pilotKob(int index);
     // Writes a settings-file line's fields to the detected receiver with that
     // address and sends them; the index changed, or nothing.
-    std::optional<int> programReceiver(const SettingsLine &fields);
+    [[nodiscard]] std::optional<int> programReceiver(const SettingsLine &fields);
     // Asks a receiver for its whole status ("M") and takes it into the record:
     // what a receiver really runs on after a command it may not have taken.
-    std::optional<Identification> readBack(int index);
+    [[nodiscard]] std::optional<Identification> readBack(int index);
 
     // --- the detail window's receiver (the selected one) ----------------------------------
     // Fresh battery mean and drop counters for a newly opened window.
     void openDetail(int index);
     // "NS" after the window closed, polling again.
     void closeDetail();
-    std::optional<DetailReading> readDetailLevels();
+    [[nodiscard]] std::optional<DetailReading> readDetailLevels();
     // A repaired preset goes into the record; nothing is sent.
     void storePreset(int group, int channel);
     // The record takes the preset first and keeps it whatever the receiver
     // says; the receiver's frequency code when it answered.
-    std::optional<QString> selectPreset(int group, int channel);
+    [[nodiscard]] std::optional<QString> selectPreset(int group, int channel);
     // Direct tuning: off the presets, to this code. settleMillis is waited after.
     bool tuneManual(const QString &code, int settleMillis = 0);
     // The scan cursor's point becomes the code of the next tune.
@@ -167,7 +168,7 @@ public:
     void squelchReleased();
     // The window went away during a hold: stop without sending.
     void squelchCancelled() { m_squelchHeld = false; }
-    bool squelchHeld() const { return m_squelchHeld; }
+    [[nodiscard]] bool squelchHeld() const { return m_squelchHeld; }
     // Runs the receiver's KOB function to its end; a second call from inside
     // (the user's second press) goes to stopKob().
     void runKob();
@@ -178,14 +179,14 @@ public:
     // --- RF tools -----------------------------------------------------------
     // Tunes to the point and reads its levels; nothing when the receiver did
     // not answer (polling is then back on).
-    std::optional<ScanReading> scanStep(int pointIndex, double frequencyMHz);
-    std::optional<DetailReading> recorderStep();
+    [[nodiscard]] std::optional<ScanReading> scanStep(int pointIndex, double frequencyMHz);
+    [[nodiscard]] std::optional<DetailReading> recorderStep();
 
     // --- the whole line -------------------------------------------------------
     void showDisplayMode(int mode);
     // Every receiver to the new speed, then the port. False (nothing saved)
     // for a speed the receivers lack or when the port does not reopen.
-    bool changeBaudRate(int baudrate);
+    [[nodiscard]] bool changeBaudRate(int baudrate);
     // "#00A0" three times when the port is open.
     void sayGoodbye();
 
@@ -204,6 +205,8 @@ signals:
     void signalDropped(int address, QChar antenna, int count);
     void baudRateChanged(int baudRate);
     void portChanged(const QString &portName);
+    // The port did not open or refused the line settings; the text says which.
+    void lineProblem(const QString &text);
 
     // For the windows, which work by table index.
     void workModeChanged(zun::WorkMode mode);
@@ -230,9 +233,12 @@ private:
     bool send(const QString &frame, int replyLength, int timeoutMillis, QString &reply);
     bool send(const QString &frame, int replyLength, int timeoutMillis);
     void fill(int index, const Identification &id);
-    bool answersAgain(int index);
+    [[nodiscard]] bool answersAgain(int index);
+    // Opens the selected port; says so when it does not open.
+    [[nodiscard]] bool openSelectedPort();
+    void forgetReceivers();
     ReceiverRecord *selectedRecord();
-    std::optional<DetailReading> detailReading(const LevelReply &raw);
+    [[nodiscard]] std::optional<DetailReading> detailReading(const LevelReply &raw);
     void stepSquelch(int direction);
     void processEvents();
     void enterKobWait();

@@ -30,7 +30,7 @@ struct Identification
     bool mute = false;       // 40: hex digit >= 2
     bool manualFreq = false; // 40: odd hex digit
 };
-std::optional<Identification> parseIdentification(QStringView reply, int address);
+[[nodiscard]] std::optional<Identification> parseIdentification(QStringView reply, int address);
 
 // The four bytes of a level reply to "N" (and of the scan's "E"), raw 0..255.
 // Characters missing at the end read as 0.
@@ -41,7 +41,7 @@ struct LevelReply
     int rfB = 0;     // 8-9
     int battery = 0; // 10-11
 };
-std::optional<LevelReply> parseLevels(QStringView reply, int address);
+[[nodiscard]] std::optional<LevelReply> parseLevels(QStringView reply, int address);
 
 // One spectrum point, the reply to "E": the level bytes, the antennas as the
 // scan takes them.
@@ -49,14 +49,14 @@ struct ScanPointReply
 {
     LevelReply raw;
 };
-std::optional<ScanPointReply> parseScanPoint(QStringView reply, int address);
+[[nodiscard]] std::optional<ScanPointReply> parseScanPoint(QStringView reply, int address);
 
 // The preset a receiver tuned to after "D": its frequency code.
 struct PresetReply
 {
     QString frequencyCode; // 4-7
 };
-std::optional<PresetReply> parsePreset(QStringView reply, int address);
+[[nodiscard]] std::optional<PresetReply> parsePreset(QStringView reply, int address);
 
 // Text fields. Only an empty read counts as no reply; whatever came is read
 // by position, as the receivers' own tools do.
@@ -64,13 +64,13 @@ struct TextFieldA
 {
     QString text; // 4-9
 };
-std::optional<TextFieldA> parseTextA(QStringView reply);
+[[nodiscard]] std::optional<TextFieldA> parseTextA(QStringView reply);
 
 struct TextFieldB
 {
     QString text; // digit 4, ".", digits 5-6
 };
-std::optional<TextFieldB> parseTextB(QStringView reply);
+[[nodiscard]] std::optional<TextFieldB> parseTextB(QStringView reply);
 
 // The presence probe "L": someone answers on this address when characters
 // 2-3 of the reply are the address, whatever the first character is.
@@ -78,9 +78,9 @@ struct AddressCheck
 {
     int address = 0;
 };
-std::optional<AddressCheck> parseAddressCheck(QStringView reply, int address);
+[[nodiscard]] std::optional<AddressCheck> parseAddressCheck(QStringView reply, int address);
 
 // True when the reply starts with "$" and the address as two hex digits.
-bool isReplyFrom(QStringView reply, int address);
+[[nodiscard]] bool isReplyFrom(QStringView reply, int address);
 
 } // namespace zun

@@ -35,13 +35,13 @@ inline const QString kSettingsFilter = QStringLiteral("Receiver Setting(*.zun)|*
 
 // The file text for records in table order: comma separated, strings in
 // double quotes, flags as 0 / -1, CR LF after every line.
-QByteArray formatSettings(const QList<ReceiverRecord> &records);
+[[nodiscard]] QByteArray formatSettings(const QList<ReceiverRecord> &records);
 
 // Reads a whole file's text; any bad line rejects the whole file.
-SettingsParse parseSettings(const QByteArray &text);
+[[nodiscard]] SettingsParse parseSettings(const QByteArray &text);
 
 // Writes through a temporary file so a failed save leaves the old file whole.
 // Returns an empty text on success, else what went wrong.
-QString saveSettingsFile(const QString &path, const QByteArray &content);
+[[nodiscard]] QString saveSettingsFile(const QString &path, const QByteArray &content);
 
 } // namespace zun

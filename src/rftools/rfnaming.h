@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/widgetname.h"
+#include "windowing/widgetname.h"
 
 namespace zun {
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "coordination/scancsv.h"
 #include "rftools/holdtraces.h"
-#include "rftools/scancsv.h"
 
 #include <QObject>
 

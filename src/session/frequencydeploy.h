@@ -35,9 +35,9 @@ public:
 
     // False while an earlier list is still running.
     bool start(std::vector<DeployTarget> targets);
-    bool busy() const { return m_next < m_targets.size(); }
+    [[nodiscard]] bool busy() const { return m_next < m_targets.size(); }
     // One receiver; false when there was nothing to do.
-    bool step();
+    [[nodiscard]] bool step();
 
 signals:
     void receiverDeployed(int index, zun::DeployOutcome outcome);
@@ -50,6 +50,6 @@ private:
 };
 
 // "done", "no response", "not taken".
-QString deployOutcomeText(DeployOutcome outcome);
+[[nodiscard]] QString deployOutcomeText(DeployOutcome outcome);
 
 } // namespace zun

@@ -20,11 +20,12 @@ struct LineInfo
     qint64 pid = 0;
 };
 
-QByteArray lineInfoJson(const LineInfo &info);
+[[nodiscard]] QByteArray lineInfoJson(const LineInfo &info);
 
 // One alarm event: {"line","address","name","kind","state","time"}, kind
 // "battery", "rf-low", "offline" or "clipping", state "raised" or "cleared",
 // time in ISO 8601 with the UTC offset.
-QByteArray alarmJson(const QString &line, const Alarm &alarm, bool cleared, const QDateTime &time);
+[[nodiscard]] QByteArray alarmJson(const QString &line, const Alarm &alarm, bool cleared,
+                                   const QDateTime &time);
 
 } // namespace zun

@@ -27,7 +27,7 @@ public:
     void enqueue(const QString &addressLevel, const QByteArray &payload);
     int waiting() const { return static_cast<int>(m_waiting.size()); }
     // Carries out what waits; true when the line was used.
-    bool runWaiting();
+    [[nodiscard]] bool runWaiting();
 
 signals:
     void resultReady(const QString &addressLevel, const QByteArray &json);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rftools/scancsv.h"
+#include "coordination/scancsv.h"
 
 #include <QObject>
 

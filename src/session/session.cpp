@@ -1,13 +1,13 @@
 #include "session/session.h"
 
 #include "alarms/alarmsettings.h"
-#include "alarms/receiverlisteners.h"
 #include "bushealth/buscounters.h"
 #include "core/options.h"
 #include "feeds/feedhub.h"
 #include "link/ports.h"
 #include "session/consolereport.h"
 #include "session/linejson.h"
+#include "session/receiverlisteners.h"
 #include "session/remotecontrol.h"
 
 #include <QCoreApplication>
@@ -55,6 +55,7 @@ Session::Session(const Platform &platform, SessionOptions options)
         updatePaused();
     });
     connect(&m_ctx.bus, &ReceiverBus::workModeChanged, this, &Session::updatePaused);
+    connect(&m_ctx.bus, &ReceiverBus::lineProblem, this, &Session::notice);
     // The first try comes a full period after a receiver went away, not at once.
     connect(&m_ctx.bus, &ReceiverBus::wentOffline, this, [this] {
         const std::uint64_t now = m_ctx.platform.clock.nowMicros();
@@ -224,9 +225,8 @@ bool Session::reconnect()
 {
     emit receiversCleared();
     // A lost line (adapter pulled, server gone) comes back here, on the same port.
-    if (!m_ctx.platform.line.isOpen())
-        m_ctx.bus.openLine();
-    const bool found = m_ctx.bus.searchCurrentPort();
+    const bool opened = m_ctx.platform.line.isOpen() || m_ctx.bus.openLine();
+    const bool found = opened && m_ctx.bus.searchCurrentPort();
     updateLineName();
     updatePaused();
     emit receiversReconnected(found);

@@ -81,16 +81,16 @@ public:
     // A name click on an offline receiver, or the automatic recovery.
     bool bringBack(int index);
 
-    bool autoRecover() const { return m_options.autoRecover; }
+    [[nodiscard]] bool autoRecover() const { return m_options.autoRecover; }
     void setAutoRecover(bool on);
     // Runs what recovery is due on the session's clock; true when it used the line.
-    bool recoverIfDue();
+    [[nodiscard]] bool recoverIfDue();
 
     // Nothing on the line is being polled although the session runs: a modal
     // dialog is open, a KOB wait runs, the line is lost, or another work
     // than the main screen's poll has the line. What the feeds show is then
     // the last known state, not a live one.
-    bool pollingPaused() const { return m_paused; }
+    [[nodiscard]] bool pollingPaused() const { return m_paused; }
 
     // The exit path after the user confirmed (or SIGTERM): goodbye on the
     // line, the log and the feeds closed, then the program ends.
@@ -113,7 +113,7 @@ signals:
     void receiverEdited(int index);
 
 private:
-    bool pollStep();
+    [[nodiscard]] bool pollStep();
     void startFeeds();
     void describeLine();
     void publishAlarm(int id, bool cleared);

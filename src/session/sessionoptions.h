@@ -42,20 +42,20 @@ inline const QString kAutoRecoverKey = QStringLiteral("AutoRecover"); // "1": on
 
 // A line name goes into MQTT topics and OSC paths, so it is one topic level:
 // 1..64 printable characters without '/', '+', '#' or blanks.
-bool validLineName(const QString &name);
+[[nodiscard]] bool validLineName(const QString &name);
 
 // The feed options and --line NAME, --show-log FILE, --headless, --fleet.
-QList<QCommandLineOption> sessionCommandLineOptions();
+[[nodiscard]] QList<QCommandLineOption> sessionCommandLineOptions();
 
 // The stored options with the command line laid over them; nullopt with a
 // message in *error when a value given on the command line is malformed.
 // A malformed stored value is left at its default silently.
-std::optional<SessionOptions> readSessionOptions(const QCommandLineParser &parser, const SettingsStore &store,
-                                                 QString *error);
+[[nodiscard]] std::optional<SessionOptions> readSessionOptions(const QCommandLineParser &parser,
+                                                               const SettingsStore &store, QString *error);
 
 // What is wrong with a --fleet command line, in one sentence; empty when
 // nothing is (or --fleet is not given). A fleet needs a broker and a web
 // port and takes nothing that belongs to a serial line.
-QString fleetOptionsProblem(const QCommandLineParser &parser, const SessionOptions &options);
+[[nodiscard]] QString fleetOptionsProblem(const QCommandLineParser &parser, const SessionOptions &options);
 
 } // namespace zun

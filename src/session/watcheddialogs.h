@@ -15,11 +15,11 @@ public:
     explicit WatchedDialogs(Dialogs &inner) : m_inner(inner) {}
 
     void setOpenChanged(std::function<void(bool open)> changed) { m_changed = std::move(changed); }
-    bool open() const { return m_depth > 0; }
+    [[nodiscard]] bool open() const { return m_depth > 0; }
 
     MessageAnswer message(const QString &text, MessageButtons buttons) override;
-    std::optional<QString> inputBox(const QString &prompt, const QString &title,
-                                    const QString &defaultText) override;
+    [[nodiscard]] std::optional<QString> inputBox(const QString &prompt, const QString &title,
+                                                  const QString &defaultText) override;
     QString openFileName(const QString &filter) override;
     QString saveFileName(const QString &filter, const QString &suggestedName) override;
     std::optional<QList<int>> chooseOptions(const QString &title, const QList<QStringList> &groups) override;

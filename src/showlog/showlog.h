@@ -21,9 +21,9 @@ class ShowLog : public QObject
 public:
     explicit ShowLog(const WallTime &wallTime, QObject *parent = nullptr);
 
-    bool start(const QString &path, QString *error);
+    [[nodiscard]] bool start(const QString &path, QString *error);
     void stop();
-    bool isLogging() const { return m_writer.isOpen(); }
+    [[nodiscard]] bool isLogging() const { return m_writer.isOpen(); }
     QString path() const { return m_writer.path(); }
     ShowLogWriter &writer() { return m_writer; }
 

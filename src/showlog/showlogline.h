@@ -27,8 +27,8 @@ struct ShowLogRow
 };
 
 // The column names, the first line of a new log.
-QString showLogHeader();
+[[nodiscard]] QString showLogHeader();
 // Comma-separated, dot decimals whatever the locale, newline at the end.
-QString showLogLine(const ShowLogRow &row);
+[[nodiscard]] QString showLogLine(const ShowLogRow &row);
 
 } // namespace zun

@@ -20,8 +20,8 @@ public:
 
     // Appends to the file; header goes first into a file that is empty.
     // False with *error set when the file cannot be opened.
-    bool open(const QString &path, const QString &header, QString *error);
-    bool isOpen() const { return m_file.isOpen(); }
+    [[nodiscard]] bool open(const QString &path, const QString &header, QString *error);
+    [[nodiscard]] bool isOpen() const { return m_file.isOpen(); }
     QString path() const { return m_file.fileName(); }
 
     void append(const QString &line);

@@ -10,7 +10,7 @@ namespace zun {
 
 // A receiver at address with settings varied by variant (names, groups,
 // channels, squelch, transmitters that come and go), all at baud.
-SimReceiver makeSampleReceiver(int address, int variant, int baud = 115200);
+[[nodiscard]] SimReceiver makeSampleReceiver(int address, int variant, int baud = 115200);
 
 // Receivers at the given addresses, each varied, plus two foreign carriers
 // in the band.

@@ -22,7 +22,7 @@ struct SimTimedByte
 };
 
 // Microseconds the first `bytes` characters take on the wire: 10 bits each.
-std::uint64_t simWireMicros(int bytes, int baud);
+[[nodiscard]] std::uint64_t simWireMicros(int bytes, int baud);
 
 // The receivers hanging on one serial line. The host hands it the bytes it
 // sends with their start time and line speed; the bus answers with the
@@ -81,7 +81,8 @@ private:
 
     void handleFrame(const QByteArray &frame, std::uint64_t micros, int baud, std::vector<SimTimedByte> &out);
     void broadcast(SimReceiver &r, QByteArrayView body) const;
-    std::optional<QByteArray> respond(const Entry &e, char prefix, QByteArrayView body, std::uint64_t micros);
+    [[nodiscard]] std::optional<QByteArray> respond(const Entry &e, char prefix, QByteArrayView body,
+                                                    std::uint64_t micros);
     QByteArray levelText(const Entry &e, int code, std::uint64_t micros) const;
     std::vector<SimEmitter> emitters() const;
     const Entry *entryOf(const SimReceiver &r) const;

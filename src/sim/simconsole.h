@@ -12,10 +12,10 @@ namespace zun {
 //   list                        one line per receiver
 //   quit
 // Returns the text to show; quit is set by "quit".
-QByteArray simConsoleCommand(SimBus &bus, const QByteArray &line, bool &quit);
+[[nodiscard]] QByteArray simConsoleCommand(SimBus &bus, const QByteArray &line, bool &quit);
 
 // A frame for a log line: printable characters as they are, the rest as \xHH,
 // the closing carriage return left out.
-QByteArray simPrintable(const QByteArray &frame);
+[[nodiscard]] QByteArray simPrintable(const QByteArray &frame);
 
 } // namespace zun

@@ -86,7 +86,7 @@ private:
 
 // "noreply", "garbled", "corrupt", "wrongaddr", "partial", "late", "noise";
 // false for an unknown name.
-bool setFaultRate(SimFaultRates &rates, const QByteArray &name, double rate);
-bool faultFromName(const QByteArray &name, SimFault &fault);
+[[nodiscard]] bool setFaultRate(SimFaultRates &rates, const QByteArray &name, double rate);
+[[nodiscard]] bool faultFromName(const QByteArray &name, SimFault &fault);
 
 } // namespace zun

@@ -25,10 +25,10 @@ public:
     SimPtyHost(const SimPtyHost &) = delete;
     SimPtyHost &operator=(const SimPtyHost &) = delete;
 
-    bool open(QString &error);
+    [[nodiscard]] bool open(QString &error);
     QByteArray slavePath() const { return m_slavePath; }
     // Every frame heard goes there, one line each with a time stamp.
-    bool setLogFile(const QString &path, bool withReplies);
+    [[nodiscard]] bool setLogFile(const QString &path, bool withReplies);
     // Each reply reaches the port in one piece when its last character would
     // have, as from an adapter that hands over whole packets, instead of
     // character by character.

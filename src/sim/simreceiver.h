@@ -44,10 +44,10 @@ struct SimReceiver
 
     int groupLimit() const;
     int channelCount(int group) const;
-    bool validPreset(int group, int channel) const;
+    [[nodiscard]] bool validPreset(int group, int channel) const;
     int presetCode(int group, int channel) const;
     int tunedCode() const;
-    bool inBand(int code) const;
+    [[nodiscard]] bool inBand(int code) const;
     // 0 neither, 1 manual frequency, 2 muted, 3 both.
     int modeDigit() const { return (muted ? 2 : 0) + (manual ? 1 : 0); }
     // Characters 4..40 of the identification reply.
@@ -55,8 +55,8 @@ struct SimReceiver
 };
 
 // value as exactly width upper-case hex digits, high digits dropped.
-QByteArray simHex(int value, int width);
+[[nodiscard]] QByteArray simHex(int value, int width);
 // Strict hex parse: false for an empty text or any non-hex character.
-bool simParseHex(QByteArrayView text, int &value);
+[[nodiscard]] bool simParseHex(QByteArrayView text, int &value);
 
 } // namespace zun

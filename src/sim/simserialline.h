@@ -48,8 +48,8 @@ public:
     void setWrittenLimit(std::size_t frames) { m_writtenLimit = std::max<std::size_t>(frames, 1); }
 
     int baudRate() const { return m_baud; }
-    bool requestToSend() const { return m_rts; }
-    bool textMode() const { return m_textMode; }
+    [[nodiscard]] bool requestToSend() const { return m_rts; }
+    [[nodiscard]] bool textMode() const { return m_textMode; }
 
     // A port that is open here cannot be opened again exclusively, so it
     // does not pass the existence test while open.

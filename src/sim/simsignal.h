@@ -21,11 +21,12 @@ private:
 
 // Stateless hash of a few numbers, for values that must depend only on
 // (seed, who, what, when) and not on the order of questions.
-std::uint64_t simHash(std::uint64_t a, std::uint64_t b, std::uint64_t c = 0, std::uint64_t d = 0);
+[[nodiscard]] std::uint64_t simHash(std::uint64_t a, std::uint64_t b, std::uint64_t c = 0,
+                                    std::uint64_t d = 0);
 
 // Smooth value noise in [0, 1): a fresh random value at every whole x,
 // eased in between, so levels drift instead of jumping.
-double smoothNoise(std::uint64_t seed, std::uint64_t key, double x);
+[[nodiscard]] double smoothNoise(std::uint64_t seed, std::uint64_t key, double x);
 
 // A transmitter on the air somewhere in the band.
 struct SimTransmitter
@@ -45,18 +46,18 @@ struct SimEmitter
     SimTransmitter tx;
 };
 
-bool transmitterOn(std::uint64_t seed, const SimEmitter &emitter, double seconds);
+[[nodiscard]] bool transmitterOn(std::uint64_t seed, const SimEmitter &emitter, double seconds);
 
 // Raw 0..255 RF reading of one antenna (0 = A, 1 = B) of the listening
 // receiver tuned to code, at the given time. A noise floor, plus every
 // transmitter on the air near that code, each fading independently per
 // antenna with occasional deep drops, so the two antennas differ.
-int rfReading(std::uint64_t seed, std::uint64_t listener, int antenna, int code, double seconds,
-              std::span<const SimEmitter> emitters);
+[[nodiscard]] int rfReading(std::uint64_t seed, std::uint64_t listener, int antenna, int code, double seconds,
+                            std::span<const SimEmitter> emitters);
 
 // Audio and battery readings of a receiver whose own transmitter is heard
 // (or not) at this moment.
-int audioReading(std::uint64_t seed, std::uint64_t listener, bool heard, double seconds);
-int batteryReading(std::uint64_t seed, const SimEmitter &own, bool heard, double seconds);
+[[nodiscard]] int audioReading(std::uint64_t seed, std::uint64_t listener, bool heard, double seconds);
+[[nodiscard]] int batteryReading(std::uint64_t seed, const SimEmitter &own, bool heard, double seconds);
 
 } // namespace zun

@@ -1,5 +1,5 @@
 #include "bushealth/bushealthmodel.h"
-#include "bushealth/bushealthwindow.h"
+#include "mainscreen/bushealthwindow.h"
 #include "support/fakereceiverbus.h"
 #include "support/testbed.h"
 

@@ -122,7 +122,7 @@ private slots:
             bus.setFrameObserver([&](std::uint64_t, const QByteArray &, int) { bed.line.removePort(1); });
         bed.ctx.bus.options().baudRate = 38400;
         bed.ctx.bus.options().port = 1;
-        bed.ctx.bus.openLine();
+        QVERIFY(bed.ctx.bus.openLine());
         MainWindow main(*bed.session);
         main.updateLinkMenus();
         QAction *item = main.action("mnuBaud1");

@@ -90,9 +90,10 @@ private slots:
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("does not set the serial port's speed"));
         QSignalSpy levels(&ctx.bus, &ReceiverBus::panelLevels), offline(&ctx.bus, &ReceiverBus::panelOffline);
         const auto detectAndPoll = [&] {
-            ctx.bus.openLine();
+            const bool opened = ctx.bus.openLine();
             levels.clear();
             offline.clear();
+            QVERIFY(opened);
             QVERIFY(line.isOpen());
             QVERIFY(ctx.bus.searchCurrentPort());
             QCOMPARE(ctx.bus.foundCount(), 64);

@@ -1,6 +1,6 @@
 // The main screen's menus, pages and alarms as the user sees them. The
 // frames they send are pinned by the wire transcripts.
-#include "alarms/alarmlistwindow.h"
+#include "mainscreen/alarmlistwindow.h"
 #include "mainscreen/monitoring.h"
 #include "mainscreen/panelgrid.h"
 #include "mainscreen/rcvpanel.h"

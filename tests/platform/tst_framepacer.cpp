@@ -1,5 +1,5 @@
 #include "platform/clock.h"
-#include "platform/framepacer.h"
+#include "windowing/framepacer.h"
 
 #include <QTest>
 #include <QWidget>

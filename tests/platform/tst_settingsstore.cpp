@@ -126,7 +126,7 @@ private slots:
             std::iota(all.begin(), all.end(), 1);
             bed.attachReceivers(1, all);
             bed.ctx.bus.options().port = 1;
-            bed.ctx.bus.openLine();
+            QVERIFY(bed.ctx.bus.openLine());
             bed.ctx.bus.resizeTable(64);
             bed.ctx.bus.searchCurrentPort();
             bed.ctx.bus.options().retries = 0; // a receiver may refuse odd bytes; one frame each

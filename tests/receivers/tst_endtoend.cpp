@@ -51,7 +51,9 @@ struct RealLine
 {
     explicit RealLine(const QString &portName, const QString &device)
     {
-        ports.addOverride(portName + '=' + device);
+        // A mapping the port map refuses would leave the test on the wrong device.
+        if (!ports.addOverride(portName + '=' + device))
+            qFatal("cannot map %s to %s", qPrintable(portName), qPrintable(device));
         settings.save(kAppName, "MSComm", "CommPort", portName.mid(3));
         settings.save(kAppName, "MSComm", "Retry", "0");
     }

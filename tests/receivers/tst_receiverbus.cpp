@@ -62,7 +62,7 @@ private slots:
         QSignalSpy started(&rig.bus, &ReceiverBus::detectionStarted);
         QSignalSpy ended(&rig.bus, &ReceiverBus::detectionEnded);
         QSignalSpy foundSpy(&rig.bus, &ReceiverBus::receiverFound);
-        rig.bus.openLine();
+        QVERIFY(rig.bus.openLine());
 
         QCOMPARE(rig.bus.searchCurrentPort(), !found.isEmpty());
         QCOMPARE(started.size(), 1);

@@ -1,6 +1,7 @@
 // The RF tools in their tabs on the simulated line: scan, recorder, drop
 // counter, and the files they write and read. The simulator's readings fade
 // and drift, so the one receiver at address 5 has its RF readings pinned.
+#include "coordination/scancsv.h"
 #include "core/context.h"
 #include "core/rftoolspanel.h"
 #include "link/hex.h"
@@ -11,7 +12,6 @@
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
 #include "rftools/rftools.h"
-#include "rftools/scancsv.h"
 #include "rftools/scanfiles.h"
 #include "rftools/scanplot.h"
 #include "rftools/scansweep.h"

@@ -137,15 +137,15 @@ private slots:
         SimBus bus;
         bus.addReceiver(5);
         bool quit = false;
-        simConsoleCommand(bus, "stop 5", quit);
+        QCOMPARE(simConsoleCommand(bus, "stop 5", quit), QByteArray("receiver 5 stopped"));
         QCOMPARE(ask(bus, "%05L"), QByteArray());
-        simConsoleCommand(bus, "start 5\n", quit);
-        simConsoleCommand(bus, "fault 5 noreply 1", quit);
+        QCOMPARE(simConsoleCommand(bus, "start 5\n", quit), QByteArray("receiver 5 started"));
+        QCOMPARE(simConsoleCommand(bus, "fault 5 noreply 1", quit), QByteArray("receiver 5: noreply x1"));
         QCOMPARE(ask(bus, "%05L"), QByteArray());
         QCOMPARE(ask(bus, "%05L"), QByteArray("$05\r"));
         QVERIFY(simConsoleCommand(bus, "stop 9", quit).startsWith("no receiver"));
         QVERIFY(!quit);
-        simConsoleCommand(bus, "quit", quit);
+        QCOMPARE(simConsoleCommand(bus, "quit", quit), QByteArray("bye"));
         QVERIFY(quit);
         QCOMPARE(simPrintable(QByteArray("$\x01\xFF", 3)), QByteArray("$\\x01\\xFF"));
     }

@@ -1,23 +1,13 @@
 #include "support/testbed.h"
 
 #include "core/options.h"
-#include "detail/detailwindow.h"
 #include "mainscreen/startupwindows.h"
-#include "rftools/rftools.h"
 #include "sim/demobus.h"
 
 #include <QCoreApplication>
 #include <QEvent>
 
 namespace zun {
-
-void wireWindows(Context &ctx)
-{
-    ctx.makeDetailWindow = [](Context &c, DetailHost &host) { return new DetailWindow(c, host); };
-    ctx.makeRfTools = [](Context &c, RfToolsHost &host, QWidget *parent) {
-        return new RfTools(c, host, parent);
-    };
-}
 
 void ScriptedDesktop::processEvents()
 {

@@ -16,9 +16,6 @@ namespace zun {
 
 class StartupWindows;
 
-// The window factories the app sets.
-void wireWindows(Context &ctx);
-
 // DoEvents that runs the waiting events, then what the test scripted for the
 // n-th call (a release, a second click, the user giving up).
 class ScriptedDesktop final : public Desktop

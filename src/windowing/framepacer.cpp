@@ -1,4 +1,4 @@
-#include "platform/framepacer.h"
+#include "windowing/framepacer.h"
 
 #include <QCoreApplication>
 #include <QEvent>

@@ -1,4 +1,4 @@
-#include "bushealth/bushealthwindow.h"
+#include "mainscreen/bushealthwindow.h"
 
 #include "bushealth/bushealthmodel.h"
 

@@ -1,4 +1,4 @@
-#include "rftools/scancsv.h"
+#include "coordination/scancsv.h"
 
 #include <QIODevice>
 #include <QStringList>

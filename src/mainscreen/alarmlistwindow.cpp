@@ -1,8 +1,8 @@
-#include "alarms/alarmlistwindow.h"
+#include "mainscreen/alarmlistwindow.h"
 
 #include "alarms/alarmengine.h"
 #include "platform/walltime.h"
-#include "platform/widgetname.h"
+#include "windowing/widgetname.h"
 
 #include <QHeaderView>
 #include <QTableWidget>
