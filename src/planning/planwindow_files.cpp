@@ -219,10 +219,18 @@ void PlanWindow::addScanFile()
     const QString path = m_ctx.platform.dialogs.openFileName(kScanFilter);
     if (path.isEmpty())
         return;
-    const auto text = readImport(m_ctx.platform.dialogs, path, QStringLiteral("a scan"));
-    if (!text)
+    // Read line by line: a file of one endless line is refused at its bound
+    // instead of being read and decoded whole first.
+    QFile in;
+    if (const QString error = openRegularFile(in, path); !error.isEmpty()) {
+        m_ctx.platform.dialogs.message(QStringLiteral("%1 could not be read: %2").arg(path, error));
         return;
-    const ScanCsvResult scan = parseScanCsv(*text, 0.0, 100000.0);
+    }
+    if (in.size() > kLargestImport) {
+        m_ctx.platform.dialogs.message(QStringLiteral("%1 is too large to be a scan.").arg(path));
+        return;
+    }
+    const ScanCsvResult scan = readScanCsv(in, 0.0, 100000.0, kLargestImport);
     if (!scan.ok()) {
         m_ctx.platform.dialogs.message(QStringLiteral("%1 was not imported.\n%2").arg(path, scan.error));
         return;
