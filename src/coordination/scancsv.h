@@ -42,6 +42,7 @@ inline constexpr qsizetype kLongestScanLine = 200;
 // The same, line by line from a file, reading no further than the line that
 // is refused (of a line too long to be a point, no more than that bound) and
 // no more than maxBytes in all.
-[[nodiscard]] ScanCsvResult readScanCsv(QIODevice &in, double bandLowMHz, double bandHighMHz, qint64 maxBytes);
+[[nodiscard]] ScanCsvResult readScanCsv(QIODevice &in, double bandLowMHz, double bandHighMHz,
+                                        qint64 maxBytes);
 
 } // namespace zun
