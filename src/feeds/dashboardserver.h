@@ -89,7 +89,7 @@ protected:
 
 private:
     friend class DashboardGate;
-    struct Head;                    // what has come of a connection's current request head
+    struct Head;                                  // what has come of a connection's current request head
     [[nodiscard]] bool admit(QTcpSocket *socket); // false: refused and on its way out
     // At a cap: closes the oldest connection (from peer, when given) that has
     // not yet sent a whole request. False when every one held is a real one.
