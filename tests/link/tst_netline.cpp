@@ -93,7 +93,10 @@ private slots:
             const bool opened = ctx.bus.openLine();
             levels.clear();
             offline.clear();
-            QVERIFY(opened);
+            // A server that refuses port control may say so while the speed is
+            // being set: the line is then open but reported as not set up.
+            if (scheme != "rfc2217" || portControl)
+                QVERIFY(opened);
             QVERIFY(line.isOpen());
             QVERIFY(ctx.bus.searchCurrentPort());
             QCOMPARE(ctx.bus.foundCount(), 64);
