@@ -49,7 +49,7 @@ Share run(const zun::SimFaultRates &rates, double virtualSeconds, int secondChan
     const auto session =
         zun::assembleSession(zun::Platform{clock, line, settings, dialogs, desktop}, options);
     Share share;
-    if (!session->start({}) || session->bus().foundCount() != 64)
+    if (!session->start({}) || session->bus().table().foundCount() != 64)
         return share;
     if (secondChances >= 0)
         session->bus().setSecondChances(secondChances);
@@ -66,7 +66,7 @@ Share run(const zun::SimFaultRates &rates, double virtualSeconds, int secondChan
     const auto look = [&] {
         int online = 0;
         for (int i = 0; i < 64; ++i)
-            online += session->bus().record(i).online ? 1 : 0;
+            online += session->bus().table().at(i).online ? 1 : 0;
         const std::uint64_t now = clock.nowMicros();
         weighted += lastShare * static_cast<double>(now - lastMicros);
         lastShare = online / 64.0;

@@ -20,18 +20,7 @@
 
 namespace {
 
-class Source : public QObject
-{
-    Q_OBJECT
-signals:
-    void receiverFound(const zun::ReceiverStatus &status);
-    void receiverChanged(const zun::ReceiverStatus &status);
-    void levelsRead(const zun::ReceiverStatus &status);
-    void wentOffline(const zun::ReceiverStatus &status);
-    void cameBack(const zun::ReceiverStatus &status);
-    void passEnded(int receiversAsked);
-    void portChanged(const QString &portName);
-};
+using Source = zun::ReceiverEvents;
 
 quint16 closedPort()
 {
@@ -56,7 +45,7 @@ struct Run
 // Passes every passMs for seconds; returns the signal cost and CPU per pass.
 Run run(Source &source, double passMs, double seconds)
 {
-    std::vector<zun::ReceiverStatus> receivers(64);
+    std::vector<zun::Receiver> receivers(64);
     for (int i = 0; i < 64; ++i) {
         receivers[i].address = i + 1;
         receivers[i].name = QStringLiteral("Mic %1").arg(i + 1);
@@ -70,9 +59,9 @@ Run run(Source &source, double passMs, double seconds)
     QObject::connect(&passTimer, &QTimer::timeout, [&] {
         QElapsedTimer t;
         t.start();
-        for (zun::ReceiverStatus &r : receivers) {
-            r.rfA = (r.rfA + 7 + pass) % 100;
-            r.audio = (r.audio + 13) % 100;
+        for (zun::Receiver &r : receivers) {
+            r.levels.rfA = (r.levels.rfA + 7 + pass) % 100;
+            r.levels.audio = (r.levels.audio + 13) % 130;
             emit source.levelsRead(r);
         }
         emit source.passEnded(64);
@@ -128,5 +117,3 @@ int main(int argc, char *argv[])
         100.0 * (with.cpuPerPassMicros - without.cpuPerPassMicros) / (wireMs * 1000));
     return 0;
 }
-
-#include "bench_feeds.moc"

@@ -64,13 +64,14 @@ double medianPass(const QString &target)
     options.retries = 0;
     options.port = 1;
     options.baudRate = 115200;
-    ctx.bus.resizeTable(kReceivers);
+    ctx.bus.table().resize(kReceivers);
     if (!ctx.bus.openLine()) {
         std::fprintf(stderr, "%s: cannot open\n", qPrintable(target));
         return -1;
     }
-    if (!ctx.bus.searchCurrentPort() || ctx.bus.foundCount() != kReceivers) {
-        std::fprintf(stderr, "%s: found %d receivers\n", qPrintable(target), ctx.bus.foundCount());
+    if (!ctx.bus.detectReceivers(zun::PortSearch::CurrentPort) ||
+        ctx.bus.table().foundCount() != kReceivers) {
+        std::fprintf(stderr, "%s: found %d receivers\n", qPrintable(target), ctx.bus.table().foundCount());
         return -1;
     }
     int offline = 0;

@@ -29,11 +29,11 @@ int main(int argc, char *argv[])
     zun::ScriptedDialogs dialogs;
     zun::FakeDesktop desktop;
     zun::Context ctx(zun::Platform{clock, line, settings, dialogs, desktop});
-    ctx.bus.resizeTable(64);
+    ctx.bus.table().resize(64);
     line.selectPort(1);
     line.applySettings(QStringLiteral("115200,N,8,1"));
     line.open();
-    ctx.bus.searchCurrentPort();
+    ctx.bus.detectReceivers(zun::PortSearch::CurrentPort);
 
     // What the panels would be given, without the panels.
     std::array<zun::PanelReadout, 64> readouts{};
@@ -54,7 +54,7 @@ int main(int argc, char *argv[])
     std::sort(hostMicros.begin(), hostMicros.end());
     // "%01N" + CR out, 11 characters + CR back, 10 bits a character.
     const double wireMicros = 64 * (5 + 12) * 10 * 1e6 / 115200;
-    std::printf("receivers found: %d\n", ctx.bus.foundCount());
+    std::printf("receivers found: %d\n", ctx.bus.table().foundCount());
     std::printf("one polling pass over 64 receivers: host work median %.0f us, worst %.0f us\n",
                 hostMicros[hostMicros.size() / 2], hostMicros.back());
     std::printf("wire time of the same bytes at 115200 baud: %.0f us (host work is %.1f%% of it)\n",
@@ -69,12 +69,12 @@ int main(int argc, char *argv[])
     silentLine.attachBus(1, nullptr);
     zun::Context silent(zun::Platform{silentClock, silentLine, settings, dialogs, desktop});
     silent.bus.options().retries = 2;
-    silent.bus.resizeTable(64);
+    silent.bus.table().resize(64);
     silentLine.selectPort(1);
     silentLine.applySettings(QStringLiteral("115200,N,8,1"));
     silentLine.open();
     const std::uint64_t scanStart = silentClock.nowMicros();
-    silent.bus.searchCurrentPort();
+    silent.bus.detectReceivers(zun::PortSearch::CurrentPort);
     const std::uint64_t scanMicros = silentClock.nowMicros() - scanStart;
     // An attempt times out once the elapsed ticks are greater than the
     // time-out, so on a 1 ms tick each silent attempt lasts 101 ms.

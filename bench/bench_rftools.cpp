@@ -47,7 +47,7 @@ public:
     explicit BenchHost(Context &ctx) : m_ctx(ctx) {}
     RfTools *tools = nullptr;
 
-    const ReceiverRecord &record() const override { return m_ctx.bus.record(m_ctx.bus.selected()); }
+    const Receiver &record() const override { return m_ctx.bus.table().at(m_ctx.detail.index()); }
     double bandStart() const override { return (25.0 * parseHex(record().bandStartCode) + 65750) / 1000; }
     QString codeFromMhz(double mhz) const override
     {
@@ -56,10 +56,10 @@ public:
     void showFrequencyText(const QString &) override {}
     void showOffPreset() override {}
     void showTvChannel(double) override {}
-    void showMeters(const DetailReading &reading) override { tools->meterReading(reading); }
+    void showMeters(const LevelReading &reading) override { tools->meterReading(reading); }
     void recorderRead() override
     {
-        if (const auto reading = m_ctx.bus.recorderStep())
+        if (const auto reading = m_ctx.detail.recorderStep())
             showMeters(*reading);
     }
     void unloadForm() override {}
@@ -124,9 +124,9 @@ int main(int argc, char **argv)
     FakeDesktop desktop;
     Context ctx(Platform{clock, line, settings, dialogs, desktop});
 
-    ctx.bus.resizeTable(64);
-    ctx.bus.searchCurrentPort();
-    ctx.bus.openDetail(0);
+    ctx.bus.table().resize(64);
+    ctx.bus.detectReceivers(PortSearch::CurrentPort);
+    ctx.detail.open(0);
     BenchHost host(ctx);
     QWidget window;
     window.setWindowTitle(QStringLiteral("Detail Functions"));

@@ -125,7 +125,7 @@ int main(int argc, char *argv[])
     zun::WorkLoop &loop = session->loop();
     ctx.endProgram = [&loop] { loop.stop(); };
     zun::StartupWindows windows(*session, &ports);
-    if (!session->start(windows.views()) || ctx.bus.foundCount() != 1) {
+    if (!session->start(windows.views()) || ctx.bus.table().foundCount() != 1) {
         std::fprintf(stderr, "bench_sweep: the simulated receiver was not found\n");
         return 1;
     }

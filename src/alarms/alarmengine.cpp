@@ -63,13 +63,13 @@ void AlarmEngine::acknowledge(int address)
     }
 }
 
-void AlarmEngine::raise(Watch &watch, const ReceiverStatus &status, AlarmCondition condition)
+void AlarmEngine::raise(Watch &watch, const Receiver &status, AlarmCondition condition)
 {
     int &active = watch.active[static_cast<std::size_t>(condition)];
     if (active >= 0)
         return;
     m_alarms.append(
-        {status.address, status.name, condition, m_clock.nowMicros(), std::nullopt, std::nullopt});
+        {status.address, status.shownName(), condition, m_clock.nowMicros(), std::nullopt, std::nullopt});
     active = m_firstId + static_cast<int>(m_alarms.size()) - 1;
     // A flaky line raises thousands in a night; the oldest go, even one
     // still active, which then simply clears unseen.
@@ -106,12 +106,12 @@ bool AlarmEngine::heldLongerThan(std::optional<std::uint64_t> &since, bool holdi
     return now - *since > static_cast<std::uint64_t>(std::llround(seconds * 1e6));
 }
 
-void AlarmEngine::onReceiverFound(const ReceiverStatus &status)
+void AlarmEngine::onReceiverFound(const Receiver &status)
 {
     onCameBack(status);
 }
 
-void AlarmEngine::onLevelsRead(const ReceiverStatus &status)
+void AlarmEngine::onLevelsRead(const Receiver &status)
 {
     if (!status.online) {
         onWentOffline(status);
@@ -128,19 +128,19 @@ void AlarmEngine::onLevelsRead(const ReceiverStatus &status)
 
     // Below means below: a level equal to the squelch level opens it.
     const int squelch = squelchLevel(m_levelTable, status.squelch);
-    const bool rfLow = std::max(status.rfA, status.rfB) < squelch;
+    const bool rfLow = std::max(status.levels.rfA, status.levels.rfB) < squelch;
     if (heldLongerThan(watch.rfLowSince, rfLow, m_settings.rfLowSeconds) && m_settings.rfLowOn)
         raise(watch, status, AlarmCondition::RfBelowSquelch);
     else if (!rfLow)
         clear(watch, AlarmCondition::RfBelowSquelch);
 
-    if (heldLongerThan(watch.clipSince, status.audioClip, m_settings.clipSeconds) && m_settings.clipOn)
+    if (heldLongerThan(watch.clipSince, status.levels.audioClip, m_settings.clipSeconds) && m_settings.clipOn)
         raise(watch, status, AlarmCondition::AudioClipping);
-    else if (!status.audioClip)
+    else if (!status.levels.audioClip)
         clear(watch, AlarmCondition::AudioClipping);
 }
 
-void AlarmEngine::onWentOffline(const ReceiverStatus &status)
+void AlarmEngine::onWentOffline(const Receiver &status)
 {
     Watch &watch = m_watches[status.address];
     // The level conditions only mean something while the receiver answers.
@@ -152,7 +152,7 @@ void AlarmEngine::onWentOffline(const ReceiverStatus &status)
         raise(watch, status, AlarmCondition::Offline);
 }
 
-void AlarmEngine::onCameBack(const ReceiverStatus &status)
+void AlarmEngine::onCameBack(const Receiver &status)
 {
     clear(m_watches[status.address], AlarmCondition::Offline);
 }

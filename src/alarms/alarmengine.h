@@ -2,7 +2,7 @@
 
 #include "alarms/alarmsettings.h"
 #include "receivers/leveltable.h"
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 
 #include <QHash>
 #include <QList>
@@ -60,10 +60,10 @@ public:
     void acknowledge(int address);
 
 public slots:
-    void onReceiverFound(const zun::ReceiverStatus &status);
-    void onLevelsRead(const zun::ReceiverStatus &status);
-    void onWentOffline(const zun::ReceiverStatus &status);
-    void onCameBack(const zun::ReceiverStatus &status);
+    void onReceiverFound(const zun::Receiver &status);
+    void onLevelsRead(const zun::Receiver &status);
+    void onWentOffline(const zun::Receiver &status);
+    void onCameBack(const zun::Receiver &status);
 
 signals:
     void alarmRaised(int id);
@@ -80,7 +80,7 @@ private:
         std::array<int, 4> active{-1, -1, -1, -1}; // alarm id per condition
     };
 
-    void raise(Watch &watch, const ReceiverStatus &status, AlarmCondition condition);
+    void raise(Watch &watch, const Receiver &status, AlarmCondition condition);
     void clear(Watch &watch, AlarmCondition condition);
     // True once the condition has held longer than the given time.
     [[nodiscard]] bool heldLongerThan(std::optional<std::uint64_t> &since, bool holding,

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "receivers/receiverstatus.h"
+#include "receivers/exchangerecord.h"
 
 #include <QHash>
 #include <QList>

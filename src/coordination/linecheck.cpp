@@ -13,11 +13,11 @@ int toKHz(double mhz)
     return static_cast<int>(std::lround(mhz * 1000.0));
 }
 
-std::vector<LineCarrier> lineCarriers(const QList<ReceiverRecord> &found)
+std::vector<LineCarrier> lineCarriers(const QList<Receiver> &found)
 {
     std::vector<LineCarrier> out;
     for (int i = 0; i < found.size(); ++i) {
-        const ReceiverRecord &r = found[i];
+        const Receiver &r = found[i];
         LineCarrier c;
         c.index = i;
         c.address = r.address;

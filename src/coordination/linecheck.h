@@ -1,7 +1,7 @@
 #pragma once
 
 #include "coordination/conflicts.h"
-#include "receivers/receiverrecord.h"
+#include "receivers/receiver.h"
 
 #include <QList>
 #include <QString>
@@ -24,7 +24,7 @@ struct LineCarrier
 
 // The receivers found, in table order: the band from its start code and its
 // width in 25 kHz steps, the frequency the receiver runs on (manual or preset).
-[[nodiscard]] std::vector<LineCarrier> lineCarriers(const QList<ReceiverRecord> &found);
+[[nodiscard]] std::vector<LineCarrier> lineCarriers(const QList<Receiver> &found);
 
 // MHz to the nearest kHz.
 [[nodiscard]] int toKHz(double mhz);

@@ -4,6 +4,7 @@
 #include "core/detailhost.h"
 #include "core/rftoolspanel.h"
 #include "platform/platform.h"
+#include "receivers/detailsession.h"
 #include "receivers/receiverbus.h"
 
 #include <functional>
@@ -14,13 +15,18 @@ namespace zun {
 // shared settings and the receivers on the line. One per run, passed by reference.
 struct Context
 {
-    explicit Context(const Platform &p) : platform(p), bus(p.clock, p.line, p.settings, p.desktop) {}
+    explicit Context(const Platform &p)
+        : platform(p), bus(p.clock, p.line, p.settings, p.desktop), detail(bus)
+    {
+    }
     Context(const Context &) = delete;
     Context &operator=(const Context &) = delete;
 
     Platform platform;
     AppState state;
     ReceiverBus bus;
+    // The receiver the detail window has open.
+    DetailSession detail;
 
     // Ends the program at once; the app ends the process, tests record the call.
     std::function<void()> endProgram = [] {};

@@ -10,8 +10,8 @@ class QWidget;
 namespace zun {
 
 struct Context;
-struct DetailReading;
-struct ReceiverRecord;
+struct LevelReading;
+struct Receiver;
 
 // What the RF tools need from the detail window that hosts them. The detail
 // window implements it; tests implement it with doubles.
@@ -21,7 +21,7 @@ public:
     virtual ~RfToolsHost() = default;
 
     // The open receiver's record in the receiver table.
-    virtual const ReceiverRecord &record() const = 0;
+    virtual const Receiver &record() const = 0;
     // The number shown in txtBandStart, MHz.
     virtual double bandStart() const = 0;
     // Frequency (MHz) to the receiver's four-digit frequency code.
@@ -37,7 +37,7 @@ public:
     // The settings tab's meter update for one reading. The host's version must
     // call RfTools::meterReading with it, which keeps the shared reading and
     // shows the drop counts.
-    virtual void showMeters(const DetailReading &reading) = 0;
+    virtual void showMeters(const LevelReading &reading) = 0;
     // The recorder's level read (it ends in showMeters, or closes the window
     // after its message when the receiver does not answer).
     virtual void recorderRead() = 0;
@@ -62,7 +62,7 @@ public:
     // After the window's load: band size, scales, options, squelch lines.
     virtual void load() = 0;
     // The tools' share of the window's meter update.
-    virtual void meterReading(const DetailReading &reading) = 0;
+    virtual void meterReading(const LevelReading &reading) = 0;
     virtual void showSquelch() = 0;
     virtual void nextPressed() = 0;
     virtual void previousPressed() = 0;

@@ -37,7 +37,7 @@ const QColor kOverDeviation(255, 0, 0);
 } // namespace
 
 DetailWindow::DetailWindow(Context &ctx, DetailHost &host, QWidget *parent)
-    : AbstractDetailWindow(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.bus.selected())
+    : AbstractDetailWindow(parent, Qt::Window), m_ctx(ctx), m_host(host), m_index(ctx.detail.index())
 {
     setObjectName(QStringLiteral("frmMore"));
     setWindowTitle(QStringLiteral("Detail Functions"));
@@ -45,12 +45,6 @@ DetailWindow::DetailWindow(Context &ctx, DetailHost &host, QWidget *parent)
     new FramePacer(this); // a sweep draws some 300 points a second
     buildWindow();
     connectControls();
-}
-
-DetailWindow::~DetailWindow()
-{
-    // A hold whose release this window will never see ends here, unsent.
-    m_ctx.bus.squelchCancelled();
 }
 
 void DetailWindow::buildWindow()
@@ -143,9 +137,9 @@ void DetailWindow::connectControls()
     }
     connect(m_cmdNext, &QPushButton::clicked, this, [this] { m_tools->nextPressed(); });
     connect(m_cmdPrev, &QPushButton::clicked, this, [this] { m_tools->previousPressed(); });
-    connect(&m_ctx.bus, &ReceiverBus::kobPhase, this, &DetailWindow::showKobPhase);
+    connect(&m_ctx.detail, &DetailSession::kobPhase, this, &DetailWindow::showKobPhase);
     // Squelch steps come from the receiver layer while a button is held.
-    connect(&m_ctx.bus, &ReceiverBus::receiverChanged, this, [this](const ReceiverStatus &status) {
+    connect(&m_ctx.bus, &ReceiverBus::receiverChanged, this, [this](const Receiver &status) {
         if (status.address == record().address)
             showSquelch();
     });
@@ -166,21 +160,21 @@ void DetailWindow::connectControls()
         watched->installEventFilter(this);
 }
 
-const ReceiverRecord &DetailWindow::record() const
+const Receiver &DetailWindow::record() const
 {
-    return m_ctx.bus.record(m_index);
+    return m_ctx.bus.table().at(m_index);
 }
 
 void DetailWindow::load()
 {
     SettingsTab &s = *m_settings;
-    const ReceiverRecord &r = record();
+    const Receiver &r = record();
     QStringList messages;
     m_presets = parseGroupTable(r.groupTable, messages);
     const Preset repaired = repairPreset(m_presets, Preset{r.group, r.channel}, messages);
     for (const QString &message : messages)
         m_ctx.platform.dialogs.message(message);
-    m_ctx.bus.storePreset(repaired.group, repaired.channel);
+    m_ctx.detail.storePreset(repaired.group, repaired.channel);
 
     s.addressEdit->setText(QString::number(r.address));
     s.nameEdit->setText(r.name);
@@ -251,11 +245,11 @@ bool DetailWindow::readDetailLevels()
 {
     if (m_closed)
         return false;
-    if (const auto reading = m_ctx.bus.readDetailLevels()) {
+    if (const auto reading = m_ctx.detail.readLevels()) {
         showMeters(*reading);
         return true;
     }
-    const ReceiverRecord &r = record();
+    const Receiver &r = record();
     m_ctx.platform.dialogs.message(r.name + QStringLiteral(" no response!, address=") +
                                    QString::number(r.address) + QStringLiteral("\r\n"));
     close();
@@ -276,17 +270,17 @@ void DetailWindow::recorderRead()
 {
     if (m_closed)
         return;
-    if (const auto reading = m_ctx.bus.recorderStep()) {
+    if (const auto reading = m_ctx.detail.recorderStep()) {
         showMeters(*reading);
         return;
     }
-    const ReceiverRecord &r = record();
+    const Receiver &r = record();
     m_ctx.platform.dialogs.message(r.name + QStringLiteral(" no response!, address=") +
                                    QString::number(r.address) + QStringLiteral("\r\n"));
     close();
 }
 
-void DetailWindow::showMeters(const DetailReading &reading)
+void DetailWindow::showMeters(const LevelReading &reading)
 {
     SettingsTab &s = *m_settings;
     const int rfA = reading.rfA;
@@ -343,7 +337,7 @@ void DetailWindow::noResponse()
 
 void DetailWindow::showPanelName()
 {
-    const ReceiverRecord &r = record();
+    const Receiver &r = record();
     m_host.setPanelNameCaption(m_index,
                                QStringLiteral("%1 ").arg(r.address, 2, 10, QLatin1Char('0')) + r.name);
 }
@@ -354,14 +348,14 @@ void DetailWindow::closeEvent(QCloseEvent *event)
         event->accept();
         return;
     }
-    if (m_ctx.bus.kobActive()) {
+    if (m_ctx.detail.kobActive()) {
         event->ignore();
         return;
     }
     m_closed = true;
     event->accept();
     hide();
-    m_ctx.bus.closeDetail();
+    m_ctx.detail.close();
     m_host.refreshPanels();
 }
 

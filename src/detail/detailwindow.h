@@ -2,9 +2,10 @@
 
 #include "core/rftoolspanel.h"
 #include "detail/abstractdetailwindow.h"
+#include "receivers/detailsession.h"
 #include "receivers/presets.h"
+#include "receivers/receiver.h"
 #include "receivers/receiverbus.h"
-#include "receivers/receiverrecord.h"
 
 #include <QString>
 #include <QStringView>
@@ -35,8 +36,6 @@ public:
     // Reads the record into the settings tab, repairing a corrupt preset.
     void load() override;
 
-    ~DetailWindow() override;
-
     // One level read of the receiver for the meters. True when it sent
     // something; a silent receiver closes the window after one message.
     bool readDetailLevels() override;
@@ -45,7 +44,7 @@ public:
     void recorderRead() override;
 
     // Meter update from one level reading.
-    void showMeters(const DetailReading &reading) override;
+    void showMeters(const LevelReading &reading) override;
     // Squelch bar (and, through the hook, the RF tools' squelch lines).
     void showSquelch();
 
@@ -62,7 +61,7 @@ public:
     RfToolsPanel &tools() const { return *m_tools; }
 
     // What the RF tools ask of this window.
-    const ReceiverRecord &record() const override;
+    const Receiver &record() const override;
     double bandStart() const override;
     QString codeFromMhz(double mhz) const override;
     void showFrequencyText(const QString &text) override;
@@ -108,6 +107,9 @@ private:
     void squelchDownHeld();
     void squelchUpHeld();
     void squelchRelease();
+    // Press and hold: steps the squelch until released or at its end.
+    void holdSquelch(int direction);
+    [[nodiscard]] bool canStepSquelch(int direction) const;
     void toggleMute();
     void kobPressed();
 
@@ -131,6 +133,7 @@ private:
     PresetTable m_presets;
     // Set by a left mouse press on a squelch button until its pressed() starts the hold.
     bool m_squelchArmed = false;
+    bool m_squelchHeld = false;
     QString m_nameBefore; // the name box's text before the latest edit
     bool m_closed = false;
     int m_stepMultiplier = 1;

@@ -10,6 +10,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QPushButton>
 #include <QTabWidget>
 
@@ -110,7 +111,7 @@ void DetailWindow::addressKeyPressed(int keyAscii)
         s.addressEdit->setText(QString::number(record().address));
         return;
     }
-    m_ctx.bus.changeAddress(address);
+    m_ctx.detail.changeAddress(address);
     s.addressEdit->setText(QString::number(address));
     showPanelName();
 }
@@ -124,7 +125,7 @@ void DetailWindow::nameKeyPressed(int &keyAscii)
     }
     if (keyAscii != 13)
         return;
-    m_settings->nameEdit->setText(m_ctx.bus.setName(m_settings->nameEdit->text()));
+    m_settings->nameEdit->setText(m_ctx.detail.setName(m_settings->nameEdit->text()));
     showPanelName();
 }
 
@@ -178,18 +179,52 @@ bool DetailWindow::squelchMouse(QObject *watched, QEvent *event)
 void DetailWindow::squelchDownHeld()
 {
     if (std::exchange(m_squelchArmed, false))
-        m_ctx.bus.squelchPressed(-1);
+        holdSquelch(-1);
 }
 
 void DetailWindow::squelchUpHeld()
 {
     if (std::exchange(m_squelchArmed, false))
-        m_ctx.bus.squelchPressed(+1);
+        holdSquelch(+1);
+}
+
+void DetailWindow::holdSquelch(int direction)
+{
+    // One gesture is one hold, however often the button reports a press.
+    if (m_squelchHeld)
+        return;
+    // The window may close while the UI runs; a hold whose release this
+    // window will never see then ends unsent.
+    const QPointer<DetailWindow> alive(this);
+    const auto stillHeld = [&alive] { return alive && alive->m_squelchHeld; };
+    m_squelchHeld = true;
+    // One step now, then after 400 ms one every 20 ms until released or at
+    // the end of 1..99.
+    m_ctx.detail.stepSquelch(direction);
+    m_ctx.bus.processEvents();
+    if (stillHeld()) {
+        m_ctx.bus.link().delay(400);
+        m_ctx.bus.processEvents();
+    }
+    while (stillHeld() && canStepSquelch(direction)) {
+        m_ctx.detail.stepSquelch(direction);
+        m_ctx.bus.link().delay(20);
+        m_ctx.bus.processEvents();
+    }
+}
+
+bool DetailWindow::canStepSquelch(int direction) const
+{
+    const int squelch = record().squelch;
+    return direction < 0 ? squelch > 1 : squelch < 99;
 }
 
 void DetailWindow::squelchRelease()
 {
-    m_ctx.bus.squelchReleased();
+    // The release sends the value once.
+    if (!std::exchange(m_squelchHeld, false))
+        return;
+    m_ctx.detail.sendSquelch();
 }
 
 void DetailWindow::toggleMute()
@@ -210,15 +245,15 @@ void DetailWindow::setKobLock(bool locked)
 
 void DetailWindow::kobPressed()
 {
-    if (m_ctx.bus.kobActive()) {
+    if (m_ctx.detail.kobActive()) {
         // A second press is how the user gives up waiting for the receiver.
         m_ctx.platform.dialogs.message(
             QStringLiteral("This receiver will stay offline until KOB function is manually terminated !"));
-        m_ctx.bus.stopKob();
+        m_ctx.detail.stopKob();
         return;
     }
     // The window cannot close while the function runs, so it outlives this.
-    m_ctx.bus.runKob();
+    m_ctx.detail.runKob();
 }
 
 void DetailWindow::showKobPhase(KobPhase phase)

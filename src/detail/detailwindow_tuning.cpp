@@ -23,7 +23,7 @@ void DetailWindow::stepPreset(bool groupButton, Preset next)
         s.channelEdit->setText(QString::number(next.channel));
     }
     // The record keeps the new preset even when the receiver does not answer.
-    if (const auto code = m_ctx.bus.selectPreset(next.group, next.channel)) {
+    if (const auto code = m_ctx.detail.selectPreset(next.group, next.channel)) {
         s.channelEdit->setText(QString::number(next.channel));
         if (groupButton)
             s.groupEdit->setText(QString::number(next.group));
@@ -68,7 +68,7 @@ void DetailWindow::tuneManual(const QString &code, int settleMillis)
     s.channelEdit->setText(kManual);
     // Shown as the receiver will tune: on the 25 kHz raster.
     s.frequencyEdit->setText(formatFreq(mhzFromCode(code)));
-    if (!m_ctx.bus.tuneManual(code, settleMillis))
+    if (!m_ctx.detail.tuneManual(code, settleMillis))
         noResponse();
 }
 

@@ -502,7 +502,7 @@ void DashboardServer::setPaused(bool paused)
         m_flushTimer.start(kFlushIntervalMs);
 }
 
-void DashboardServer::store(const ReceiverStatus &status)
+void DashboardServer::store(const Receiver &status)
 {
     m_receivers.insert(status.address, status);
     m_dirty.insert(status.address);

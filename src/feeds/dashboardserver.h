@@ -1,7 +1,7 @@
 #pragma once
 
 #include "feeds/lineexport.h"
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 
 #include <QAbstractHttpServer>
 #include <QHash>
@@ -71,11 +71,11 @@ public:
     void broadcast(const QByteArray &text);
 
 public slots:
-    void onReceiverFound(const zun::ReceiverStatus &status) { store(status); }
-    void onReceiverChanged(const zun::ReceiverStatus &status) { store(status); }
-    void onLevelsRead(const zun::ReceiverStatus &status) { store(status); }
-    void onWentOffline(const zun::ReceiverStatus &status) { store(status); }
-    void onCameBack(const zun::ReceiverStatus &status) { store(status); }
+    void onReceiverFound(const zun::Receiver &status) { store(status); }
+    void onReceiverChanged(const zun::Receiver &status) { store(status); }
+    void onLevelsRead(const zun::Receiver &status) { store(status); }
+    void onWentOffline(const zun::Receiver &status) { store(status); }
+    void onCameBack(const zun::Receiver &status) { store(status); }
     void onPortChanged(const QString &portName);
     void setHealth(const QList<zun::BusCounters> &health) { m_health = health; }
     // Every message carries "paused": the values are the last known, nothing is polled.
@@ -100,7 +100,7 @@ private:
     void refuse(QTcpSocket *socket, const QByteArray &status);
     void forget(QTcpSocket *socket);
     [[nodiscard]] bool upgradeAllowed(const QByteArray &head, QTcpSocket *socket) const;
-    void store(const ReceiverStatus &status);
+    void store(const Receiver &status);
     void acceptWebSocket();
     [[nodiscard]] bool tokenMatches(const QUrl &url) const;
     [[nodiscard]] bool sameToken(const QByteArray &given) const;
@@ -116,7 +116,7 @@ private:
     QHostAddress m_listenAddress;
     QString m_error;
     QString m_bus;
-    QHash<int, ReceiverStatus> m_receivers;
+    QHash<int, Receiver> m_receivers;
     QList<BusCounters> m_health;
     Page m_page;
     std::function<QByteArray()> m_greeting;

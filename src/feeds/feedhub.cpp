@@ -72,7 +72,7 @@ void FeedHub::setPaused(bool paused)
         m_dashboard->setPaused(paused);
 }
 
-void FeedHub::receiverFound(const ReceiverStatus &status)
+void FeedHub::receiverFound(const Receiver &status)
 {
     if (m_osc)
         m_osc->onReceiverFound(status);

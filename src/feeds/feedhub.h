@@ -5,6 +5,7 @@
 #include "feeds/feedstatus.h"
 #include "feeds/mqttfeed.h"
 #include "feeds/oscfeed.h"
+#include "receivers/receiverevents.h"
 
 #include <QObject>
 
@@ -37,7 +38,7 @@ public:
     // values as the last known ones rather than live.
     void setPaused(bool paused);
     // Tells every feed of a receiver found before the feeds began.
-    void receiverFound(const zun::ReceiverStatus &status);
+    void receiverFound(const zun::Receiver &status);
     // After a detection, the addresses now on the line.
     void setPresent(const QList<int> &addresses);
     void publishControlResult(const QString &addressLevel, const QByteArray &json);
@@ -57,25 +58,25 @@ private:
 };
 
 // Connects one listener to the receiver layer's status signals.
-template <class Source, class Listener> void connectStatusSignals(Source *source, Listener *listener)
+template <class Listener> void connectStatusSignals(const ReceiverEvents *source, Listener *listener)
 {
-    QObject::connect(source, &Source::receiverFound, listener, &Listener::onReceiverFound);
-    QObject::connect(source, &Source::receiverChanged, listener, &Listener::onReceiverChanged);
-    QObject::connect(source, &Source::levelsRead, listener, &Listener::onLevelsRead);
-    QObject::connect(source, &Source::wentOffline, listener, &Listener::onWentOffline);
-    QObject::connect(source, &Source::cameBack, listener, &Listener::onCameBack);
+    QObject::connect(source, &ReceiverEvents::receiverFound, listener, &Listener::onReceiverFound);
+    QObject::connect(source, &ReceiverEvents::receiverChanged, listener, &Listener::onReceiverChanged);
+    QObject::connect(source, &ReceiverEvents::levelsRead, listener, &Listener::onLevelsRead);
+    QObject::connect(source, &ReceiverEvents::wentOffline, listener, &Listener::onWentOffline);
+    QObject::connect(source, &ReceiverEvents::cameBack, listener, &Listener::onCameBack);
 }
 
 // Starts the feeds the options switch on, named for lineName, and subscribes
-// them to source, an object with the receiver layer's signals. The hub
-// belongs to owner; its statusTextChanged feeds the status line.
-template <class Source>
-FeedHub *attachFeeds(const FeedOptions &options, Source *source, QObject *owner, const QString &lineName)
+// them to the receiver layer's signals. The hub belongs to owner; its
+// statusTextChanged feeds the status line.
+inline FeedHub *attachFeeds(const FeedOptions &options, const ReceiverEvents *source, QObject *owner,
+                            const QString &lineName)
 {
     auto *hub = new FeedHub(options, lineName, owner);
     if (OscFeed *osc = hub->osc()) {
         connectStatusSignals(source, osc);
-        QObject::connect(source, &Source::passEnded, osc, &OscFeed::onPassEnded);
+        QObject::connect(source, &ReceiverEvents::passEnded, osc, &OscFeed::onPassEnded);
     }
     if (MqttFeed *mqtt = hub->mqtt()) {
         connectStatusSignals(source, mqtt);

@@ -61,14 +61,14 @@ QString discoveryId(const QString &text)
     return id + QLatin1Char('-') + QString::fromLatin1(digest.left(8));
 }
 
-QList<DiscoveryMessage> discoveryMessages(const QString &prefix, const QString &line,
-                                          const ReceiverStatus &status, bool control)
+QList<DiscoveryMessage> discoveryMessages(const QString &prefix, const QString &line, const Receiver &status,
+                                          bool control)
 {
     const QString device = deviceId(line, status.address);
     const QString rx = QStringLiteral("zunoria/%1/rx/%2").arg(line, addressText(status.address));
-    const QString label = status.name.trimmed().isEmpty()
+    const QString label = status.shownName().trimmed().isEmpty()
                               ? addressText(status.address)
-                              : addressText(status.address) + QLatin1Char(' ') + status.name.trimmed();
+                              : addressText(status.address) + QLatin1Char(' ') + status.shownName().trimmed();
     const QJsonObject deviceInfo{
         {QStringLiteral("identifiers"), QJsonArray{device}},
         {QStringLiteral("name"), QStringLiteral("%1 %2").arg(line, label)},
@@ -126,7 +126,7 @@ QList<DiscoveryMessage> discoveryMessages(const QString &prefix, const QString &
 
 QList<DiscoveryMessage> discoveryRemoval(const QString &prefix, const QString &line, int address)
 {
-    ReceiverStatus status;
+    Receiver status;
     status.address = address;
     QList<DiscoveryMessage> messages = discoveryMessages(prefix, line, status, false);
     for (DiscoveryMessage &m : messages)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 
 #include <QByteArray>
 #include <QList>
@@ -22,7 +22,7 @@ struct DiscoveryMessage
 // binary sensor, and the other kind's config is emptied so that a program
 // restarted the other way leaves no stale entity.
 [[nodiscard]] QList<DiscoveryMessage> discoveryMessages(const QString &prefix, const QString &line,
-                                                        const ReceiverStatus &status, bool control);
+                                                        const Receiver &status, bool control);
 
 // The same topics with empty payloads: the receiver's device goes away.
 [[nodiscard]] QList<DiscoveryMessage> discoveryRemoval(const QString &prefix, const QString &line,

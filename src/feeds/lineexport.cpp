@@ -45,22 +45,22 @@ private:
     QByteArray m_name;
 };
 
-QByteArray receiverLabels(const LineSnapshot &line, const ReceiverStatus &rx)
+QByteArray receiverLabels(const LineSnapshot &line, const Receiver &rx)
 {
     return "line=\"" + metricLabel(line.line) + "\",address=\"" + QByteArray::number(rx.address) +
-           "\",name=\"" + metricLabel(rx.name) + '"';
+           "\",name=\"" + metricLabel(rx.shownName()) + '"';
 }
 
-bool watched(const LineSnapshot &line, const ReceiverStatus &rx)
+bool watched(const LineSnapshot &line, const Receiver &rx)
 {
     return line.online && rx.online;
 }
 
 void eachReceiver(const QList<LineSnapshot> &lines,
-                  const std::function<void(const LineSnapshot &, const ReceiverStatus &)> &visit)
+                  const std::function<void(const LineSnapshot &, const Receiver &)> &visit)
 {
     for (const LineSnapshot &line : lines)
-        for (const ReceiverStatus &rx : line.receivers)
+        for (const Receiver &rx : line.receivers)
             visit(line, rx);
 }
 
@@ -87,13 +87,13 @@ QByteArray stateJson(const QList<LineSnapshot> &lines)
     QJsonArray lineArray;
     for (const LineSnapshot &line : lines) {
         QJsonArray receivers;
-        for (const ReceiverStatus &rx : line.receivers)
+        for (const Receiver &rx : line.receivers)
             receivers.append(QJsonObject{{QStringLiteral("address"), rx.address},
-                                         {QStringLiteral("name"), rx.name},
-                                         {QStringLiteral("freq"), rx.frequencyMHz},
-                                         {QStringLiteral("rfa"), rx.rfA},
-                                         {QStringLiteral("rfb"), rx.rfB},
-                                         {QStringLiteral("af"), rx.audio},
+                                         {QStringLiteral("name"), rx.shownName()},
+                                         {QStringLiteral("freq"), rx.frequencyMHz()},
+                                         {QStringLiteral("rfa"), rx.levels.rfA},
+                                         {QStringLiteral("rfb"), rx.levels.rfB},
+                                         {QStringLiteral("af"), rx.audioPercent()},
                                          {QStringLiteral("battery"), rx.batteryPercent},
                                          {QStringLiteral("mute"), rx.mute},
                                          {QStringLiteral("online"), watched(line, rx)}});
@@ -112,36 +112,36 @@ QByteArray metricsText(const QList<LineSnapshot> &lines)
     {
         FamilyWriter f(
             out, {"zunoria_receiver_online", "gauge", "1 while the receiver answers on a watched line."});
-        eachReceiver(lines, [&](const LineSnapshot &l, const ReceiverStatus &rx) {
+        eachReceiver(lines, [&](const LineSnapshot &l, const Receiver &rx) {
             f.add(receiverLabels(l, rx), watched(l, rx) ? 1 : 0);
         });
     }
     {
         FamilyWriter f(out, {"zunoria_receiver_rf_dbm", "gauge", "Received RF level per antenna in dBm."});
-        eachReceiver(lines, [&](const LineSnapshot &l, const ReceiverStatus &rx) {
+        eachReceiver(lines, [&](const LineSnapshot &l, const Receiver &rx) {
             if (!watched(l, rx))
                 return;
-            f.add(receiverLabels(l, rx) + ",antenna=\"a\"", rx.rfADbm);
-            f.add(receiverLabels(l, rx) + ",antenna=\"b\"", rx.rfBDbm);
+            f.add(receiverLabels(l, rx) + ",antenna=\"a\"", rx.rfADbm());
+            f.add(receiverLabels(l, rx) + ",antenna=\"b\"", rx.rfBDbm());
         });
     }
     {
         FamilyWriter f(out, {"zunoria_receiver_audio", "gauge", "Audio meter 0..99 (99: clipping)."});
-        eachReceiver(lines, [&](const LineSnapshot &l, const ReceiverStatus &rx) {
+        eachReceiver(lines, [&](const LineSnapshot &l, const Receiver &rx) {
             if (watched(l, rx))
-                f.add(receiverLabels(l, rx), rx.audio);
+                f.add(receiverLabels(l, rx), rx.audioPercent());
         });
     }
     {
         FamilyWriter f(out, {"zunoria_receiver_battery_percent", "gauge", "Transmitter battery in percent."});
-        eachReceiver(lines, [&](const LineSnapshot &l, const ReceiverStatus &rx) {
+        eachReceiver(lines, [&](const LineSnapshot &l, const Receiver &rx) {
             if (watched(l, rx) && rx.batteryPercent >= 0)
                 f.add(receiverLabels(l, rx), rx.batteryPercent);
         });
     }
     {
         FamilyWriter f(out, {"zunoria_receiver_muted", "gauge", "1 while the receiver's output is muted."});
-        eachReceiver(lines, [&](const LineSnapshot &l, const ReceiverStatus &rx) {
+        eachReceiver(lines, [&](const LineSnapshot &l, const Receiver &rx) {
             if (watched(l, rx))
                 f.add(receiverLabels(l, rx), rx.mute ? 1 : 0);
         });

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bushealth/buscounters.h"
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 
 #include <QByteArray>
 #include <QList>
@@ -17,8 +17,8 @@ struct LineSnapshot
     bool online = true;
     QString host;
     int receiversFound = 0;
-    QList<ReceiverStatus> receivers; // ascending address
-    QList<BusCounters> health;       // ascending address
+    QList<Receiver> receivers; // ascending address
+    QList<BusCounters> health; // ascending address
 };
 
 // {"lines":[{"line","online","host","receiversFound","receivers":[{"address",

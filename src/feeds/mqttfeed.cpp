@@ -198,9 +198,9 @@ void MqttFeed::onMessage(const QString &topic, const QByteArray &payload, bool r
         emit controlRequested(level, payload);
 }
 
-void MqttFeed::announce(const ReceiverStatus &status)
+void MqttFeed::announce(const Receiver &status)
 {
-    m_announced.insert(status.address, status.name);
+    m_announced.insert(status.address, status.shownName());
     for (const DiscoveryMessage &m :
          discoveryMessages(m_options.mqttDiscoveryPrefix, m_bus, status, m_options.mqttControl))
         emit publishRequested(m.topic, m.payload, true);
@@ -210,7 +210,7 @@ void MqttFeed::announceAll()
 {
     if (!m_options.mqttDiscovery || m_state != FeedStatus::Mqtt::Connected)
         return;
-    for (const ReceiverStatus &status : std::as_const(m_receivers))
+    for (const Receiver &status : std::as_const(m_receivers))
         announce(status);
 }
 
@@ -221,12 +221,12 @@ void MqttFeed::withdraw(int address)
         emit publishRequested(m.topic, m.payload, true);
 }
 
-void MqttFeed::store(const ReceiverStatus &status)
+void MqttFeed::store(const Receiver &status)
 {
     m_receivers.insert(status.address, status);
     // The device carries the receiver's name; a renamed one is told again.
     if (m_options.mqttDiscovery && m_state == FeedStatus::Mqtt::Connected &&
-        (!m_announced.contains(status.address) || m_announced.value(status.address) != status.name))
+        (!m_announced.contains(status.address) || m_announced.value(status.address) != status.shownName()))
         announce(status);
     m_dirty.insert(status.address);
     if (!m_flushTimer.isActive())

@@ -3,7 +3,7 @@
 #include "feeds/feedoptions.h"
 #include "feeds/feedstatus.h"
 #include "feeds/ratelimiter.h"
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 
 #include <QElapsedTimer>
 #include <QHash>
@@ -37,11 +37,11 @@ public:
     QString busName() const { return m_bus; }
 
 public slots:
-    void onReceiverFound(const zun::ReceiverStatus &status) { store(status); }
-    void onReceiverChanged(const zun::ReceiverStatus &status) { store(status); }
-    void onLevelsRead(const zun::ReceiverStatus &status) { store(status); }
-    void onWentOffline(const zun::ReceiverStatus &status) { store(status); }
-    void onCameBack(const zun::ReceiverStatus &status) { store(status); }
+    void onReceiverFound(const zun::Receiver &status) { store(status); }
+    void onReceiverChanged(const zun::Receiver &status) { store(status); }
+    void onLevelsRead(const zun::Receiver &status) { store(status); }
+    void onWentOffline(const zun::Receiver &status) { store(status); }
+    void onCameBack(const zun::Receiver &status) { store(status); }
     // A new bus name means new topics and a new last will: the session restarts.
     void onPortChanged(const QString &portName);
     // Retained on zunoria/<bus>/info and said again on every connection.
@@ -65,14 +65,14 @@ signals:
     void controlRequested(const QString &addressLevel, const QByteArray &payload);
 
 private:
-    void store(const ReceiverStatus &status);
+    void store(const Receiver &status);
     void flush();
     void publishPaused();
     void startSession();
     void endSession();
     void setState(FeedStatus::Mqtt state);
     void onMessage(const QString &topic, const QByteArray &payload, bool retained);
-    void announce(const ReceiverStatus &status);
+    void announce(const Receiver &status);
     void announceAll();
     void withdraw(int address);
 
@@ -85,7 +85,7 @@ private:
     QThread m_thread;
     MqttConnection *m_connection = nullptr;
     FeedStatus::Mqtt m_state = FeedStatus::Mqtt::Off;
-    QHash<int, ReceiverStatus> m_receivers;
+    QHash<int, Receiver> m_receivers;
     QHash<int, QByteArray> m_published;
     QSet<int> m_dirty;
     QHash<int, QString> m_announced; // address: the name its discovery config carries

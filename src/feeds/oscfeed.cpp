@@ -50,28 +50,28 @@ OscFeed::OscFeed(const QList<OscTarget> &targets, const QString &lineName, QObje
     }
 }
 
-QByteArray OscFeed::encodeBundle(const QString &lineName, const QList<ReceiverStatus> &online,
+QByteArray OscFeed::encodeBundle(const QString &lineName, const QList<Receiver> &online,
                                  const QList<int> &wentOffline, std::optional<bool> paused)
 {
     std::unique_ptr<std::remove_pointer_t<lo_bundle>, BundleDeleter> bundle(lo_bundle_new(LO_TT_IMMEDIATE));
-    for (const ReceiverStatus &s : online) {
+    for (const Receiver &s : online) {
         const QString base = QStringLiteral("/zunoria/%1/rx/%2/").arg(lineName, addressText(s.address));
         lo_message m = lo_message_new();
-        lo_message_add_string(m, s.name.toUtf8().constData());
+        lo_message_add_string(m, s.shownName().toUtf8().constData());
         addMessage(bundle.get(), base + QLatin1String("name"), m);
         m = lo_message_new();
-        lo_message_add_float(m, static_cast<float>(s.frequencyMHz));
+        lo_message_add_float(m, static_cast<float>(s.frequencyMHz()));
         addMessage(bundle.get(), base + QLatin1String("freq"), m);
         m = lo_message_new();
-        lo_message_add_int32(m, s.rfA);
-        lo_message_add_float(m, static_cast<float>(s.rfADbm));
+        lo_message_add_int32(m, s.levels.rfA);
+        lo_message_add_float(m, static_cast<float>(s.rfADbm()));
         addMessage(bundle.get(), base + QLatin1String("rfa"), m);
         m = lo_message_new();
-        lo_message_add_int32(m, s.rfB);
-        lo_message_add_float(m, static_cast<float>(s.rfBDbm));
+        lo_message_add_int32(m, s.levels.rfB);
+        lo_message_add_float(m, static_cast<float>(s.rfBDbm()));
         addMessage(bundle.get(), base + QLatin1String("rfb"), m);
         m = lo_message_new();
-        lo_message_add_int32(m, s.audio);
+        lo_message_add_int32(m, s.audioPercent());
         addMessage(bundle.get(), base + QLatin1String("af"), m);
         m = lo_message_new();
         lo_message_add_int32(m, s.batteryPercent);
@@ -103,7 +103,7 @@ QByteArray OscFeed::encodeBundle(const QString &lineName, const QList<ReceiverSt
     return bytes;
 }
 
-void OscFeed::store(const ReceiverStatus &status, bool urgent)
+void OscFeed::store(const Receiver &status, bool urgent)
 {
     m_receivers.insert(status.address, status);
     if (!status.online)
@@ -134,8 +134,8 @@ void OscFeed::requestSend()
 
 void OscFeed::sendNow()
 {
-    QList<ReceiverStatus> online;
-    for (const ReceiverStatus &s : std::as_const(m_receivers)) {
+    QList<Receiver> online;
+    for (const Receiver &s : std::as_const(m_receivers)) {
         if (s.online)
             online.append(s);
     }

@@ -2,7 +2,7 @@
 
 #include "feeds/feedoptions.h"
 #include "feeds/ratelimiter.h"
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 
 #include <QElapsedTimer>
 #include <QHostAddress>
@@ -38,16 +38,16 @@ public:
     // freq,rfa,rfb,af,battery,mute,online} per online receiver, and /online
     // false for each address in wentOffline, and /zunoria/<line>/paused when
     // that changed.
-    [[nodiscard]] static QByteArray encodeBundle(const QString &lineName, const QList<ReceiverStatus> &online,
+    [[nodiscard]] static QByteArray encodeBundle(const QString &lineName, const QList<Receiver> &online,
                                                  const QList<int> &wentOffline,
                                                  std::optional<bool> paused = {});
 
 public slots:
-    void onReceiverFound(const zun::ReceiverStatus &status) { store(status, true); }
-    void onReceiverChanged(const zun::ReceiverStatus &status) { store(status, true); }
-    void onLevelsRead(const zun::ReceiverStatus &status) { store(status, false); }
-    void onWentOffline(const zun::ReceiverStatus &status) { store(status, true); }
-    void onCameBack(const zun::ReceiverStatus &status) { store(status, true); }
+    void onReceiverFound(const zun::Receiver &status) { store(status, true); }
+    void onReceiverChanged(const zun::Receiver &status) { store(status, true); }
+    void onLevelsRead(const zun::Receiver &status) { store(status, false); }
+    void onWentOffline(const zun::Receiver &status) { store(status, true); }
+    void onCameBack(const zun::Receiver &status) { store(status, true); }
     void onPassEnded(int receiversAsked);
     void setPaused(bool paused);
 
@@ -61,14 +61,14 @@ private:
         QHostAddress address; // null until resolved
     };
 
-    void store(const ReceiverStatus &status, bool urgent);
+    void store(const Receiver &status, bool urgent);
     void requestSend();
     void sendNow();
     void reportOnce(const QString &message);
 
     QList<Target> m_targets;
     QString m_line;
-    QMap<int, ReceiverStatus> m_receivers;
+    QMap<int, Receiver> m_receivers;
     QSet<int> m_wentOffline;
     bool m_paused = false;
     bool m_sentPaused = false;

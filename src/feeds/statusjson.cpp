@@ -1,42 +1,52 @@
 #include "feeds/statusjson.h"
 
+#include "receivers/frequency.h"
+
 #include <QJsonDocument>
 
 namespace zun {
 
-QJsonObject receiverJson(const ReceiverStatus &status)
+QJsonObject receiverJson(const Receiver &status)
 {
     return {
-        {QStringLiteral("address"), status.address},   {QStringLiteral("name"), status.name},
-        {QStringLiteral("freq"), status.frequencyMHz}, {QStringLiteral("rfa"), status.rfA},
-        {QStringLiteral("rfb"), status.rfB},           {QStringLiteral("rfaDbm"), status.rfADbm},
-        {QStringLiteral("rfbDbm"), status.rfBDbm},     {QStringLiteral("af"), status.audio},
-        {QStringLiteral("clip"), status.audioClip},    {QStringLiteral("battery"), status.batteryPercent},
-        {QStringLiteral("mute"), status.mute},         {QStringLiteral("online"), status.online},
+        {QStringLiteral("address"), status.address},
+        {QStringLiteral("name"), status.shownName()},
+        {QStringLiteral("freq"), status.frequencyMHz()},
+        {QStringLiteral("rfa"), status.levels.rfA},
+        {QStringLiteral("rfb"), status.levels.rfB},
+        {QStringLiteral("rfaDbm"), status.rfADbm()},
+        {QStringLiteral("rfbDbm"), status.rfBDbm()},
+        {QStringLiteral("af"), status.audioPercent()},
+        {QStringLiteral("clip"), status.levels.audioClip},
+        {QStringLiteral("battery"), status.batteryPercent},
+        {QStringLiteral("mute"), status.mute},
+        {QStringLiteral("online"), status.online},
     };
 }
 
-QByteArray receiverJsonText(const ReceiverStatus &status)
+QByteArray receiverJsonText(const Receiver &status)
 {
     return QJsonDocument(receiverJson(status)).toJson(QJsonDocument::Compact);
 }
 
-std::optional<ReceiverStatus> parseReceiverJson(const QByteArray &json)
+std::optional<Receiver> parseReceiverJson(const QByteArray &json)
 {
     const QJsonDocument document = QJsonDocument::fromJson(json);
     const QJsonObject o = document.object();
-    ReceiverStatus status;
+    Receiver status;
     status.address = o.value(QStringLiteral("address")).toInt(0);
     if (!document.isObject() || status.address < 1 || status.address > 64)
         return std::nullopt;
     status.name = o.value(QStringLiteral("name")).toString();
-    status.frequencyMHz = o.value(QStringLiteral("freq")).toDouble();
-    status.rfA = o.value(QStringLiteral("rfa")).toInt();
-    status.rfB = o.value(QStringLiteral("rfb")).toInt();
-    status.rfADbm = o.value(QStringLiteral("rfaDbm")).toDouble();
-    status.rfBDbm = o.value(QStringLiteral("rfbDbm")).toDouble();
-    status.audio = o.value(QStringLiteral("af")).toInt();
-    status.audioClip = o.value(QStringLiteral("clip")).toBool();
+    // The feed carries what a listener sees; the receiver's own codes and
+    // scales follow from it. Frequencies are on the receivers' 25 kHz raster,
+    // and the dBm figures follow from the levels, so both come back exact.
+    status.manualFreq = true;
+    status.manualFreqCode = codeFromMhz(o.value(QStringLiteral("freq")).toDouble());
+    status.levels.rfA = o.value(QStringLiteral("rfa")).toInt();
+    status.levels.rfB = o.value(QStringLiteral("rfb")).toInt();
+    status.levels.audio = audioMeterFromPercent(o.value(QStringLiteral("af")).toInt());
+    status.levels.audioClip = o.value(QStringLiteral("clip")).toBool();
     status.batteryPercent = o.value(QStringLiteral("battery")).toInt(-1);
     status.mute = o.value(QStringLiteral("mute")).toBool();
     status.online = o.value(QStringLiteral("online")).toBool();

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "receivers/addresstext.h"
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 
 #include <QByteArray>
 #include <QJsonObject>
@@ -13,13 +13,13 @@ namespace zun {
 // One receiver as the MQTT topics and the dashboard carry it: address, name,
 // freq (MHz), rfa/rfb (0..99), rfaDbm/rfbDbm, af (0..99), clip, battery
 // (percent, -1 unknown), mute, online.
-[[nodiscard]] QJsonObject receiverJson(const ReceiverStatus &status);
+[[nodiscard]] QJsonObject receiverJson(const Receiver &status);
 
 // The same as compact UTF-8 text; quotes and control characters escaped.
-[[nodiscard]] QByteArray receiverJsonText(const ReceiverStatus &status);
+[[nodiscard]] QByteArray receiverJsonText(const Receiver &status);
 
 // A receiver back from that text; nothing unless it is an object with an
 // address 1..64. Missing fields keep their defaults.
-[[nodiscard]] std::optional<ReceiverStatus> parseReceiverJson(const QByteArray &json);
+[[nodiscard]] std::optional<Receiver> parseReceiverJson(const QByteArray &json);
 
 } // namespace zun

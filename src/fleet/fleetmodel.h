@@ -2,7 +2,7 @@
 
 #include "bushealth/buscounters.h"
 #include "feeds/lineexport.h"
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -23,7 +23,7 @@ struct FleetLine
     bool online = false;
     QString host;
     int receiversFound = 0;
-    QMap<int, ReceiverStatus> receivers;
+    QMap<int, Receiver> receivers;
     QList<BusCounters> health;
     QHash<int, QSet<QString>> raised; // address → kinds of the alarms not cleared yet
 

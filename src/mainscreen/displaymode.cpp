@@ -1,7 +1,7 @@
 #include "mainscreen/displaymode.h"
 
 #include "receivers/frequency.h"
-#include "receivers/receiverrecord.h"
+#include "receivers/receiver.h"
 
 namespace zun {
 
@@ -12,12 +12,12 @@ QString twoDigits(int value)
 }
 } // namespace
 
-QString addressNameCaption(const ReceiverRecord &record)
+QString addressNameCaption(const Receiver &record)
 {
     return twoDigits(record.address) + QLatin1Char(' ') + record.name;
 }
 
-QString nameCaption(const ReceiverRecord &record, int mode)
+QString nameCaption(const Receiver &record, int mode)
 {
     switch (mode) {
     case ModeGroupChannel:

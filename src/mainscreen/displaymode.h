@@ -4,7 +4,7 @@
 
 namespace zun {
 
-struct ReceiverRecord;
+struct Receiver;
 
 // What every panel's name label shows; the receivers show the same.
 enum DisplayMode {
@@ -18,9 +18,9 @@ enum DisplayMode {
 
 // The name-label caption of a record in a mode; a null text for the volume
 // mode, which changes nothing.
-[[nodiscard]] QString nameCaption(const ReceiverRecord &record, int mode);
+[[nodiscard]] QString nameCaption(const Receiver &record, int mode);
 
 // Address "00" + blank + name: the caption after an address or name change.
-[[nodiscard]] QString addressNameCaption(const ReceiverRecord &record);
+[[nodiscard]] QString addressNameCaption(const Receiver &record);
 
 } // namespace zun

@@ -55,7 +55,7 @@ void MainWindow::showDisplayMode(int mode)
         return;
     m_displayMode = mode;
     m_ctx.bus.showDisplayMode(mode);
-    const int shown = std::min(m_ctx.bus.foundCount(), m_ctx.bus.receiverCount());
+    const int shown = std::min(m_ctx.bus.table().foundCount(), m_ctx.bus.table().size());
     for (int i = 0; i < shown; ++i)
         refreshNameCaption(i);
 }
@@ -97,7 +97,7 @@ void MainWindow::showPage(int page)
 void MainWindow::hideChosen()
 {
     // The action toggles its own check mark.
-    m_grid->setHideUnused(m_mnuHide->isChecked(), m_ctx.bus.foundCount());
+    m_grid->setHideUnused(m_mnuHide->isChecked(), m_ctx.bus.table().foundCount());
 }
 
 void MainWindow::fullViewChosen()
@@ -127,7 +127,7 @@ void MainWindow::saveChosen()
     const QString path = m_ctx.platform.dialogs.saveFileName(kSettingsFilter);
     if (path.isEmpty())
         return;
-    const QString error = saveSettingsFile(path, formatSettings(m_ctx.bus.foundRecords()));
+    const QString error = saveSettingsFile(path, formatSettings(m_ctx.bus.table().found()));
     if (!error.isEmpty())
         m_ctx.platform.dialogs.message(
             QStringLiteral("The settings could not be saved to %1: %2").arg(path, error));
@@ -142,7 +142,7 @@ void MainWindow::loadChosen()
 
 void MainWindow::offerSettingsFile(const QString &path)
 {
-    if (m_ctx.bus.foundCount() == 0) {
+    if (m_ctx.bus.table().foundCount() == 0) {
         m_ctx.platform.dialogs.message(
             QStringLiteral("No receivers were found, so the settings in %1 were not loaded.").arg(path));
         return;
@@ -177,13 +177,13 @@ void MainWindow::loadSettingsFile(const QString &path)
         if (!index)
             continue;
         refreshNameCaption(*index);
-        m_grid->panel(*index)->setMutePicture(m_ctx.bus.record(*index).mute);
+        m_grid->panel(*index)->setMutePicture(m_ctx.bus.table().at(*index).mute);
     }
 }
 
 void MainWindow::moreClicked(int index)
 {
-    if (!validIndex(index) || m_ctx.bus.kobActive())
+    if (!validIndex(index) || m_ctx.detail.kobActive())
         return;
     if (m_more)
         m_more->close();
@@ -191,7 +191,7 @@ void MainWindow::moreClicked(int index)
         return;
     if (!m_ctx.makeDetailWindow)
         return;
-    m_ctx.bus.openDetail(index);
+    m_ctx.detail.open(index);
     m_more = m_ctx.makeDetailWindow(m_ctx, *this);
     m_more->load();
     m_more->show();

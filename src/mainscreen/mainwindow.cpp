@@ -59,7 +59,7 @@ MainWindow::MainWindow(Session &session, QWidget *parent)
     connectDetection();
     connectSession();
     m_monitoring = new Monitoring(session, *this, [this](int index) {
-        return validIndex(index) ? m_ctx.bus.record(index).address : 0;
+        return validIndex(index) ? m_ctx.bus.table().at(index).address : 0;
     });
     addBusHealthItem();
     addFrequencyPlanItem();
@@ -69,7 +69,7 @@ MainWindow::MainWindow(Session &session, QWidget *parent)
 void MainWindow::connectSession()
 {
     connect(&m_session, &Session::receiversCleared, this, [this] {
-        for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
+        for (int i = 0; i < m_ctx.bus.table().size(); ++i)
             disablePanel(i);
     });
     connect(&m_session, &Session::receiversDetected, this, [this](bool found) {
@@ -87,7 +87,7 @@ void MainWindow::connectSession()
     connect(&m_session, &Session::receiverEdited, this, [this](int index) {
         if (!validIndex(index))
             return;
-        const ReceiverRecord &r = m_ctx.bus.record(index);
+        const Receiver &r = m_ctx.bus.table().at(index);
         m_grid->panel(index)->setMutePicture(r.mute);
         setPanelNameCaption(index, QStringLiteral("%1 ").arg(r.address, 2, 10, QLatin1Char('0')) + r.name);
     });
@@ -101,7 +101,7 @@ void MainWindow::connectSession()
 
 void MainWindow::enableFoundPanels()
 {
-    for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
+    for (int i = 0; i < m_ctx.bus.table().foundCount(); ++i)
         enablePanel(i);
 }
 
@@ -270,8 +270,8 @@ void MainWindow::load()
         m_grid->panel(i)->setKobCaption(m_mainKob ? QStringLiteral("KOB") : QString());
     loadTvRegion(m_tvItems, m_ctx);
 
-    m_ctx.bus.resizeTable(m_grid->panelCount());
-    for (int i = 0; i < m_ctx.bus.receiverCount(); ++i)
+    m_ctx.bus.table().resize(m_grid->panelCount());
+    for (int i = 0; i < m_ctx.bus.table().size(); ++i)
         disablePanel(i);
     m_timer1->start(300);
     // The session runs the receiver search next, as "Auto Detect Receivers" does.
@@ -299,7 +299,7 @@ void MainWindow::updateLinkMenus()
     if (port >= 1 && port <= 8 && options.portAvailable[std::size_t(port)])
         m_mnuCom[std::size_t(port)]->setChecked(true);
     m_mnuHide->setChecked(false);
-    m_grid->setHideUnused(false, m_ctx.bus.foundCount());
+    m_grid->setHideUnused(false, m_ctx.bus.table().foundCount());
     showLineNotice();
 }
 

@@ -15,14 +15,14 @@ namespace zun {
 
 bool MainWindow::validIndex(int index) const
 {
-    return m_ctx.bus.validIndex(index) && m_grid->panel(index);
+    return m_ctx.bus.table().validIndex(index) && m_grid->panel(index);
 }
 
 void MainWindow::enablePanel(int index)
 {
     if (!validIndex(index))
         return;
-    m_grid->panel(index)->enableLive(m_ctx.bus.record(index).mute);
+    m_grid->panel(index)->enableLive(m_ctx.bus.table().at(index).mute);
     refreshNameCaption(index);
 }
 
@@ -46,7 +46,7 @@ void MainWindow::showOffline(int index)
 
 void MainWindow::refreshNameCaption(int index)
 {
-    const QString caption = nameCaption(m_ctx.bus.record(index), m_displayMode);
+    const QString caption = nameCaption(m_ctx.bus.table().at(index), m_displayMode);
     if (!caption.isNull())
         m_grid->panel(index)->setNameText(caption);
 }
@@ -55,13 +55,13 @@ void MainWindow::muteClicked(int index)
 {
     if (!validIndex(index))
         return;
-    m_grid->panel(index)->setMutePicture(!m_ctx.bus.record(index).mute);
+    m_grid->panel(index)->setMutePicture(!m_ctx.bus.table().at(index).mute);
     m_ctx.bus.toggleMute(index);
 }
 
 void MainWindow::pilotClicked(int index)
 {
-    if (!validIndex(index) || m_ctx.bus.kobActive())
+    if (!validIndex(index) || m_ctx.detail.kobActive())
         return;
     RcvPanel *p = m_grid->panel(index);
     p->setPilotPicture(QStringLiteral("RedBall"));
@@ -73,7 +73,6 @@ void MainWindow::nameClicked(int index)
 {
     if (!validIndex(index))
         return;
-    m_ctx.bus.select(index);
     m_session.bringBack(index);
 }
 

@@ -61,7 +61,7 @@ PanelReadout panelReadout(const LevelReading &reading)
         r.batteryCaption = state.caption;
         r.batteryImage = state.image;
     }
-    r.audioX = reading.audioMeter;
+    r.audioX = reading.audio;
     r.audioClip = reading.audioClip;
     return r;
 }

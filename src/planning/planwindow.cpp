@@ -184,7 +184,7 @@ void PlanWindow::scheduleRefresh()
 
 void PlanWindow::refresh()
 {
-    std::vector<LineCarrier> line = lineCarriers(m_ctx.bus.foundRecords());
+    std::vector<LineCarrier> line = lineCarriers(m_ctx.bus.table().found());
     const auto addresses = [](const std::vector<LineCarrier> &l) {
         std::vector<int> a;
         for (const LineCarrier &c : l)

@@ -43,7 +43,7 @@ std::optional<QString> readImport(Dialogs &dialogs, const QString &path, const Q
     return QString::fromUtf8(in.read(kLargestImport));
 }
 
-QString codeOf(const ReceiverRecord &r)
+QString codeOf(const Receiver &r)
 {
     return r.manualFreq ? r.manualFreqCode : r.channelFreqCode;
 }
@@ -60,7 +60,7 @@ void PlanWindow::apply()
         if (m_proposed[i] < 0 || m_proposed[i] == c.frequencyKHz || !c.online)
             continue;
         targets.push_back({c.index, codeFromMhz(m_proposed[i] / 1000.0)});
-        undo.push_back({c.index, codeOf(m_ctx.bus.record(c.index))});
+        undo.push_back({c.index, codeOf(m_ctx.bus.table().at(c.index))});
     }
     if (targets.empty()) {
         setStatus(QStringLiteral("The plan changes no receiver."));

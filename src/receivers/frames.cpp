@@ -1,7 +1,7 @@
 #include "receivers/frames.h"
 
 #include "link/hex.h"
-#include "receivers/receiverrecord.h"
+#include "receivers/receiver.h"
 
 namespace zun::frames {
 
@@ -20,120 +20,147 @@ const QChar kQuery = QLatin1Char('%');
 const QChar kSet = QLatin1Char('#');
 } // namespace
 
-QString identify(int address)
+Exchange identify(int address)
 {
-    return build(kQuery, address, QStringLiteral("M"));
+    return {build(kQuery, address, QStringLiteral("M")), 41, 100};
 }
 
-QString levels(int address)
+Exchange levels(int address)
 {
-    return build(kQuery, address, QStringLiteral("N"));
+    return {build(kQuery, address, QStringLiteral("N")), 12, 250};
 }
 
-QString presence(int address)
+Exchange presence(int address)
 {
-    return build(kQuery, address, QStringLiteral("L"));
+    return {build(kQuery, address, QStringLiteral("L")), 4, 250};
 }
 
-QString textA(int address)
+Exchange textA(int address)
 {
-    return build(kQuery, address, QStringLiteral("A"));
+    return {build(kQuery, address, QStringLiteral("A")), 14, 250};
 }
 
-QString textB(int address)
+Exchange textB(int address)
 {
-    return build(kQuery, address, QStringLiteral("B"));
+    return {build(kQuery, address, QStringLiteral("B")), 7, 250};
 }
 
-QString kobStart(int address)
+Exchange kobStart(int address)
 {
-    return build(kQuery, address, QStringLiteral("O"));
+    return {build(kQuery, address, QStringLiteral("O")), 0, 100};
 }
 
-QString backOnLine(int address)
+Exchange backOnLine(int address)
 {
-    return build(kSet, address, QStringLiteral("A1"));
+    return {build(kSet, address, QStringLiteral("A1")), 4, 200};
 }
 
-QString mute(int address, bool on)
+Exchange wake(int address)
 {
-    return build(kSet, address, on ? QStringLiteral("B1") : QStringLiteral("B0"));
+    return {build(kSet, address, QStringLiteral("A1")), 0, 50};
 }
 
-QString preset(int address, int group, int channel)
+Exchange pilotKobStart(int address)
 {
-    return build(kSet, address, QLatin1Char('D') + formatHex(group, 1) + formatHex(channel, 1));
+    return {build(kQuery, address, QStringLiteral("O")), 0, 200};
 }
 
-QString tune(int address, const QString &code)
+Exchange pilotBackOnLine(int address)
 {
-    return build(kSet, address, QLatin1Char('K') + code);
+    return {build(kSet, address, QStringLiteral("A1")), 4, 100};
 }
 
-QString scanTune(int address, const QString &code)
+Exchange mute(int address, bool on)
 {
-    return build(kSet, address, QLatin1Char('E') + code);
+    return {build(kSet, address, on ? QStringLiteral("B1") : QStringLiteral("B0")), 4, 250};
 }
 
-QString squelch(int address, int squelch)
+Exchange preset(int address, int group, int channel)
 {
-    return build(kSet, address, QLatin1Char('F') + formatHex(squelch, 2));
+    return {build(kSet, address, QLatin1Char('D') + formatHex(group, 1) + formatHex(channel, 1)), 8, 250};
 }
 
-QString name(int address, const QString &name)
+Exchange tune(int address, const QString &code)
 {
-    return build(kSet, address, QLatin1Char('C') + name);
+    return {build(kSet, address, QLatin1Char('K') + code), 4, 250};
 }
 
-QString newAddress(int address, int newAddress)
+Exchange cursorTune(int address, const QString &code, int timeoutMillis)
 {
-    return build(kSet, address, QLatin1Char('L') + formatHex(newAddress, 2));
+    return {build(kSet, address, QLatin1Char('K') + code), 4, timeoutMillis};
 }
 
-QString detailClosed(int address)
+Exchange scanTune(int address, const QString &code)
 {
-    return build(kSet, address, QStringLiteral("NS"));
+    return {build(kSet, address, QLatin1Char('E') + code), 12, 250};
 }
 
-QString settingsWrite(const ReceiverRecord &r)
+Exchange squelch(int address, int squelch)
+{
+    return {build(kSet, address, QLatin1Char('F') + formatHex(squelch, 2)), 4, 250};
+}
+
+Exchange name(int address, const QString &name)
+{
+    return {build(kSet, address, QLatin1Char('C') + name), 4, 250};
+}
+
+Exchange newAddress(int address, int newAddress)
+{
+    return {build(kSet, address, QLatin1Char('L') + formatHex(newAddress, 2)), 4, 250};
+}
+
+Exchange detailClosed(int address)
+{
+    return {build(kSet, address, QStringLiteral("NS")), 4, 250};
+}
+
+Exchange settingsWrite(const Receiver &r)
 {
     const QString name = padCut(r.name, 6);
     const QString code = padCut(r.manualFreq ? r.manualFreqCode : r.channelFreqCode, 4);
     const int mode = (r.manualFreq ? 1 : 0) + (r.mute ? 2 : 0);
-    return build(kSet, r.address,
-                 QLatin1Char('M') + name + formatHex(r.group, 1) + formatHex(r.channel, 1) + code +
-                     formatHex(r.squelch, 2) + formatHex(r.secondLevel, 2) + QString::number(mode));
+    return {build(kSet, r.address,
+                  QLatin1Char('M') + name + formatHex(r.group, 1) + formatHex(r.channel, 1) + code +
+                      formatHex(r.squelch, 2) + formatHex(r.secondLevel, 2) + QString::number(mode)),
+            4, 250};
 }
 
-QString hostLeaving()
+Exchange hostLeaving()
 {
-    return QStringLiteral("#00A0\r");
+    return {QStringLiteral("#00A0\r"), 0, 50};
 }
 
-QString detectionStart()
+Exchange detectionStart()
 {
-    return QStringLiteral("#00A1\r");
+    return {QStringLiteral("#00A1\r"), 0, 50};
 }
 
-QString displayMode(int mode)
+Exchange displayMode(int mode)
 {
-    return QStringLiteral("#00O") + QString::number(mode) + QLatin1Char('\r');
+    return {QStringLiteral("#00O") + QString::number(mode) + QLatin1Char('\r'), 0, 250};
 }
 
-std::optional<QString> baudRate(int baudrate)
+std::optional<Exchange> baudRate(int baudrate)
 {
+    QString code;
     switch (baudrate) {
     case 115200:
-        return QStringLiteral("#00H01\r");
+        code = QStringLiteral("01");
+        break;
     case 57600:
-        return QStringLiteral("#00H03\r");
+        code = QStringLiteral("03");
+        break;
     case 38400:
-        return QStringLiteral("#00H05\r");
+        code = QStringLiteral("05");
+        break;
     case 9600:
-        return QStringLiteral("#00H17\r");
+        code = QStringLiteral("17");
+        break;
     default:
         return std::nullopt;
     }
+    return Exchange{QStringLiteral("#00H") + code + QLatin1Char('\r'), 0, 50};
 }
 
 } // namespace zun::frames

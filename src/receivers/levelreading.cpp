@@ -62,12 +62,12 @@ LevelReading readLevels(const LevelReply &raw, int squelch, const LevelTable &ta
     r.rfB = table[static_cast<std::size_t>(std::clamp(raw.rfB, 0, 255))];
     // Settings beyond -7..94 already saturate the threshold; bounding them
     // keeps a corrupt record value from overflowing the conversion.
-    r.squelchThreshold = squelchLevel(table, std::clamp(squelch, -100, 200));
-    r.onAir = std::max(r.rfA, r.rfB) > r.squelchThreshold;
+    r.squelchLevel = squelchLevel(table, std::clamp(squelch, -100, 200));
+    r.onAir = std::max(r.rfA, r.rfB) > r.squelchLevel;
     if (r.onAir)
         r.batteryPercent = battery.add(raw.battery);
-    r.audioMeter = audioTaper(raw.audio);
-    r.audioClip = r.audioMeter > kAudioClipLevel;
+    r.audio = audioTaper(raw.audio);
+    r.audioClip = r.audio > kAudioClipLevel;
     return r;
 }
 

@@ -41,17 +41,21 @@ private:
     float m_average = 0.0f;
 };
 
-// What one level reply of the poll means for a receiver's panel.
+// What one level reply means: the poll's for a panel, the detail window's
+// and the RF tools' for their meters (there the antennas are raised by 5
+// before the table, see detailLevel).
 struct LevelReading
 {
     LevelReply raw;
     int rfA = 0; // display levels 0..99
     int rfB = 0;
-    int squelchThreshold = 0; // the squelch on the same scale
-    bool onAir = false;       // the stronger antenna is above the squelch
-    int batteryPercent = -1;  // -1: not shown anew by this reading
-    int audioMeter = 0;       // 0..129 after the taper
+    int squelchLevel = 0;    // the squelch on the same scale
+    bool onAir = false;      // the stronger antenna is above the squelch
+    int batteryPercent = -1; // -1: not shown anew by this reading
+    int audio = 0;           // 0..129 after the taper
     bool audioClip = false;
+
+    bool operator==(const LevelReading &) const = default;
 };
 
 // Reads a poll reply for a receiver with this squelch setting; battery is the

@@ -30,7 +30,7 @@ ExchangeRecord::Result resultOf(bool ok, bool broadcast, const QString &reply)
 
 ReceiverBus::ReceiverBus(Clock &clock, SerialLine &line, SettingsStore &settings, Desktop &desktop,
                          QObject *parent)
-    : QObject(parent), m_clock(clock), m_line(line), m_settings(settings), m_desktop(desktop),
+    : ReceiverEvents(parent), m_clock(clock), m_line(line), m_settings(settings), m_desktop(desktop),
       m_link(line, clock, m_options.retries, &m_options.baudRate), m_levelTable(buildLevelTable())
 {
 }
@@ -48,11 +48,13 @@ void ReceiverBus::processEvents()
     m_desktop.processEvents();
 }
 
-bool ReceiverBus::send(const QString &frame, int replyLength, int timeoutMillis, QString &reply)
+bool ReceiverBus::exchange(const Exchange &exchange, QString *replyOut)
 {
+    const QString &frame = exchange.frame;
+    QString reply;
     const bool broadcast = frame.mid(1, 2) == QLatin1String("00");
     const std::uint64_t start = m_clock.nowMicros();
-    const bool ok = m_link.sendCommand(frame, replyLength, reply, timeoutMillis);
+    const bool ok = m_link.sendCommand(frame, exchange.replyLength, reply, exchange.timeoutMillis);
     ExchangeRecord record;
     record.address = parseHex(QStringView(frame).mid(1, 2));
     record.command = frame.size() > 3 ? frame.at(3) : QChar();
@@ -64,82 +66,15 @@ bool ReceiverBus::send(const QString &frame, int replyLength, int timeoutMillis,
     record.replyChars = static_cast<int>(reply.size());
     record.lineNoise = m_line.discardedInput();
     emit exchanged(record);
+    if (replyOut)
+        *replyOut = reply;
     return ok;
 }
 
-bool ReceiverBus::send(const QString &frame, int replyLength, int timeoutMillis)
+void ReceiverBus::announceChange(int index)
 {
-    QString reply;
-    return send(frame, replyLength, timeoutMillis, reply);
-}
-
-// --- the receiver table ----------------------------------------------------
-
-void ReceiverBus::resizeTable(int count)
-{
-    m_table.assign(static_cast<std::size_t>(std::max(count, 0)), ReceiverRecord{});
-    m_live.assign(m_table.size(), Live{});
-    m_foundCount = 0;
-}
-
-const ReceiverRecord &ReceiverBus::record(int index) const
-{
-    return validIndex(index) ? m_table[static_cast<std::size_t>(index)] : m_none;
-}
-
-QList<ReceiverRecord> ReceiverBus::foundRecords() const
-{
-    const auto found = static_cast<std::ptrdiff_t>(std::min(m_foundCount, receiverCount()));
-    return QList<ReceiverRecord>(m_table.begin(), m_table.begin() + found);
-}
-
-ReceiverRecord *ReceiverBus::selectedRecord()
-{
-    return validIndex(m_selected) ? &m_table[static_cast<std::size_t>(m_selected)] : nullptr;
-}
-
-ReceiverStatus ReceiverBus::status(int index) const
-{
-    ReceiverStatus s;
-    if (!validIndex(index))
-        return s;
-    const ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
-    const Live &live = m_live[static_cast<std::size_t>(index)];
-    s.address = r.address;
-    QString name = r.name;
-    while (name.endsWith(QLatin1Char(' ')))
-        name.chop(1);
-    s.name = name;
-    s.frequencyMHz = mhzFromCode(r.manualFreq ? r.manualFreqCode : r.channelFreqCode);
-    s.squelch = r.squelch;
-    s.rfA = live.rfA;
-    s.rfB = live.rfB;
-    s.rfADbm = levelDbm(live.rfA);
-    s.rfBDbm = levelDbm(live.rfB);
-    s.audio = std::min(99, live.audio * 99 / kAudioClipLevel);
-    s.audioClip = live.audioClip;
-    s.batteryPercent = live.batteryPercent;
-    s.mute = r.mute;
-    s.online = r.online;
-    return s;
-}
-
-void ReceiverBus::fill(int index, const Identification &id)
-{
-    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
-    r.name = id.name;
-    r.group = id.group;
-    r.channel = id.channel;
-    r.channelFreqCode = id.frequencyCode;
-    r.manualFreqCode = id.frequencyCode;
-    r.squelch = id.squelch;
-    r.secondLevel = id.secondLevel;
-    r.groupTable = id.groupTable;
-    r.bandStartCode = id.bandStartCode;
-    r.bandWidth = id.bandWidth;
-    r.mute = id.mute;
-    r.manualFreq = id.manualFreq;
-    r.online = true;
+    if (m_table.validIndex(index))
+        emit receiverChanged(m_table.at(index));
 }
 
 // --- detection ---------------------------------------------------------------
@@ -174,42 +109,34 @@ bool ReceiverBus::openSelectedPort()
 
 void ReceiverBus::forgetReceivers()
 {
-    for (ReceiverRecord &r : m_table)
-        r.online = false;
-    m_foundCount = 0;
+    m_table.forgetAll();
     setWorkMode(WorkMode::Idle);
 }
 
 bool ReceiverBus::searchCurrentPort()
 {
-    for (ReceiverRecord &r : m_table)
-        r.online = false;
+    m_table.forgetAll();
     emit detectionStarted(m_options.port);
-    m_foundCount = 0;
 
     for (int i = 0; i < 3; ++i)
-        send(frames::detectionStart(), 0, 50);
+        exchange(frames::detectionStart());
 
     for (int address = 1; address <= kHighestAddress; ++address) {
         emit detectionProgress(address);
         QString reply;
-        send(frames::identify(address), 41, 100, reply);
-        // More answers than panels would overflow the table: the extra ones are not kept.
-        if (m_foundCount < receiverCount()) {
-            if (const auto id = parseIdentification(reply, address)) {
-                const int index = m_foundCount++;
-                m_table[static_cast<std::size_t>(index)].address = address;
-                fill(index, *id);
-                emit receiverFound(status(index));
-            }
+        exchange(frames::identify(address), &reply);
+        if (const auto id = parseIdentification(reply, address)) {
+            const int index = m_table.addFound(address, *id);
+            if (index >= 0)
+                emit receiverFound(m_table.at(index));
         }
         processEvents();
         if (m_skip && m_skip())
             break;
     }
-    emit detectionEnded(m_foundCount);
+    emit detectionEnded(m_table.foundCount());
 
-    if (m_foundCount > 0) {
+    if (m_table.foundCount() > 0) {
         m_settings.save(kApp, QStringLiteral("MSComm"), QStringLiteral("CommPort"),
                         QString::number(m_line.portNumber()));
         setWorkMode(WorkMode::Polling);
@@ -219,8 +146,10 @@ bool ReceiverBus::searchCurrentPort()
     return false;
 }
 
-bool ReceiverBus::detectReceivers()
+bool ReceiverBus::detectReceivers(PortSearch where)
 {
+    if (where == PortSearch::CurrentPort)
+        return searchCurrentPort();
     // Nothing can answer on a port that did not open: no search there, but the
     // table forgets the receivers as a silent search would.
     const bool opened = openLine();
@@ -253,49 +182,45 @@ bool ReceiverBus::detectReceivers()
 
 bool ReceiverBus::pollAllLevels()
 {
-    const int count = receiverCount();
+    const int count = m_table.size();
     if (count == 0)
         return false;
 
     std::vector<std::optional<LevelReply>> replies(static_cast<std::size_t>(count));
     int asked = 0;
-    for (int i = 0; i < count && i < receiverCount(); ++i) {
-        ReceiverRecord &r = m_table[static_cast<std::size_t>(i)];
-        if (!r.online)
+    for (int i = 0; i < count; ++i) {
+        Receiver *r = m_table.find(i);
+        if (!r || !r->online)
             continue;
         ++asked;
+        const int address = r->address;
         QString reply;
-        if (send(frames::levels(r.address), 12, 250, reply)) {
-            replies[static_cast<std::size_t>(i)] = parseLevels(reply, r.address);
-        } else {
-            r.online = false;
-            // Something answered, so the receiver is there: a disturbed reply
-            // is worth a second look. Silence through every retry means gone.
-            if (reply.isEmpty() || !answersAgain(i)) {
-                emit panelOffline(i);
-                emit wentOffline(status(i));
-            }
+        if (exchange(frames::levels(address), &reply)) {
+            replies[static_cast<std::size_t>(i)] = parseLevels(reply, address);
+            processEvents();
+            continue;
+        }
+        r->online = false;
+        // Something answered, so the receiver is there: a disturbed reply
+        // is worth a second look. Silence through every retry means gone.
+        if (reply.isEmpty() || !answersAgain(i)) {
+            emit panelOffline(i);
+            emit wentOffline(m_table.at(i));
         }
         processEvents();
     }
 
     // A handler run between two reads may have brought a record online or
     // rebuilt the table; only what this pass read is reported.
-    for (int i = 0; i < count && i < receiverCount(); ++i) {
+    for (int i = 0; i < count && i < m_table.size(); ++i) {
         const auto &raw = replies[static_cast<std::size_t>(i)];
-        const ReceiverRecord &r = m_table[static_cast<std::size_t>(i)];
+        const Receiver &r = m_table.at(i);
         if (!r.online || !raw)
             continue;
-        Live &live = m_live[static_cast<std::size_t>(i)];
-        const LevelReading reading = readLevels(*raw, r.squelch, m_levelTable, live.battery);
-        live.rfA = reading.rfA;
-        live.rfB = reading.rfB;
-        live.audio = reading.audioMeter;
-        live.audioClip = reading.audioClip;
-        if (reading.batteryPercent >= 0)
-            live.batteryPercent = reading.batteryPercent;
+        const LevelReading reading = readLevels(*raw, r.squelch, m_levelTable, m_table.battery(i));
+        m_table.takeLevels(i, reading);
         emit panelLevels(i, reading);
-        emit levelsRead(status(i));
+        emit levelsRead(m_table.at(i));
     }
     emit passEnded(asked);
     return asked > 0;
@@ -303,19 +228,19 @@ bool ReceiverBus::pollAllLevels()
 
 bool ReceiverBus::answersAgain(int index)
 {
-    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
+    const int address = m_table.at(index).address;
     for (int i = 0; i < m_secondChances; ++i) {
         QString reply;
-        send(frames::identify(r.address), 41, 100, reply);
-        const auto id = parseIdentification(reply, r.address);
+        exchange(frames::identify(address), &reply);
+        const auto id = parseIdentification(reply, address);
         if (!id)
             continue;
-        ReceiverRecord before = r;
+        Receiver before = m_table.at(index);
         before.online = true;
-        fill(index, *id);
+        m_table.fill(index, *id);
         // Somebody may have set the receiver by hand meanwhile.
-        if (r != before)
-            emit receiverChanged(status(index));
+        if (m_table.at(index) != before)
+            emit receiverChanged(m_table.at(index));
         return true;
     }
     return false;
@@ -324,36 +249,36 @@ bool ReceiverBus::answersAgain(int index)
 bool ReceiverBus::addressAnswers(int address)
 {
     QString reply;
-    send(frames::presence(address), 4, 250, reply);
+    exchange(frames::presence(address), &reply);
     return parseAddressCheck(reply, address).has_value();
 }
 
 void ReceiverBus::readTextA(int index)
 {
-    if (!validIndex(index))
+    Receiver *r = m_table.find(index);
+    if (!r)
         return;
-    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
     QString reply;
-    send(frames::textA(r.address), 14, 250, reply);
+    exchange(frames::textA(r->address), &reply);
     const auto field = parseTextA(reply);
-    r.textA = field ? field->text : QString();
+    r->textA = field ? field->text : QString();
 }
 
 void ReceiverBus::readTextB(int index)
 {
-    if (!validIndex(index))
+    Receiver *r = m_table.find(index);
+    if (!r)
         return;
-    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
     QString reply;
-    send(frames::textB(r.address), 7, 250, reply);
+    exchange(frames::textB(r->address), &reply);
     const auto field = parseTextB(reply);
-    r.textB = field ? field->text : QStringLiteral("    ");
+    r->textB = field ? field->text : QStringLiteral("    ");
 }
 
 void ReceiverBus::readTextFields()
 {
-    for (int i = 0; i < receiverCount(); ++i) {
-        if (m_table[static_cast<std::size_t>(i)].online) {
+    for (int i = 0; i < m_table.size(); ++i) {
+        if (m_table.at(i).online) {
             readTextA(i);
             readTextB(i);
         }
@@ -364,60 +289,60 @@ void ReceiverBus::readTextFields()
 
 bool ReceiverBus::toggleMute(int index)
 {
-    if (!validIndex(index))
+    Receiver *r = m_table.find(index);
+    if (!r)
         return false;
-    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
-    r.mute = !r.mute;
-    emit receiverChanged(status(index));
-    send(frames::mute(r.address, r.mute), 4, 250);
-    return r.mute;
+    r->mute = !r->mute;
+    const Receiver now = *r;
+    emit receiverChanged(now);
+    exchange(frames::mute(now.address, now.mute));
+    return now.mute;
 }
 
 bool ReceiverBus::bringBack(int index)
 {
-    if (!validIndex(index))
+    const Receiver &r = m_table.at(index);
+    if (!m_table.validIndex(index) || r.online)
         return false;
-    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
-    if (r.online)
-        return false;
-    send(frames::backOnLine(r.address), 0, 50);
+    const int address = r.address;
+    exchange(frames::wake(address));
     QString reply;
-    send(frames::identify(r.address), 41, 100, reply);
-    const auto id = parseIdentification(reply, r.address);
+    exchange(frames::identify(address), &reply);
+    const auto id = parseIdentification(reply, address);
     if (!id)
         return false;
-    fill(index, *id);
-    emit cameBack(status(index));
+    m_table.fill(index, *id);
+    emit cameBack(m_table.at(index));
     return true;
 }
 
 std::optional<Identification> ReceiverBus::readBack(int index)
 {
-    if (!validIndex(index))
+    if (!m_table.validIndex(index))
         return std::nullopt;
-    const int address = m_table[static_cast<std::size_t>(index)].address;
+    const int address = m_table.at(index).address;
     QString reply;
-    send(frames::identify(address), 41, 100, reply);
+    exchange(frames::identify(address), &reply);
     const auto id = parseIdentification(reply, address);
     if (!id)
         return std::nullopt;
-    fill(index, *id);
-    emit receiverChanged(status(index));
+    m_table.fill(index, *id);
+    emit receiverChanged(m_table.at(index));
     return id;
 }
 
 void ReceiverBus::pilotKob(int index)
 {
-    // KobActive belongs to the detail window's KOB alone: it locks that window,
-    // which a KOB started from the main screen must leave usable. A pilot click
-    // during this wait runs its own wait inside this one; this one then ends
-    // after it, and each panel's sign turns green only when its wait is over.
-    if (!validIndex(index))
+    // The detail window's KOB flag locks that window, which a KOB started
+    // from the main screen must leave usable. A pilot click during this wait
+    // runs its own wait inside this one; this one then ends after it, and each
+    // panel's sign turns green only when its wait is over.
+    if (!m_table.validIndex(index))
         return;
-    const int address = m_table[static_cast<std::size_t>(index)].address;
+    const int address = m_table.at(index).address;
     enterKobWait();
-    send(frames::kobStart(address), 0, 200);
-    while (!send(frames::backOnLine(address), 4, 100)) {
+    exchange(frames::pilotKobStart(address));
+    while (!exchange(frames::pilotBackOnLine(address))) {
         m_link.delay(500);
         processEvents();
     }
@@ -438,12 +363,12 @@ void ReceiverBus::leaveKobWait()
 
 std::optional<int> ReceiverBus::programReceiver(const SettingsLine &fields)
 {
-    const int found = std::min(m_foundCount, receiverCount());
+    const int found = std::min(m_table.foundCount(), m_table.size());
     for (int i = 0; i < found; ++i) {
-        ReceiverRecord &r = m_table[static_cast<std::size_t>(i)];
+        Receiver &r = *m_table.find(i);
         if (r.address != fields.address)
             continue;
-        // The record takes the file's values even when the receiver does not answer.
+        // The table takes the file's values even when the receiver does not answer.
         r.name = (fields.name + QString(6, QLatin1Char(' '))).left(6);
         r.group = fields.group;
         r.channel = fields.channel;
@@ -453,265 +378,100 @@ std::optional<int> ReceiverBus::programReceiver(const SettingsLine &fields)
         r.secondLevel = fields.secondLevel;
         r.manualFreq = fields.manualFreq;
         r.mute = fields.mute;
-        send(frames::settingsWrite(r), 4, 250);
-        emit receiverChanged(status(i));
+        exchange(frames::settingsWrite(r));
+        emit receiverChanged(m_table.at(i));
         return i;
     }
     return std::nullopt;
 }
 
-// --- the detail window's receiver ---------------------------------------------------------
-
-void ReceiverBus::openDetail(int index)
+bool ReceiverBus::tuneManual(int index, const QString &code, int settleMillis)
 {
-    m_selected = index;
-    m_detailBattery = BatteryAverager{};
-    m_drops = DropCounter{};
-}
-
-void ReceiverBus::closeDetail()
-{
-    setWorkMode(WorkMode::Polling);
-    // Sent after the window is gone, so a silent receiver goes unreported.
-    if (const ReceiverRecord *r = selectedRecord())
-        send(frames::detailClosed(r->address), 4, 250);
-}
-
-std::optional<DetailReading> ReceiverBus::detailReading(const LevelReply &raw)
-{
-    DetailReading d;
-    d.raw = raw;
-    d.rfA = detailLevel(m_levelTable, raw.rfA);
-    d.rfB = detailLevel(m_levelTable, raw.rfB);
-    const ReceiverRecord *r = selectedRecord();
-    d.squelchLevel = squelchLevel(m_levelTable, std::clamp(r ? r->squelch : 0, -100, 200));
-    // Only a transmitter on the air reports its battery.
-    if (std::max(d.rfA, d.rfB) > d.squelchLevel)
-        d.batteryPercent = m_detailBattery.add(raw.battery);
-
-    const QString dropsA = m_drops.textA();
-    const QString dropsB = m_drops.textB();
-    m_drops.count(d.rfA, d.rfB, d.squelchLevel);
-    if (r && validIndex(m_selected)) {
-        Live &live = m_live[static_cast<std::size_t>(m_selected)];
-        live.rfA = d.rfA;
-        live.rfB = d.rfB;
-        live.audio = audioTaper(raw.audio);
-        live.audioClip = live.audio > kAudioClipLevel;
-        emit levelsRead(status(m_selected));
-        if (m_drops.textA() != dropsA)
-            emit signalDropped(r->address, QLatin1Char('A'), m_drops.textA().toInt());
-        if (m_drops.textB() != dropsB)
-            emit signalDropped(r->address, QLatin1Char('B'), m_drops.textB().toInt());
-    }
-    return d;
-}
-
-std::optional<DetailReading> ReceiverBus::readDetailLevels()
-{
-    const ReceiverRecord *r = selectedRecord();
-    if (!r)
-        return std::nullopt;
-    QString reply;
-    if (send(frames::levels(r->address), 12, 250, reply)) {
-        if (const auto raw = parseLevels(reply, r->address))
-            return detailReading(*raw);
-    }
-    setWorkMode(WorkMode::Polling);
-    return std::nullopt;
-}
-
-void ReceiverBus::storePreset(int group, int channel)
-{
-    if (ReceiverRecord *r = selectedRecord()) {
-        r->group = group;
-        r->channel = channel;
-    }
-}
-
-std::optional<QString> ReceiverBus::selectPreset(int group, int channel)
-{
-    ReceiverRecord *r = selectedRecord();
-    if (!r)
-        return std::nullopt;
-    // Kept even when the receiver does not take it, deliberately without roll-back.
-    r->group = group;
-    r->channel = channel;
-    QString reply;
-    std::optional<QString> code;
-    if (send(frames::preset(r->address, group, channel), 8, 250, reply)) {
-        if (const auto preset = parsePreset(reply, r->address)) {
-            r->manualFreq = false;
-            r->channelFreqCode = preset->frequencyCode;
-            code = preset->frequencyCode;
-        }
-    }
-    emit receiverChanged(status(m_selected));
-    m_link.delay(50);
-    return code;
-}
-
-bool ReceiverBus::tuneManual(const QString &code, int settleMillis)
-{
-    ReceiverRecord *r = selectedRecord();
+    Receiver *r = m_table.find(index);
     if (!r)
         return false;
     r->manualFreq = true;
     r->manualFreqCode = code;
-    emit receiverChanged(status(m_selected));
-    const bool ok = send(frames::tune(r->address, code), 4, 250);
+    const int address = r->address;
+    emit receiverChanged(m_table.at(index));
+    const bool ok = exchange(frames::tune(address, code));
     if (settleMillis > 0)
         m_link.delay(settleMillis);
     return ok;
 }
 
-void ReceiverBus::setCursorCode(const QString &code)
+std::optional<QString> ReceiverBus::selectPreset(int index, int group, int channel)
 {
-    if (ReceiverRecord *r = selectedRecord())
-        r->manualFreqCode = code;
+    Receiver *r = m_table.find(index);
+    if (!r)
+        return std::nullopt;
+    // Kept even when the receiver does not take it, deliberately without roll-back.
+    r->group = group;
+    r->channel = channel;
+    const int address = r->address;
+    QString reply;
+    std::optional<QString> code;
+    if (exchange(frames::preset(address, group, channel), &reply)) {
+        if (const auto preset = parsePreset(reply, address)) {
+            if (Receiver *now = m_table.find(index)) {
+                now->manualFreq = false;
+                now->channelFreqCode = preset->frequencyCode;
+            }
+            code = preset->frequencyCode;
+        }
+    }
+    announceChange(index);
+    m_link.delay(50);
+    return code;
 }
 
-bool ReceiverBus::tuneCursor(int timeoutMillis)
+bool ReceiverBus::changeAddress(int index, int newAddress)
 {
-    const ReceiverRecord *r = selectedRecord();
-    return r && send(frames::tune(r->address, r->manualFreqCode), 4, timeoutMillis);
-}
-
-bool ReceiverBus::changeAddress(int newAddress)
-{
-    ReceiverRecord *r = selectedRecord();
+    Receiver *r = m_table.find(index);
     if (!r)
         return false;
-    send(frames::newAddress(r->address, newAddress), 4, 250);
-    r->address = newAddress;
-    emit receiverChanged(status(m_selected));
+    exchange(frames::newAddress(r->address, newAddress));
+    if (Receiver *now = m_table.find(index))
+        now->address = newAddress;
+    announceChange(index);
     return true;
 }
 
 QString ReceiverBus::setName(int index, const QString &text)
 {
     const QString name = (text.toUpper() + QString(6, QLatin1Char(' '))).left(6);
-    if (!validIndex(index))
+    Receiver *r = m_table.find(index);
+    if (!r)
         return name;
-    ReceiverRecord &r = m_table[static_cast<std::size_t>(index)];
-    r.name = name;
-    send(frames::name(r.address, name), 4, 250);
-    emit receiverChanged(status(index));
+    r->name = name;
+    exchange(frames::name(r->address, name));
+    announceChange(index);
     return name;
 }
 
-void ReceiverBus::stepSquelch(int direction)
+bool ReceiverBus::stepSquelch(int index, int direction)
 {
-    ReceiverRecord *r = selectedRecord();
+    Receiver *r = m_table.find(index);
     if (!r)
-        return;
-    if (direction < 0 ? r->squelch > 1 : r->squelch < 99)
+        return false;
+    const bool stepped = direction < 0 ? r->squelch > 1 : r->squelch < 99;
+    if (stepped)
         r->squelch += direction;
-    emit receiverChanged(status(m_selected));
+    announceChange(index);
+    return stepped;
 }
 
-void ReceiverBus::squelchPressed(int direction)
+void ReceiverBus::sendSquelch(int index)
 {
-    // One gesture is one hold, however often the button reports a press.
-    if (m_squelchHeld || !selectedRecord())
-        return;
-    const auto canStep = [this, direction] {
-        const ReceiverRecord *r = selectedRecord();
-        return r && (direction < 0 ? r->squelch > 1 : r->squelch < 99);
-    };
-    m_squelchHeld = true;
-    stepSquelch(direction);
-    processEvents();
-    if (m_squelchHeld) {
-        m_link.delay(400);
-        processEvents();
-    }
-    while (m_squelchHeld && canStep()) {
-        stepSquelch(direction);
-        m_link.delay(20);
-        processEvents();
-    }
-}
-
-void ReceiverBus::squelchReleased()
-{
-    if (!m_squelchHeld)
-        return;
-    m_squelchHeld = false;
-    if (const ReceiverRecord *r = selectedRecord())
-        send(frames::squelch(r->address, r->squelch), 4, 250);
-}
-
-void ReceiverBus::runKob()
-{
-    const ReceiverRecord *r = selectedRecord();
-    if (!r || m_kobActive)
-        return;
-    const int address = r->address;
-    emit kobPhase(KobPhase::Started);
-    enterKobWait();
-    m_kobActive = true;
-    send(frames::kobStart(address), 0, 100);
-
-    KobPhase outcome = KobPhase::UserAborted;
-    for (;;) {
-        emit kobPhase(KobPhase::Performing);
-        m_link.delay(300);
-        emit kobPhase(KobPhase::Waiting);
-        processEvents();
-        if (!m_kobActive)
-            break;
-        if (send(frames::backOnLine(address), 4, 200)) {
-            if (m_kobActive)
-                outcome = KobPhase::Complete;
-            break;
-        }
-    }
-    emit kobPhase(outcome);
-    m_link.delay(1500);
-    emit kobPhase(KobPhase::Ended);
-    m_kobActive = false;
-    leaveKobWait();
-}
-
-// --- RF tools -------------------------------------------------------------
-
-std::optional<ScanReading> ReceiverBus::scanStep(int pointIndex, double frequencyMHz)
-{
-    ReceiverRecord *r = selectedRecord();
-    if (!r)
-        return std::nullopt;
-    const QString code = codeFromMhz(frequencyMHz);
-    QString reply;
-    const auto point = send(frames::scanTune(r->address, code), 12, 250, reply)
-                           ? parseScanPoint(reply, r->address)
-                           : std::nullopt;
-    if (!point) {
-        setWorkMode(WorkMode::Polling);
-        return std::nullopt;
-    }
-    // The receiver now sits on a frequency that is no preset.
-    r->manualFreq = true;
-    r->manualFreqCode = code;
-    const int address = r->address;
-    ScanReading reading{*detailReading(point->raw), code, frequencyMHz};
-    emit scanPointRead(address, pointIndex, frequencyMHz, reading.levels.rfA, reading.levels.rfB);
-    return reading;
-}
-
-std::optional<DetailReading> ReceiverBus::recorderStep()
-{
-    const auto reading = readDetailLevels();
-    if (reading)
-        emit recorderSampled(record(m_selected).address, reading->rfA, reading->rfB);
-    return reading;
+    if (const Receiver *r = m_table.find(index))
+        exchange(frames::squelch(r->address, r->squelch));
 }
 
 // --- the whole line ---------------------------------------------------------------
 
 void ReceiverBus::showDisplayMode(int mode)
 {
-    send(frames::displayMode(mode), 0, 250);
+    exchange(frames::displayMode(mode));
 }
 
 bool ReceiverBus::changeBaudRate(int baudrate)
@@ -719,7 +479,7 @@ bool ReceiverBus::changeBaudRate(int baudrate)
     const auto frame = frames::baudRate(baudrate);
     if (!frame)
         return false;
-    if (!send(*frame, 0, 50))
+    if (!exchange(*frame))
         return false;
     // A line that does not come back at the new speed ends the command here:
     // the stored speed must not claim a rate the line is not running at.
@@ -737,7 +497,7 @@ void ReceiverBus::sayGoodbye()
     if (!m_line.isOpen())
         return;
     for (int i = 0; i < 3; ++i)
-        send(frames::hostLeaving(), 0, 50);
+        exchange(frames::hostLeaving());
 }
 
 } // namespace zun

@@ -40,6 +40,8 @@ struct LevelReply
     int rfA = 0;     // 6-7
     int rfB = 0;     // 8-9
     int battery = 0; // 10-11
+
+    bool operator==(const LevelReply &) const = default;
 };
 [[nodiscard]] std::optional<LevelReply> parseLevels(QStringView reply, int address);
 

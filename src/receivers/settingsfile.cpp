@@ -1,6 +1,6 @@
 #include "receivers/settingsfile.h"
 
-#include "receivers/receiverrecord.h"
+#include "receivers/receiver.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -112,10 +112,10 @@ QString lineError(int lineNumber, const QString &what)
 
 } // namespace
 
-QByteArray formatSettings(const QList<ReceiverRecord> &records)
+QByteArray formatSettings(const QList<Receiver> &records)
 {
     QByteArray out;
-    for (const ReceiverRecord &r : records) {
+    for (const Receiver &r : records) {
         const QStringList fields = {QString::number(r.address), quoted(r.name),
                                     QString::number(r.group),   QString::number(r.channel),
                                     quoted(r.channelFreqCode),  quoted(r.manualFreqCode),

@@ -8,7 +8,7 @@
 
 namespace zun {
 
-struct ReceiverRecord;
+struct Receiver;
 
 // One line of a ".zun" receiver settings file.
 struct SettingsLine
@@ -35,7 +35,7 @@ inline const QString kSettingsFilter = QStringLiteral("Receiver Setting(*.zun)|*
 
 // The file text for records in table order: comma separated, strings in
 // double quotes, flags as 0 / -1, CR LF after every line.
-[[nodiscard]] QByteArray formatSettings(const QList<ReceiverRecord> &records);
+[[nodiscard]] QByteArray formatSettings(const QList<Receiver> &records);
 
 // Reads a whole file's text; any bad line rejects the whole file.
 [[nodiscard]] SettingsParse parseSettings(const QByteArray &text);

@@ -44,15 +44,15 @@ RfTools::RfTools(Context &ctx, RfToolsHost &host, QWidget *parentWidget)
             [this](bool on) { m_files->holdToggled(HoldTraces::Min, on); });
 
     connect(m_dropPanel->runButton(), &QPushButton::clicked, this, [this] {
-        m_ctx.bus.drops().run();
+        m_ctx.detail.drops().run();
         showDrops();
     });
     connect(m_dropPanel->pauseButton(), &QPushButton::clicked, this, [this] {
-        m_ctx.bus.drops().pause();
+        m_ctx.detail.drops().pause();
         showDrops();
     });
     connect(m_dropPanel->clearButton(), &QPushButton::clicked, this, [this] {
-        m_ctx.bus.drops().clear();
+        m_ctx.detail.drops().clear();
         showDrops();
     });
 }
@@ -97,7 +97,7 @@ bool RfTools::recorderStep()
     return m_recorder->recorderStep();
 }
 
-void RfTools::meterReading(const DetailReading &reading)
+void RfTools::meterReading(const LevelReading &reading)
 {
     m_scan.rfA = reading.rfA;
     m_scan.rfB = reading.rfB;
@@ -106,9 +106,9 @@ void RfTools::meterReading(const DetailReading &reading)
 
 void RfTools::showDrops()
 {
-    m_dropPanel->countA()->setText(m_ctx.bus.drops().textA());
-    m_dropPanel->countB()->setText(m_ctx.bus.drops().textB());
-    m_dropPanel->showCounting(m_ctx.bus.drops().counting());
+    m_dropPanel->countA()->setText(m_ctx.detail.drops().textA());
+    m_dropPanel->countB()->setText(m_ctx.detail.drops().textB());
+    m_dropPanel->showCounting(m_ctx.detail.drops().counting());
 }
 
 void RfTools::showSquelch()

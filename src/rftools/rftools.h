@@ -11,7 +11,7 @@ class QWidget;
 namespace zun {
 
 struct Context;
-struct DetailReading;
+struct LevelReading;
 class DropCounterPanel;
 class RecorderTab;
 class RfRecorder;
@@ -54,7 +54,7 @@ public:
 
     // The share of the window's showMeters that belongs here: keeps the
     // reading for the tools and shows the drop counts.
-    void meterReading(const DetailReading &reading) override;
+    void meterReading(const LevelReading &reading) override;
     // Squelch level from the record's squelch, and both squelch lines.
     void showSquelch() override;
 

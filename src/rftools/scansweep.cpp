@@ -41,7 +41,7 @@ SpectrumScan::SpectrumScan(Context &ctx, RfToolsHost &host, ScanState &state, Sp
 
 void SpectrumScan::load()
 {
-    const ReceiverRecord &record = m_host.record();
+    const Receiver &record = m_host.record();
     m_state.setPointCount(record.bandWidth);
     m_state.setGeometry(m_tab.plot()->width(), m_tab.plot()->height());
     m_state.step = m_tab.checkedStep();
@@ -62,9 +62,9 @@ double SpectrumScan::cursorFrequency() const
 bool SpectrumScan::scanStep()
 {
     const double f = cursorFrequency();
-    const auto point = m_ctx.bus.scanStep(m_state.scanIndex, f);
+    const auto point = m_ctx.detail.scanStep(m_state.scanIndex, f);
     if (!point) {
-        const ReceiverRecord &record = m_host.record();
+        const Receiver &record = m_host.record();
         m_ctx.platform.dialogs.message(record.name + QStringLiteral(" no response!, address=") +
                                            numberText(record.address) + QStringLiteral("\r\n"),
                                        MessageButtons::Ok);
@@ -107,12 +107,12 @@ void SpectrumScan::showScanCursor()
     m_tab.frequencyReadout()->setText(formatMHz(f) + QStringLiteral("MHz"));
     m_tab.dbmReadout()->setText(formatDbm(levelDbm(m_state.level)));
     m_tab.microvoltReadout()->setText(formatMicrovolts(cursorMicrovolts(m_state.level, m_state.rfA)));
-    m_ctx.bus.setCursorCode(m_host.codeFromMhz(f));
+    m_ctx.detail.setCursorCode(m_host.codeFromMhz(f));
 }
 
 void SpectrumScan::tune(int timeoutMillis)
 {
-    if (!m_ctx.bus.tuneCursor(timeoutMillis))
+    if (!m_ctx.detail.tuneCursor(timeoutMillis))
         m_ctx.platform.dialogs.message(QStringLiteral("No Response from receiver!"), MessageButtons::Ok);
 }
 

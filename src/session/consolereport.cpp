@@ -15,9 +15,9 @@ void printLine(const QString &text)
     std::fflush(stderr);
 }
 
-QString receiverText(const ReceiverStatus &status)
+QString receiverText(const Receiver &status)
 {
-    const QString name = status.name.trimmed();
+    const QString name = status.shownName().trimmed();
     return name.isEmpty() ? addressText(status.address) : addressText(status.address) + ' ' + name;
 }
 
@@ -32,15 +32,17 @@ void attachConsoleReport(Session &session)
             printLine(text);
     });
     const auto found = [s](bool any) {
-        printLine(any ? QStringLiteral("%1: %2 receivers found").arg(s->lineName()).arg(s->bus().foundCount())
+        printLine(any ? QStringLiteral("%1: %2 receivers found")
+                            .arg(s->lineName())
+                            .arg(s->bus().table().foundCount())
                       : QStringLiteral("%1: no receiver found").arg(s->lineName()));
     };
     QObject::connect(s, &Session::receiversDetected, s, found);
     QObject::connect(s, &Session::receiversReconnected, s, found);
-    QObject::connect(&s->bus(), &ReceiverBus::wentOffline, s, [s](const ReceiverStatus &status) {
+    QObject::connect(&s->bus(), &ReceiverBus::wentOffline, s, [s](const Receiver &status) {
         printLine(QStringLiteral("%1: receiver %2 offline").arg(s->lineName(), receiverText(status)));
     });
-    QObject::connect(&s->bus(), &ReceiverBus::cameBack, s, [s](const ReceiverStatus &status) {
+    QObject::connect(&s->bus(), &ReceiverBus::cameBack, s, [s](const Receiver &status) {
         printLine(QStringLiteral("%1: receiver %2 back").arg(s->lineName(), receiverText(status)));
     });
     const auto alarmLine = [s](int id, const QString &state) {

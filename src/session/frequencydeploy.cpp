@@ -22,12 +22,7 @@ bool FrequencyDeploy::step()
     if (!busy())
         return false;
     const DeployTarget target = m_targets[m_next++];
-    // Direct tuning works on the selected receiver, as in the detail window;
-    // the selection is the detail window's and goes back afterwards.
-    const int selected = m_bus.selected();
-    m_bus.select(target.index);
-    m_bus.tuneManual(target.code);
-    m_bus.select(selected);
+    m_bus.tuneManual(target.index, target.code);
     // The acknowledgement alone does not say the receiver runs on the new
     // frequency: a receiver may acknowledge and stay, or tune and not answer.
     DeployOutcome outcome = DeployOutcome::NoResponse;

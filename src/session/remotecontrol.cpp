@@ -39,16 +39,16 @@ QString RemoteControl::carryOut(const ControlRequest &request, bool *usedLine)
 {
     ReceiverBus &bus = m_session.bus();
     int index = -1;
-    for (int i = 0; i < bus.foundCount() && index < 0; ++i)
-        if (bus.record(i).address == request.address)
+    for (int i = 0; i < bus.table().foundCount() && index < 0; ++i)
+        if (bus.table().at(i).address == request.address)
             index = i;
     if (index < 0)
         return QStringLiteral("no receiver at address %1 on this line").arg(addressText(request.address));
     // The detail window's reads, scan, recorder and KOB own the line while they run.
     const WorkMode mode = bus.workMode();
-    if ((mode != WorkMode::Idle && mode != WorkMode::Polling) || bus.kobActive() || bus.squelchHeld())
+    if ((mode != WorkMode::Idle && mode != WorkMode::Polling) || m_session.context().detail.kobActive())
         return QStringLiteral("the detail window has the line; try again when it is closed");
-    const ReceiverRecord &record = bus.record(index);
+    const Receiver &record = bus.table().at(index);
     switch (request.kind) {
     case ControlRequest::Kind::BringBack:
         if (record.online)

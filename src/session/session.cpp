@@ -94,8 +94,8 @@ bool Session::start(const StartupViews &views)
     bus.setWorkMode(WorkMode::Idle);
     if (views.loadMainScreen)
         views.loadMainScreen();
-    if (bus.receiverCount() == 0)
-        bus.resizeTable(kTableSize);
+    if (bus.table().size() == 0)
+        bus.table().resize(kTableSize);
 
     // The log opens before the search so that it records every receiver found.
     if (!m_options.showLogFile.isEmpty()) {
@@ -128,8 +128,8 @@ void Session::startFeeds()
     connect(this, &Session::pollingPausedChanged, m_feeds, &FeedHub::setPaused);
     // The feeds begin after the search so that they carry the line's real
     // name from their first message; what the search found is told now.
-    for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
-        m_feeds->receiverFound(m_ctx.bus.status(i));
+    for (int i = 0; i < m_ctx.bus.table().foundCount(); ++i)
+        m_feeds->receiverFound(m_ctx.bus.table().at(i));
     describeLine();
     connect(this, &Session::receiversDetected, this, &Session::describeLine);
     connect(this, &Session::receiversReconnected, this, &Session::describeLine);
@@ -162,8 +162,8 @@ void Session::tellFeedsWhoIsPresent()
     if (!m_feeds)
         return;
     QList<int> addresses;
-    for (int i = 0; i < m_ctx.bus.foundCount(); ++i)
-        addresses << m_ctx.bus.record(i).address;
+    for (int i = 0; i < m_ctx.bus.table().foundCount(); ++i)
+        addresses << m_ctx.bus.table().at(i).address;
     m_feeds->setPresent(addresses);
 }
 
@@ -177,7 +177,7 @@ void Session::describeLine()
     info.host = QSysInfo::machineHostName();
     info.port = QStringLiteral("COM%1").arg(line.isOpen() ? line.portNumber() : m_ctx.bus.options().port);
     info.baudRate = m_ctx.bus.options().baudRate;
-    info.receiversFound = m_ctx.bus.foundCount();
+    info.receiversFound = m_ctx.bus.table().foundCount();
     info.startedAt = m_startedAt;
     info.pid = QCoreApplication::applicationPid();
     m_feeds->setLineInfo(lineInfoJson(info));
@@ -214,7 +214,7 @@ void Session::updateLineName()
 bool Session::detectReceivers()
 {
     emit receiversCleared();
-    const bool found = m_ctx.bus.detectReceivers();
+    const bool found = m_ctx.bus.detectReceivers(PortSearch::EveryPort);
     updateLineName();
     updatePaused();
     emit receiversDetected(found);
@@ -226,7 +226,7 @@ bool Session::reconnect()
     emit receiversCleared();
     // A lost line (adapter pulled, server gone) comes back here, on the same port.
     const bool opened = m_ctx.platform.line.isOpen() || m_ctx.bus.openLine();
-    const bool found = opened && m_ctx.bus.searchCurrentPort();
+    const bool found = opened && m_ctx.bus.detectReceivers(PortSearch::CurrentPort);
     updateLineName();
     updatePaused();
     emit receiversReconnected(found);
@@ -284,7 +284,7 @@ QString Session::saveLineBackup(QString *error)
     // Two deploys in one second keep both files.
     for (int n = 2; QFileInfo::exists(path); ++n)
         path = QDir(folder).filePath(QStringLiteral("line-%1-%2.zun").arg(stamp).arg(n));
-    *error = saveSettingsFile(path, formatSettings(m_ctx.bus.foundRecords()));
+    *error = saveSettingsFile(path, formatSettings(m_ctx.bus.table().found()));
     return error->isEmpty() ? path : QString();
 }
 
@@ -298,7 +298,7 @@ bool Session::recoverIfDue()
         return false;
     const QScopedValueRollback<bool> guard(m_recovering, true);
     const Clock &clock = m_ctx.platform.clock;
-    if (!m_ctx.platform.line.isOpen() || bus.foundCount() == 0) {
+    if (!m_ctx.platform.line.isOpen() || bus.table().foundCount() == 0) {
         if (clock.nowMicros() < m_nextLineTryMicros)
             return false;
         emit notice(QStringLiteral("Searching the receivers on %1 again").arg(m_lineName));
@@ -310,8 +310,8 @@ bool Session::recoverIfDue()
         return false;
     m_nextBringBackMicros = clock.nowMicros() + kBringBackMicros;
     bool worked = false;
-    for (int i = 0; i < bus.foundCount(); ++i) {
-        if (!bus.record(i).online) {
+    for (int i = 0; i < bus.table().foundCount(); ++i) {
+        if (!bus.table().at(i).online) {
             bringBack(i);
             worked = true;
         }

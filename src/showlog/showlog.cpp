@@ -31,16 +31,16 @@ ShowLogRow ShowLog::rowFor(const QString &event, int address) const
     return row;
 }
 
-void ShowLog::writeStatus(const QString &event, const ReceiverStatus &status)
+void ShowLog::writeStatus(const QString &event, const Receiver &status)
 {
-    m_names.insert(status.address, status.name);
+    m_names.insert(status.address, status.shownName());
     if (!isLogging())
         return;
     ShowLogRow row = rowFor(event, status.address);
-    row.frequencyMHz = status.frequencyMHz;
-    row.rfADbm = status.rfADbm;
-    row.rfBDbm = status.rfBDbm;
-    row.audio = status.audio;
+    row.frequencyMHz = status.frequencyMHz();
+    row.rfADbm = status.rfADbm();
+    row.rfBDbm = status.rfBDbm();
+    row.audio = status.audioPercent();
     if (status.batteryPercent >= 0)
         row.batteryPercent = status.batteryPercent;
     row.squelch = status.squelch;
@@ -49,27 +49,27 @@ void ShowLog::writeStatus(const QString &event, const ReceiverStatus &status)
     m_writer.append(showLogLine(row));
 }
 
-void ShowLog::onReceiverFound(const ReceiverStatus &status)
+void ShowLog::onReceiverFound(const Receiver &status)
 {
-    m_names.insert(status.address, status.name);
+    m_names.insert(status.address, status.shownName());
 }
 
-void ShowLog::onReceiverChanged(const ReceiverStatus &status)
+void ShowLog::onReceiverChanged(const Receiver &status)
 {
-    m_names.insert(status.address, status.name);
+    m_names.insert(status.address, status.shownName());
 }
 
-void ShowLog::onLevelsRead(const ReceiverStatus &status)
+void ShowLog::onLevelsRead(const Receiver &status)
 {
     writeStatus(QStringLiteral("level"), status);
 }
 
-void ShowLog::onWentOffline(const ReceiverStatus &status)
+void ShowLog::onWentOffline(const Receiver &status)
 {
     writeStatus(QStringLiteral("offline"), status);
 }
 
-void ShowLog::onCameBack(const ReceiverStatus &status)
+void ShowLog::onCameBack(const Receiver &status)
 {
     writeStatus(QStringLiteral("back"), status);
 }

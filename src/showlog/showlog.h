@@ -1,6 +1,6 @@
 #pragma once
 
-#include "receivers/receiverstatus.h"
+#include "receivers/receiver.h"
 #include "showlog/showlogwriter.h"
 
 #include <QHash>
@@ -28,11 +28,11 @@ public:
     ShowLogWriter &writer() { return m_writer; }
 
 public slots:
-    void onReceiverFound(const zun::ReceiverStatus &status);
-    void onReceiverChanged(const zun::ReceiverStatus &status);
-    void onLevelsRead(const zun::ReceiverStatus &status);
-    void onWentOffline(const zun::ReceiverStatus &status);
-    void onCameBack(const zun::ReceiverStatus &status);
+    void onReceiverFound(const zun::Receiver &status);
+    void onReceiverChanged(const zun::Receiver &status);
+    void onLevelsRead(const zun::Receiver &status);
+    void onWentOffline(const zun::Receiver &status);
+    void onCameBack(const zun::Receiver &status);
     void onScanPointRead(int address, int index, double frequencyMHz, int rfA, int rfB);
     void onRecorderSampled(int address, int rfA, int rfB);
     void onSignalDropped(int address, QChar antenna, int count);
@@ -42,7 +42,7 @@ signals:
     void failed(const QString &message);
 
 private:
-    void writeStatus(const QString &event, const ReceiverStatus &status);
+    void writeStatus(const QString &event, const Receiver &status);
     // Time, event, address and the last known name.
     ShowLogRow rowFor(const QString &event, int address) const;
 

@@ -8,13 +8,13 @@
 using namespace zun;
 
 namespace {
-ReceiverStatus receiver(int address = 3)
+Receiver receiver(int address = 3)
 {
-    ReceiverStatus s;
+    Receiver s;
     s.address = address;
     s.name = "LEAD";
     s.squelch = 20;
-    s.rfA = s.rfB = 80;
+    s.levels.rfA = s.levels.rfB = 80;
     s.batteryPercent = 100;
     s.online = true;
     return s;
@@ -41,7 +41,7 @@ QStringList run(const QString &script, const QString &stored = {})
         const QStringList parts = step.trimmed().split(' ');
         clock.advanceMicros(parts.at(0).toULongLong() * 1000 - clock.nowMicros());
         const QString event = parts.value(1);
-        ReceiverStatus reading = receiver();
+        Receiver reading = receiver();
         if (event == "off") {
             engine.onWentOffline(reading);
         } else if (event == "back") {
@@ -51,14 +51,14 @@ QStringList run(const QString &script, const QString &stored = {})
         } else {
             const int value = event.mid(3).toInt();
             if (event.startsWith("rf"))
-                reading.rfA = reading.rfB = 0;
+                reading.levels.rfA = reading.levels.rfB = 0;
             if (event.startsWith("rfA"))
-                reading.rfA = value;
+                reading.levels.rfA = value;
             if (event.startsWith("rfB"))
-                reading.rfB = value;
+                reading.levels.rfB = value;
             if (event.startsWith("bat"))
                 reading.batteryPercent = value;
-            reading.audioClip = event == "clip";
+            reading.levels.audioClip = event == "clip";
             engine.onLevelsRead(reading);
         }
     }

@@ -123,7 +123,7 @@ private slots:
         bed.line.clearWritten();
         bed.session->loop().runSteps();
         QCOMPARE(bed.framesSent().value(0), "%03N\r");
-        QVERIFY(bed.ctx.bus.record(0).online);
+        QVERIFY(bed.ctx.bus.table().at(0).online);
         const QString summary = bed.session->busHealth().lineSummary();
         QVERIFY2(summary.endsWith(" · line noise: 4959 characters discarded"), qPrintable(summary));
         bed.session->busHealth().resetCounters();

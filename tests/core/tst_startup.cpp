@@ -94,8 +94,8 @@ private slots:
         QCOMPARE(onScreen, QSet<QString>{"splash search "});
         QVERIFY(windows.mainWindow()->isVisible());
         QVERIFY(!windows.splash());
-        QTEST(bed.ctx.bus.foundCount(), "found");
-        QVERIFY(bed.ctx.bus.record(0).online);
+        QTEST(bed.ctx.bus.table().foundCount(), "found");
+        QVERIFY(bed.ctx.bus.table().at(0).online);
         QVERIFY(windows.mainWindow()->panel(0)->isEnabled());
         QFETCH(double, seconds);
         QVERIFY2(bed.virtualSeconds() <= seconds, qPrintable(QString::number(bed.virtualSeconds())));

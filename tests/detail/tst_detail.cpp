@@ -152,7 +152,7 @@ private slots:
         QCOMPARE(box->text(), shown);
         QCOMPARE(rig.frames(), sent);
         if (!sent.isEmpty()) {
-            QCOMPARE(rig.ctx.bus.record(0).name, shown);
+            QCOMPARE(rig.ctx.bus.table().at(0).name, shown);
             QCOMPARE(rig.main->panel(0)->nameText(), "05 " + shown);
         }
     }
@@ -190,8 +190,48 @@ private slots:
                               b->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
             QCoreApplication::sendEvent(b, &press);
         }
-        QTEST(rig.ctx.bus.record(0).squelch, "after");
+        QTEST(rig.ctx.bus.table().at(0).squelch, "after");
         QTEST(rig.frames(), "sent");
+    }
+
+    // Held to the end of its range: one step, 400 ms, then one every 20 ms;
+    // the release sends the value once. A release part-way is pinned by the
+    // detail transcript.
+    void heldSquelchStepsAfterAPauseAndSendsOnceOnRelease_data()
+    {
+        QTest::addColumn<int>("start");
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<int>("end");
+        QTest::addColumn<double>("seconds");
+        QTest::newRow("up from 98 stops at 99") << 98 << "cmdSQinc" << 99 << 0.40;
+        QTest::newRow("at 99 nothing moves") << 99 << "cmdSQinc" << 99 << 0.40;
+        QTest::newRow("down to 1 repeats every 20 ms") << 11 << "cmdSQdec" << 1 << 0.40 + 9 * 0.020;
+    }
+    void heldSquelchStepsAfterAPauseAndSendsOnceOnRelease()
+    {
+        QFETCH(int, start);
+        QFETCH(QString, button);
+        QFETCH(int, end);
+        QFETCH(double, seconds);
+        DetailRig rig;
+        rig.bus.addReceiver(5).squelch = start;
+        rig.open();
+        auto *b = rig.widget<QPushButton>(qPrintable(button));
+        const QPointF at = b->rect().center();
+        const auto mouse = [&](QEvent::Type type, Qt::MouseButtons buttons) {
+            QMouseEvent e(type, at, b->mapToGlobal(at), Qt::LeftButton, buttons, Qt::NoModifier);
+            QCoreApplication::sendEvent(b, &e);
+        };
+        const double before = rig.virtualSeconds();
+        // Nobody lets go: the hold runs to the end of the range before the press returns.
+        mouse(QEvent::MouseButtonPress, Qt::LeftButton);
+        const double held = rig.virtualSeconds() - before;
+        mouse(QEvent::MouseButtonRelease, Qt::NoButton);
+        mouse(QEvent::MouseButtonRelease, Qt::NoButton);
+        QCOMPARE(rig.ctx.bus.table().at(0).squelch, end);
+        QCOMPARE(rig.frames(), QStringLiteral("#05F%1").arg(end, 2, 16, QLatin1Char('0')).toUpper());
+        QVERIFY2(held > seconds - 1e-6, qPrintable(QString::number(held)));
+        QVERIFY2(held < seconds + 0.02, qPrintable(QString::number(held)));
     }
 
     // Only the window's own KOB locks it: the tab control (and with it the

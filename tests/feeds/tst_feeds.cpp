@@ -135,7 +135,7 @@ class TestFeeds : public QObject
     std::unique_ptr<FakeReceiverBus> m_bus;
     FeedHub *m_hub = nullptr;
     quint16 m_port = 0;
-    const ReceiverStatus m_vox = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü <b>"));
+    const Receiver m_vox = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü <b>"));
 
 private slots:
     // Who owns a line name, from what the broker keeps: only a live program
@@ -226,14 +226,14 @@ private slots:
         FeedHub *hub = attachFeeds(options, &bus, &bus, QStringLiteral("COM1"));
         QCOMPARE(hub->statusText(), "OSC: 3 targets");
 
-        ReceiverStatus quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü"));
+        Receiver quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü"));
         quoted.mute = true;
         bus.replayDetection({FakeReceiverBus::receiver(1, QStringLiteral("Gtr")), quoted});
         // The last message of the first bundle; the rest came with it.
         QTRY_VERIFY(rx.received("/zunoria/COM1/rx/01/name s Gtr"));
         for (const char *expected :
              {"/zunoria/COM1/rx/03/name s Vox \"1\" ü", "/zunoria/COM1/rx/03/freq f 500.375",
-              "/zunoria/COM1/rx/03/rfa if 43 -68.500", "/zunoria/COM1/rx/03/rfb if 33 -73.500",
+              "/zunoria/COM1/rx/03/rfa if 43 -80.939", "/zunoria/COM1/rx/03/rfb if 33 -87.000",
               "/zunoria/COM1/rx/03/af i 20", "/zunoria/COM1/rx/03/battery i 80", "/zunoria/COM1/rx/03/mute T",
               "/zunoria/COM1/rx/03/online T"})
             QVERIFY2(rx.messages.contains(QString::fromUtf8(expected)), expected);
@@ -272,7 +272,7 @@ private slots:
         auto hub = std::unique_ptr<FeedHub>(attachFeeds(options, &bus, &bus, QStringLiteral("COM1")));
 
         // The broker is not there yet: the feed says so and keeps trying.
-        const ReceiverStatus quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü\\"));
+        const Receiver quoted = FakeReceiverBus::receiver(3, QStringLiteral("Vox \"1\" ü\\"));
         emit bus.levelsRead(quoted);
         QTRY_VERIFY(hub->statusText().startsWith("MQTT: disconnected · MQTT: 127.0.0.1:"));
 
@@ -295,8 +295,8 @@ private slots:
         const int before = sub.counts.value(state3);
         QElapsedTimer changing;
         changing.start();
-        ReceiverStatus moving = quoted;
-        for (moving.rfA = 60; moving.rfA < 70; ++moving.rfA) {
+        Receiver moving = quoted;
+        for (moving.levels.rfA = 60; moving.levels.rfA < 70; ++moving.levels.rfA) {
             emit bus.levelsRead(moving);
             QTest::qWait(20);
         }
@@ -574,14 +574,14 @@ private slots:
         QTRY_COMPARE(m_hub->dashboard()->clientCount(), 2);
 
         // Long names make every flush large; the stuck client's queue fills.
-        QList<ReceiverStatus> all;
+        QList<Receiver> all;
         for (int a = 1; a <= 64; ++a)
             all << FakeReceiverBus::receiver(a, QString(200, QChar(0x263A)));
         QElapsedTimer t;
         t.start();
         for (int step = 0; m_hub->dashboard()->droppedClients() == 0 && t.elapsed() < 60000; ++step) {
-            for (ReceiverStatus s : all) {
-                s.rfA = step % 99;
+            for (Receiver s : all) {
+                s.levels.rfA = step % 99;
                 emit m_bus->levelsRead(s);
             }
             m_hub->dashboard()->flush();
@@ -606,8 +606,8 @@ private slots:
         const QString vox = QStringLiteral("3:Vox \"1\" ü <b>:");
         QTRY_COMPARE_WITH_TIMEOUT(browser.evaluate(panels), "1:Gtr:41:|" + vox + "43:", 30000);
 
-        ReceiverStatus louder = m_vox, gone = FakeReceiverBus::receiver(1, QStringLiteral("Gtr"));
-        louder.rfA = 77;
+        Receiver louder = m_vox, gone = FakeReceiverBus::receiver(1, QStringLiteral("Gtr"));
+        louder.levels.rfA = 77;
         gone.online = false;
         emit m_bus->levelsRead(louder);
         emit m_bus->wentOffline(gone);

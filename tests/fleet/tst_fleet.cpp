@@ -71,7 +71,7 @@ QString describe(const FleetModel &model)
         QString text = QStringLiteral("%1 %2 %3 %4 ")
                            .arg(line.name, line.online ? "on" : "off", line.host)
                            .arg(line.receiversFound);
-        for (const ReceiverStatus &rx : line.receivers)
+        for (const Receiver &rx : line.receivers)
             text += QStringLiteral("[%1 %2 %3%4]")
                         .arg(rx.address)
                         .arg(rx.name, rx.online ? "on" : "off", line.alarmed(rx.address) ? " alarm" : "");
@@ -125,8 +125,8 @@ private slots:
         QTest::newRow("watched receiver")
             << "stageA" << true << "Vox1" << true << 80
             << QStringList{"zunoria_receiver_online{" + labels + "} 1",
-                           "zunoria_receiver_rf_dbm{" + labels + ",antenna=\"a\"} -60.5",
-                           "zunoria_receiver_rf_dbm{" + labels + ",antenna=\"b\"} -71",
+                           "zunoria_receiver_rf_dbm{" + labels + ",antenna=\"a\"} -67",
+                           "zunoria_receiver_rf_dbm{" + labels + ",antenna=\"b\"} -87",
                            "zunoria_receiver_audio{" + labels + "} 40",
                            "zunoria_receiver_battery_percent{" + labels + "} 80",
                            "zunoria_receiver_muted{" + labels + "} 1",
@@ -160,12 +160,12 @@ private slots:
         QFETCH(int, battery);
         QFETCH(QStringList, present);
         QFETCH(QStringList, absent);
-        ReceiverStatus rx;
+        Receiver rx;
         rx.address = 3;
         rx.name = rxName;
-        rx.rfADbm = -60.5;
-        rx.rfBDbm = -71;
-        rx.audio = 40;
+        rx.levels.rfA = 66; // -67 dBm
+        rx.levels.rfB = 33; // -87 dBm
+        rx.levels.audio = audioMeterFromPercent(40);
         rx.batteryPercent = battery;
         rx.mute = true;
         rx.online = rxOnline;

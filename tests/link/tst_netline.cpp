@@ -84,7 +84,7 @@ private slots:
         options.baudRate = 115200;
         QVERIFY(findPorts(line, dialogs, options.portAvailable, options.port));
         QCOMPARE(options.port, 2);
-        ctx.bus.resizeTable(64);
+        ctx.bus.table().resize(64);
 
         if (scheme == "rfc2217" && !portControl)
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression("does not set the serial port's speed"));
@@ -98,9 +98,9 @@ private slots:
             if (scheme != "rfc2217" || portControl)
                 QVERIFY(opened);
             QVERIFY(line.isOpen());
-            QVERIFY(ctx.bus.searchCurrentPort());
-            QCOMPARE(ctx.bus.foundCount(), 64);
-            QCOMPARE(ctx.bus.record(6).address, 7);
+            QVERIFY(ctx.bus.detectReceivers(PortSearch::CurrentPort));
+            QCOMPARE(ctx.bus.table().foundCount(), 64);
+            QCOMPARE(ctx.bus.table().at(6).address, 7);
             QVERIFY(ctx.bus.pollAllLevels());
             QCOMPARE(levels.size(), 64);
             QCOMPARE(offline.size(), 0);

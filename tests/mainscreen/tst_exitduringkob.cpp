@@ -31,7 +31,7 @@ private slots:
         bed.settings.save("KESTA_ZUN", "Function", "MainKOB", "1");
         const auto main = bed.loadMainScreen();
         main->show();
-        QCOMPARE(bed.ctx.bus.foundCount(), 1);
+        QCOMPARE(bed.ctx.bus.table().foundCount(), 1);
         VirtualClock &clock = bed.clock;
         const auto &written = bed.line.written();
 

@@ -197,7 +197,7 @@ private slots:
         // Nobody watches a soak: the panels are updated but never painted.
         windows.mainWindow()->hide();
         Context &ctx = session->context();
-        QCOMPARE(ctx.bus.foundCount(), 64);
+        QCOMPARE(ctx.bus.table().foundCount(), 64);
         WorkLoop &loop = session->loop();
 
         const double rate = 0.05 / 7;
@@ -212,11 +212,11 @@ private slots:
         const std::uint64_t target = 100000;
         while (line.pollTransactions - pollsBefore < target) {
             std::vector<bool> wasOnline;
-            for (int i = 0; i < ctx.bus.foundCount(); ++i)
-                wasOnline.push_back(ctx.bus.record(i).online);
+            for (int i = 0; i < ctx.bus.table().foundCount(); ++i)
+                wasOnline.push_back(ctx.bus.table().at(i).online);
             loop.runSteps();
-            for (int i = 0; i < ctx.bus.foundCount(); ++i) {
-                const ReceiverRecord &r = ctx.bus.record(i);
+            for (int i = 0; i < ctx.bus.table().foundCount(); ++i) {
+                const Receiver &r = ctx.bus.table().at(i);
                 if (wasOnline[i] && !r.online) {
                     ++offline;
                     const auto &last = line.lastByAddress[r.address];
@@ -248,11 +248,11 @@ private slots:
         bus.setFaultRates({});
         clock.advanceMillis(1000); // late replies still on the wire land and go
         for (int i = 0; i < 64; ++i)
-            if (!ctx.bus.record(i).online)
+            if (!ctx.bus.table().at(i).online)
                 windows.mainWindow()->nameClicked(i);
         int online = 0;
         for (int i = 0; i < 64; ++i)
-            online += ctx.bus.record(i).online ? 1 : 0;
+            online += ctx.bus.table().at(i).online ? 1 : 0;
 
         QStringList faults; // no reply, garbled, corrupt data, wrong address, partial, late, noise
         for (int kind = int(SimFault::NoReply); kind <= int(SimFault::Noise); ++kind)

@@ -54,10 +54,10 @@ struct Rig : TestBed
     // The records as a settings file holds them, and what the panels show of them.
     QString state() const
     {
-        QList<ReceiverRecord> records;
+        QList<Receiver> records;
         QStringList shown;
-        for (int i = 0; i < ctx.bus.receiverCount(); ++i) {
-            records << ctx.bus.record(i);
+        for (int i = 0; i < ctx.bus.table().size(); ++i) {
+            records << ctx.bus.table().at(i);
             shown << main->panel(i)->nameText()
                   << main->panel(i)->muteButton()->property("imageName").toString();
         }
@@ -162,7 +162,7 @@ private slots:
         rig.trigger("mnuHide");
         rig.bus->addReceiver(makeSampleReceiver(20, 4));
         rig.trigger("mnuAuto");
-        QCOMPARE(rig.ctx.bus.foundCount(), 4);
+        QCOMPARE(rig.ctx.bus.table().foundCount(), 4);
         QVERIFY(!rig.main->action("mnuHide")->isChecked());
         QVERIFY(!rig.main->panel(3)->isHidden());
     }
@@ -345,7 +345,7 @@ private slots:
     {
         Rig rig({4});
         const QTableWidget *table = rig.main->monitoring()->alarmList()->table();
-        const ReceiverStatus status = rig.ctx.bus.status(0);
+        const Receiver status = rig.ctx.bus.table().at(0);
         for (int i = 0; i < AlarmListWindow::kMaxRows + 5; ++i) {
             rig.session->alarms().onWentOffline(status);
             rig.session->alarms().onCameBack(status);

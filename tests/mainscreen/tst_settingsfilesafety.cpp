@@ -75,7 +75,7 @@ private slots:
         TestBed bed;
         bed.attachReceivers(1, {3});
         const auto main = bed.loadMainScreen();
-        const QString nameBefore = bed.ctx.bus.record(0).name;
+        const QString nameBefore = bed.ctx.bus.table().at(0).name;
 
         QTemporaryDir dir;
         const QString path = dir.filePath("huge.zun");
@@ -94,7 +94,7 @@ private slots:
         QVERIFY2(bed.dialogs.messages().first().contains("too large"),
                  qPrintable(bed.dialogs.messages().first()));
         QVERIFY(bed.line.written().empty());
-        QCOMPARE(bed.ctx.bus.record(0).name, nameBefore);
+        QCOMPARE(bed.ctx.bus.table().at(0).name, nameBefore);
         QVERIFY2(peakKilobytes() - peakBefore < 50 * 1024, "the file was read");
     }
 };

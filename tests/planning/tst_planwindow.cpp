@@ -46,7 +46,7 @@ struct Line : TestBed
         QCoreApplication::processEvents();
     }
     QString text(int row, int column) const { return table->item(row, column)->text(); }
-    int frequencyKHz(int index) const { return toKHz(ctx.bus.status(index).frequencyMHz); }
+    int frequencyKHz(int index) const { return toKHz(ctx.bus.table().at(index).frequencyMHz()); }
 
     SimBus &sim;
     MainWindow *main = nullptr;
@@ -79,10 +79,9 @@ private slots:
         QFETCH(bool, conflict);
         Line line({1, 2});
         line.window->findChild<QComboBox *>(QStringLiteral("cboGuards"))->setCurrentText(guards);
-        QCOMPARE(line.table->rowCount(), line.ctx.bus.foundCount());
+        QCOMPARE(line.table->rowCount(), line.ctx.bus.table().foundCount());
         const int target = line.frequencyKHz(0) + offsetKHz;
-        line.ctx.bus.select(1);
-        QVERIFY(line.ctx.bus.tuneManual(codeFromMhz(target / 1000.0)));
+        QVERIFY(line.ctx.bus.tuneManual(1, codeFromMhz(target / 1000.0)));
         line.settle();
         QCOMPARE(line.text(1, PlanWindow::ColFrequency), mhzText(target));
         for (int row = 0; row < 2; ++row) {
@@ -116,7 +115,7 @@ private slots:
         if (lockedRow >= 0)
             line.table->item(lockedRow, PlanWindow::ColLock)->setCheckState(Qt::Checked);
         std::vector<int> before;
-        for (int i = 0; i < line.ctx.bus.foundCount(); ++i)
+        for (int i = 0; i < line.ctx.bus.table().foundCount(); ++i)
             before.push_back(line.frequencyKHz(i));
 
         line.click("cmdCompute");
@@ -238,11 +237,11 @@ private slots:
         QFETCH(double, thresholdDbm);
         QFETCH(bool, keptOff);
         Line line({1, 2});
-        const int low = lineCarriers(line.ctx.bus.foundRecords()).front().bandLowKHz;
+        const int low = lineCarriers(line.ctx.bus.table().found()).front().bandLowKHz;
         constexpr int kPoints = 41; // the band's lowest MHz
-        line.ctx.bus.select(0);
+        line.ctx.detail.open(0);
         for (int i = 0; i < kPoints; ++i)
-            QVERIFY(line.ctx.bus.scanStep(i, (low + i * kRasterKHz) / 1000.0));
+            QVERIFY(line.ctx.detail.scanStep(i, (low + i * kRasterKHz) / 1000.0));
         QCOMPARE(line.session->lastScan().points().size(), std::size_t(kPoints));
         line.window->findChild<QCheckBox *>(QStringLiteral("chkScan"))->setChecked(true);
         line.window->findChild<QDoubleSpinBox *>(QStringLiteral("spnThreshold"))->setValue(thresholdDbm);

@@ -127,14 +127,14 @@ private slots:
             bed.attachReceivers(1, all);
             bed.ctx.bus.options().port = 1;
             QVERIFY(bed.ctx.bus.openLine());
-            bed.ctx.bus.resizeTable(64);
-            bed.ctx.bus.searchCurrentPort();
+            bed.ctx.bus.table().resize(64);
+            bed.ctx.bus.detectReceivers(PortSearch::CurrentPort);
             bed.ctx.bus.options().retries = 0; // a receiver may refuse odd bytes; one frame each
             bed.line.clearWritten();
-            QList<ReceiverRecord> records;
+            QList<Receiver> records;
             QStringList writes;
             for (int address = 1; address <= 64; ++address) {
-                ReceiverRecord r;
+                Receiver r;
                 r.address = address;
                 r.name = text(8, nameCharacters);
                 r.group = int(random.bounded(16));

@@ -100,7 +100,7 @@ private slots:
         options.feeds.webToken = "e2e-token-0123456789";
         const auto session = assembleSession(real.platform(), options);
         QVERIFY(session->start({}));
-        QCOMPARE(session->bus().foundCount(), 64);
+        QCOMPARE(session->bus().table().foundCount(), 64);
         QCOMPARE(session->lineName(), "COM3");
         runProgram(*session, 300);
 
@@ -137,7 +137,7 @@ private slots:
 
         sim.process.write("stop 7\n");
         runProgram(*session, 500);
-        QVERIFY(!session->bus().record(6).online);
+        QVERIFY(!session->bus().table().at(6).online);
         const QList<Alarm> &alarms = session->alarms().alarms();
         const auto offlineAlarm = [&alarms] {
             return std::find_if(alarms.begin(), alarms.end(), [](const Alarm &a) {
@@ -227,19 +227,19 @@ private slots:
         QVERIFY(session->start(windows.views()));
         MainWindow &main = *windows.mainWindow();
         ReceiverBus &bus = session->bus();
-        QCOMPARE(bus.foundCount(), 64);
-        QCOMPARE(bus.record(1).name, "VOCAL2");
+        QCOMPARE(bus.table().foundCount(), 64);
+        QCOMPARE(bus.table().at(1).name, "VOCAL2");
         runProgram(*session, 200);
-        QVERIFY(bus.record(0).online);
-        QVERIFY(bus.record(1).online);
+        QVERIFY(bus.table().at(0).online);
+        QVERIFY(bus.table().at(1).online);
 
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("lost the serial device COM1"));
         sim->process.kill();
         QVERIFY(sim->process.waitForFinished(3000));
         runProgram(*session, 300);
         QVERIFY(!real.line.isOpen());
-        QVERIFY(!bus.record(0).online);
-        QVERIFY(!bus.record(1).online);
+        QVERIFY(!bus.table().at(0).online);
+        QVERIFY(!bus.table().at(1).online);
         QString reply;
         QVERIFY(!bus.link().sendCommand("%03N\r", 12, reply, 250));
         QVERIFY(reply.isEmpty());
@@ -273,10 +273,10 @@ private slots:
         QVERIFY(QFile::remove(alias));
         QVERIFY(QFile::link(again, alias));
         main.action("mnuReconnect")->trigger();
-        QCOMPARE(bus.foundCount(), 64);
+        QCOMPARE(bus.table().foundCount(), 64);
         QVERIFY(real.line.isOpen());
-        QVERIFY(bus.record(0).online);
-        QVERIFY(bus.record(1).online);
+        QVERIFY(bus.table().at(0).online);
+        QVERIFY(bus.table().at(1).online);
         QVERIFY(bus.link().sendCommand("%07N\r", 12, reply, 250));
 
         // Broadcasts wait for no reply, yet every one reaches the receivers before the line closes.

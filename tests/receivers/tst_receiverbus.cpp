@@ -1,3 +1,4 @@
+#include "receivers/detailsession.h"
 #include "receivers/receiverbus.h"
 #include "support/testbed.h"
 
@@ -17,13 +18,13 @@ struct Rig
         bus.options().port = port;
         for (int n = 1; n <= 8; ++n)
             bus.options().portAvailable[std::size_t(n)] = bed.line.portExists(n);
-        bus.resizeTable(64);
+        bus.table().resize(64);
         QObject::connect(&bus, &ReceiverBus::exchanged, [this](const ExchangeRecord &r) { log << r; });
     }
     // Detects, then forgets the frames so far.
     void detect()
     {
-        bus.detectReceivers();
+        bus.detectReceivers(PortSearch::EveryPort);
         bed.line.clearWritten();
         log.clear();
     }
@@ -32,6 +33,7 @@ struct Rig
     TestBed bed;
     SimBus *sim = nullptr;
     ReceiverBus bus{bed.clock, bed.line, bed.settings, bed.desktop};
+    DetailSession detail{bus};
     QList<ExchangeRecord> log;
 };
 } // namespace
@@ -64,17 +66,17 @@ private slots:
         QSignalSpy foundSpy(&rig.bus, &ReceiverBus::receiverFound);
         QVERIFY(rig.bus.openLine());
 
-        QCOMPARE(rig.bus.searchCurrentPort(), !found.isEmpty());
+        QCOMPARE(rig.bus.detectReceivers(PortSearch::CurrentPort), !found.isEmpty());
         QCOMPARE(started.size(), 1);
         QCOMPARE(started.at(0).at(0).toInt(), 1);
         QCOMPARE(ended.size(), 1);
         QCOMPARE(ended.at(0).at(0).toInt(), found.size());
         QCOMPARE(foundSpy.size(), found.size());
-        QCOMPARE(rig.bus.foundCount(), found.size());
+        QCOMPARE(rig.bus.table().foundCount(), found.size());
         for (int i = 0; i < found.size(); ++i) {
-            QCOMPARE(rig.bus.record(i).address, found[i]);
-            QVERIFY(rig.bus.record(i).online);
-            QCOMPARE(foundSpy.at(i).at(0).value<ReceiverStatus>().address, found[i]);
+            QCOMPARE(rig.bus.table().at(i).address, found[i]);
+            QVERIFY(rig.bus.table().at(i).online);
+            QCOMPARE(foundSpy.at(i).at(0).value<Receiver>().address, found[i]);
         }
         QCOMPARE(rig.bed.framesSent("#00A1").size(), 3);
         QCOMPARE(rig.log.size(), 3 + (skipAfter ? skipAfter : 64));
@@ -132,43 +134,8 @@ private slots:
         rig.sim->receiver(7)->powered = true;
         QVERIFY(rig.bus.bringBack(1));
         QCOMPARE(back.size(), 1);
-        QVERIFY(rig.bus.record(1).online);
+        QVERIFY(rig.bus.table().at(1).online);
         QVERIFY(!rig.bus.bringBack(1));
-    }
-
-    // Held to the end of its range; a release part-way is pinned by the detail transcript.
-    void heldSquelchStepsAfterAPauseAndSendsOnceOnRelease_data()
-    {
-        QTest::addColumn<int>("start");
-        QTest::addColumn<int>("direction");
-        QTest::addColumn<int>("end");
-        QTest::addColumn<double>("seconds");
-        QTest::newRow("up from 98 stops at 99") << 98 << +1 << 99 << 0.40;
-        QTest::newRow("at 99 nothing moves") << 99 << +1 << 99 << 0.40;
-        QTest::newRow("down to 1 repeats every 20 ms") << 11 << -1 << 1 << 0.40 + 9 * 0.020;
-    }
-    void heldSquelchStepsAfterAPauseAndSendsOnceOnRelease()
-    {
-        QFETCH(int, start);
-        QFETCH(int, direction);
-        QFETCH(int, end);
-        QFETCH(double, seconds);
-        Rig rig({5});
-        rig.sim->receiver(5)->squelch = start;
-        rig.detect();
-        rig.bus.openDetail(0);
-        // A repeated press is the same gesture.
-        QObject::connect(&rig.bus, &ReceiverBus::receiverChanged, [&] { rig.bus.squelchPressed(direction); });
-        const double before = rig.bed.virtualSeconds();
-        rig.bus.squelchPressed(direction);
-        const double held = rig.bed.virtualSeconds() - before;
-        rig.bus.squelchReleased();
-        rig.bus.squelchReleased();
-        QCOMPARE(rig.bus.record(0).squelch, end);
-        QCOMPARE(rig.frames(),
-                 QStringList{QStringLiteral("#05F%1\r").arg(end, 2, 16, QLatin1Char('0')).toUpper()});
-        QVERIFY2(held >= seconds, qPrintable(QString::number(held)));
-        QVERIFY2(held < seconds + 0.02, qPrintable(QString::number(held)));
     }
 
     void kobWaitsForTheReceiverOrTheUser_data()
@@ -185,15 +152,15 @@ private slots:
         Rig rig({5});
         rig.sim->receiver(5)->kobMicros = 1000000;
         rig.detect();
-        rig.bus.openDetail(0);
+        rig.detail.open(0);
         QList<KobPhase> phases;
-        QObject::connect(&rig.bus, &ReceiverBus::kobPhase, [&](KobPhase p) {
+        QObject::connect(&rig.detail, &DetailSession::kobPhase, [&](KobPhase p) {
             phases << p;
-            if (userStops && p == KobPhase::Waiting && rig.bus.kobActive())
-                rig.bus.stopKob();
+            if (userStops && p == KobPhase::Waiting && rig.detail.kobActive())
+                rig.detail.stopKob();
         });
-        rig.bus.runKob();
-        QVERIFY(!rig.bus.kobActive());
+        rig.detail.runKob();
+        QVERIFY(!rig.detail.kobActive());
         QCOMPARE(phases.first(), KobPhase::Started);
         QCOMPARE(int(phases.at(phases.size() - 2)), outcome);
         QCOMPARE(phases.last(), KobPhase::Ended);
@@ -218,32 +185,32 @@ private slots:
         Rig rig({5});
         rig.sim->receiver(5)->squelch = 0;
         rig.detect();
-        rig.bus.openDetail(0);
-        rig.bus.drops().run();
+        rig.detail.open(0);
+        rig.detail.drops().run();
         QSignalSpy dropped(&rig.bus, &ReceiverBus::signalDropped);
         QSignalSpy sampled(&rig.bus, &ReceiverBus::recorderSampled);
         for (const QString &reply : replies) {
             rig.sim->faults().scriptReplacement(5, reply.toLatin1() + '\r');
-            QVERIFY(rig.bus.recorderStep());
+            QVERIFY(rig.detail.recorderStep());
         }
-        QCOMPARE(rig.bus.drops().textA() + ' ' + rig.bus.drops().textB(), drops);
+        QCOMPARE(rig.detail.drops().textA() + ' ' + rig.detail.drops().textB(), drops);
         QCOMPARE(dropped.size(), drops.split(' ')[0].toInt() + drops.split(' ')[1].toInt());
         QCOMPARE(sampled.size(), replies.size());
 
         QSignalSpy points(&rig.bus, &ReceiverBus::scanPointRead);
         rig.bed.line.clearWritten();
-        const auto point = rig.bus.scanStep(4, 800.1);
+        const auto point = rig.detail.scanStep(4, 800.1);
         QVERIFY(point);
         QVERIFY(point->code == "72BE");
         QCOMPARE(rig.frames(), QStringList{"#05E72BE\r"});
-        QVERIFY(rig.bus.record(0).manualFreq);
-        QCOMPARE(rig.bus.record(0).manualFreqCode, "72BE");
+        QVERIFY(rig.bus.table().at(0).manualFreq);
+        QCOMPARE(rig.bus.table().at(0).manualFreqCode, "72BE");
         QCOMPARE(points.size(), 1);
         QCOMPARE(points.at(0).at(1).toInt(), 4);
 
         rig.sim->receiver(5)->powered = false;
         rig.bus.setWorkMode(WorkMode::Scan);
-        QVERIFY(!rig.bus.scanStep(5, 800.125));
+        QVERIFY(!rig.detail.scanStep(5, 800.125));
         QCOMPARE(rig.bus.workMode(), WorkMode::Polling);
     }
 };

@@ -45,20 +45,20 @@ public:
     int meterCalls = 0;
     int unloads = 0;
 
-    const ReceiverRecord &record() const override { return m_ctx.bus.record(0); }
+    const Receiver &record() const override { return m_ctx.bus.table().at(0); }
     double bandStart() const override { return mhzFromCode(record().bandStartCode); }
     QString codeFromMhz(double mhz) const override { return zun::codeFromMhz(mhz); }
     void showFrequencyText(const QString &text) override { frequencyEdit = text; }
     void showOffPreset() override { groupEdit = channelEdit = QStringLiteral("**"); }
     void showTvChannel(double mhz) override { tvFrequency = mhz; }
-    void showMeters(const DetailReading &reading) override
+    void showMeters(const LevelReading &reading) override
     {
         ++meterCalls;
         tools->meterReading(reading);
     }
     void recorderRead() override
     {
-        if (const auto reading = m_ctx.bus.recorderStep())
+        if (const auto reading = m_ctx.detail.recorderStep())
             showMeters(*reading);
     }
     void unloadForm() override { ++unloads; }
@@ -99,10 +99,10 @@ struct RfBench
         line.open();
         host.tools = &tools;
         const double timeOfDay = clock.secondsSinceMidnight();
-        ctx.bus.resizeTable(1);
-        ctx.bus.searchCurrentPort();
+        ctx.bus.table().resize(1);
+        ctx.bus.detectReceivers(PortSearch::CurrentPort);
         clock.setSecondsSinceMidnight(timeOfDay);
-        ctx.bus.openDetail(0);
+        ctx.detail.open(0);
         ctx.bus.setWorkMode(WorkMode::DetailRead);
         line.clearWritten();
         tools.load();

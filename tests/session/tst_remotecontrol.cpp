@@ -253,11 +253,11 @@ private slots:
         QCOMPARE(actionFrames(program.bed), windowSent);
         if (error.isEmpty() && payloads.last().contains("mute")) {
             const bool muted = payloads.last().contains("true");
-            QCOMPARE(program.bed.ctx.bus.record(1).mute, muted);
+            QCOMPARE(program.bed.ctx.bus.table().at(1).mute, muted);
             QTRY_COMPARE(topics.field(base + "state", "mute"), muted ? "true" : "false");
         }
         if (window.size() == 1 && window[0].startsWith("bringBack"))
-            QVERIFY(program.bed.ctx.bus.record(1).online);
+            QVERIFY(program.bed.ctx.bus.table().at(1).online);
     }
 
     // Without --mqtt-control the set topic is not even subscribed: a request
@@ -280,7 +280,7 @@ private slots:
         QVERIFY(program.runUntil([&] { return discovery.counts.value(battery) > announced; }));
         program.bed.session->loop().runSteps();
         QCOMPARE(actionFrames(program.bed), QStringList());
-        QVERIFY(!program.bed.ctx.bus.record(1).mute);
+        QVERIFY(!program.bed.ctx.bus.table().at(1).mute);
         QVERIFY(topics.latest.keys().filter("result").isEmpty());
         // Read-only, the mute entity cannot write.
         QVERIFY(!discovery.latest.value("homeassistant/binary_sensor/zunoria_plain_07/mute/config")
@@ -344,7 +344,7 @@ private slots:
         // Receiver 7 leaves the line; the next detection finds only 3.
         program.sim.removeReceiver(7);
         QVERIFY(program.bed.session->detectReceivers());
-        QCOMPARE(program.bed.ctx.bus.foundCount(), 1);
+        QCOMPARE(program.bed.ctx.bus.table().foundCount(), 1);
         QTRY_COMPARE(configured(), expected.filter("_03/"));
         for (const QString &topic : expected.filter("_07/"))
             QCOMPARE(discovery.latest.value(topic), "(null)");

@@ -136,7 +136,7 @@ private slots:
         connect(bed.session.get(), &Session::lineNameChanged,
                 [&](const QString &name) { announced << name; });
         QVERIFY(bed.startHeadless());
-        QCOMPARE(bed.ctx.bus.foundCount(), 1);
+        QCOMPARE(bed.ctx.bus.table().foundCount(), 1);
         QTEST(bed.session->lineName(), "named");
         QCOMPARE(announced, given.isEmpty() ? QStringList{"COM3"} : QStringList());
     }
@@ -167,22 +167,22 @@ private slots:
 
         bus.receiver(7)->powered = false;
         passes(bed, 1);
-        QVERIFY(!receivers.record(1).online);
+        QVERIFY(!receivers.table().at(1).online);
         bus.receiver(7)->powered = true;
         passes(bed, 1, 9000);
-        QVERIFY(!receivers.record(1).online);
+        QVERIFY(!receivers.table().at(1).online);
         bed.line.clearWritten();
         passes(bed, 1, 1100);
-        QCOMPARE(receivers.record(1).online, headless);
+        QCOMPARE(receivers.table().at(1).online, headless);
         QCOMPARE(bed.framesSent("#07A1"), headless ? QStringList{"#07A1\r"} : QStringList());
         passes(bed, 1, 60000);
-        QCOMPARE(receivers.record(1).online, headless);
+        QCOMPARE(receivers.table().at(1).online, headless);
 
         if (!headless) { // the user switches it on, and it stays on
             main->action("mnuAutoRecover")->trigger();
             QCOMPARE(bed.settings.get(kAppName, kMonitorSection, kAutoRecoverKey), "1");
             passes(bed, 1, 10000);
-            QVERIFY(receivers.record(1).online);
+            QVERIFY(receivers.table().at(1).online);
             QVERIFY(main->panel(1)->isEnabled());
             return;
         }
@@ -190,15 +190,15 @@ private slots:
         bed.line.removePort(1); // the adapter is pulled
         passes(bed, 2);
         QVERIFY(!bed.line.isOpen());
-        QVERIFY(!receivers.record(0).online);
+        QVERIFY(!receivers.table().at(0).online);
         passes(bed, 1, 4000);
         QVERIFY(!bed.line.isOpen());
         bed.line.attachBus(1, &bus); // and plugged in again
         passes(bed, 1, 1100);
         QVERIFY(bed.line.isOpen());
-        QCOMPARE(receivers.foundCount(), 2);
-        QVERIFY(receivers.record(0).online);
-        QVERIFY(receivers.record(1).online);
+        QCOMPARE(receivers.table().foundCount(), 2);
+        QVERIFY(receivers.table().at(0).online);
+        QVERIFY(receivers.table().at(1).online);
         QVERIFY(bed.dialogs.messages().isEmpty());
     }
 
@@ -236,7 +236,7 @@ private slots:
         bed.line.clearWritten();
         bus.scriptFaults(7, SimFault(fault), spoiled);
         passes(bed, 1);
-        QTEST(bed.ctx.bus.record(1).online, "online");
+        QTEST(bed.ctx.bus.table().at(1).online, "online");
         QTEST(int(bed.framesSent("%07M").size()), "statusReads");
         qsizetype alarms = 0;
         for (const Alarm &alarm : bed.session->alarms().alarms())
@@ -245,8 +245,8 @@ private slots:
         // The receivers after it were read as usual in the same pass.
         QCOMPARE(bed.framesSent("%09N").size(), 1);
         passes(bed, 1);
-        QVERIFY(bed.ctx.bus.record(0).online && bed.ctx.bus.record(2).online);
-        QCOMPARE(bed.framesSent("%07N").size(), bed.ctx.bus.record(1).online ? 2 : 1);
+        QVERIFY(bed.ctx.bus.table().at(0).online && bed.ctx.bus.table().at(2).online);
+        QCOMPARE(bed.framesSent("%07N").size(), bed.ctx.bus.table().at(1).online ? 2 : 1);
     }
 
     // A modal dialog, a KOB wait and a lost line stop the poll: both feeds
@@ -306,8 +306,8 @@ private slots:
         QVERIFY(bed.session->pollingPaused() == false);
         passes(bed, 1);
         QVERIFY(feeds.show(false));
-        QVERIFY(bed.ctx.bus.record(0).online);
-        QVERIFY(bed.ctx.bus.record(1).online);
+        QVERIFY(bed.ctx.bus.table().at(0).online);
+        QVERIFY(bed.ctx.bus.table().at(1).online);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "platform/clock.h"
 #include "platform/walltime.h"
+#include "receivers/frequency.h"
 #include "showlog/showlog.h"
 
 #include <QSignalSpy>
@@ -15,18 +16,17 @@ QDateTime anchor()
     return QDateTime(QDate(2026, 11, 23), QTime(20, 15), QTimeZone(3600));
 }
 
-ReceiverStatus status()
+Receiver status()
 {
-    ReceiverStatus s;
+    Receiver s;
     s.address = 7;
     s.name = QStringLiteral("VOX,1");
-    s.frequencyMHz = 823.125;
+    s.manualFreq = true;
+    s.manualFreqCode = codeFromMhz(823.125);
     s.squelch = 20;
-    s.rfA = 45;
-    s.rfB = 12;
-    s.rfADbm = -79.7;
-    s.rfBDbm = -99.7;
-    s.audio = 64;
+    s.levels.rfA = 45; // -79.7 dBm
+    s.levels.rfB = 12; // -99.7 dBm
+    s.levels.audio = audioMeterFromPercent(64);
     s.batteryPercent = 80;
     s.mute = true;
     s.online = true;

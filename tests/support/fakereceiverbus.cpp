@@ -1,30 +1,31 @@
 #include "support/fakereceiverbus.h"
 
+#include "receivers/frequency.h"
+
 namespace zun {
 
-ReceiverStatus FakeReceiverBus::receiver(int address, const QString &name)
+Receiver FakeReceiverBus::receiver(int address, const QString &name)
 {
-    ReceiverStatus s;
+    Receiver s;
     s.address = address;
     s.name = name;
-    s.frequencyMHz = 500.0 + address * 0.125;
-    s.rfA = 40 + address;
-    s.rfB = 30 + address;
-    s.rfADbm = -90.0 + s.rfA * 0.5;
-    s.rfBDbm = -90.0 + s.rfB * 0.5;
-    s.audio = 20;
+    s.manualFreq = true;
+    s.manualFreqCode = codeFromMhz(500.0 + address * 0.125);
+    s.levels.rfA = 40 + address;
+    s.levels.rfB = 30 + address;
+    s.levels.audio = 24; // 20 on the feeds' 0..99 scale
     s.batteryPercent = 80;
     s.online = true;
     return s;
 }
 
-void FakeReceiverBus::replayDetection(const QList<ReceiverStatus> &receivers)
+void FakeReceiverBus::replayDetection(const QList<Receiver> &receivers)
 {
     emit detectionStarted(1);
-    for (const ReceiverStatus &s : receivers)
+    for (const Receiver &s : receivers)
         emit receiverFound(s);
     emit detectionEnded(static_cast<int>(receivers.size()));
-    for (const ReceiverStatus &s : receivers)
+    for (const Receiver &s : receivers)
         emit levelsRead(s);
     emit passEnded(static_cast<int>(receivers.size()));
 }

@@ -1,30 +1,10 @@
 #pragma once
 
+#include <QChar>
 #include <QMetaType>
-#include <QString>
 #include <QtGlobal>
 
 namespace zun {
-
-// What a listener outside the windows (status feeds, alarms, logs, the
-// bus-health view) learns of one receiver. Plain values, copied freely; the
-// receiver layer fills one after every event that changes what it knows.
-struct ReceiverStatus
-{
-    int address = 0;           // bus address 1..64
-    QString name;              // as the receiver reports it, trailing blanks removed
-    double frequencyMHz = 0.0; // the frequency it is tuned to
-    int squelch = 0;           // 0..99
-    int rfA = 0;               // display level 0..99 of antenna A
-    int rfB = 0;               // display level 0..99 of antenna B
-    double rfADbm = 0.0;       // the same levels in dBm
-    double rfBDbm = 0.0;
-    int audio = 0;           // audio meter 0..99 (99 = the clip mark and above)
-    bool audioClip = false;  // the meter's red box is lit
-    int batteryPercent = -1; // 100, 80, 40, 10, 0 ("OFF"); -1 while not yet known
-    bool mute = false;
-    bool online = false;
-};
 
 // One exchange on the line, reported after it ends, whether it succeeded or not.
 struct ExchangeRecord
@@ -48,5 +28,4 @@ struct ExchangeRecord
 
 } // namespace zun
 
-Q_DECLARE_METATYPE(zun::ReceiverStatus)
 Q_DECLARE_METATYPE(zun::ExchangeRecord)
