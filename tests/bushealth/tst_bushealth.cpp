@@ -87,7 +87,6 @@ private slots:
     {
         QTest::addColumn<QString>("script");
         QTest::addColumn<bool>("suspect"); // address 3 flagged; 5 never is
-
         const auto row = [](const char *name, const char *script, bool suspect) {
             QTest::newRow(name) << QString(script) << suspect;
         };
@@ -99,14 +98,12 @@ private slots:
         row("silence is not garbling", "3:ok*50 3:none*50 5:ok*100", false);
         row("nothing to compare with", "3:ok*80 3:garbled*20", false);
     }
-
     void duplicateAddress()
     {
         QFETCH(QString, script);
-        QFETCH(bool, suspect);
         BusHealthStats stats;
         feed(stats, script);
-        QCOMPARE(stats.suspectDuplicate(3), suspect);
+        QTEST(stats.suspectDuplicate(3), "suspect");
         QVERIFY(!stats.suspectDuplicate(5));
     }
 

@@ -1,23 +1,14 @@
-// The feeds' options, then each feed against a real counterpart: a liblo OSC
-// server, a mosquitto broker, raw HTTP clients and headless Chromium.
-#include "core/options.h"
+// Each feed against a real counterpart: a liblo OSC server, a mosquitto
+// broker, raw HTTP clients and headless Chromium.
 #include "feeds/feedhub.h"
 #include "feeds/mqttconnection.h"
-#include "platform/settingsstore.h"
 #include "support/browser.h"
 #include "support/fakereceiverbus.h"
 #include "support/netsupport.h"
 
-#include <QCommandLineParser>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QRegularExpression>
 #include <QTcpSocket>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QWebSocket>
 
@@ -36,19 +27,6 @@
 using namespace zun;
 
 namespace {
-
-QString describe(const FeedOptions &o)
-{
-    QStringList osc;
-    for (const OscTarget &t : o.oscTargets)
-        osc << QStringLiteral("%1:%2").arg(t.host).arg(t.port);
-    return QStringLiteral("osc=%1 mqtt=%2:%3 web=%4 token=%5 net=%6")
-        .arg(osc.join(QLatin1Char(',')), o.mqttHost)
-        .arg(o.mqttPort)
-        .arg(o.webPort)
-        .arg(o.webToken)
-        .arg(o.webAllowNetwork);
-}
 
 // A real OSC receiver; every message as "path types args…".
 struct OscReceiver
@@ -164,55 +142,6 @@ private slots:
         QFETCH(QByteArray, status);
         QFETCH(QByteArray, info);
         QTEST(lineOwner(status, info, "rack1", QCoreApplication::applicationPid()), "owner");
-    }
-
-    void options_data()
-    {
-        QTest::addColumn<QString>("stored"); // Key=Value;Key=Value in section "Feeds"
-        QTest::addColumn<QStringList>("args");
-        QTest::addColumn<QString>("expected"); // describe() of the result, or the error text
-
-        const auto row = [](const char *tag, const char *stored, const QStringList &args,
-                            const char *expected) {
-            QTest::newRow(tag) << QString(stored) << args << QString(expected);
-        };
-        row("nothing: all off", "", {}, "osc= mqtt=:1883 web=0 token= net=0");
-        row("all stored",
-            "OscTargets=a:1, b:2;MqttHost=broker;MqttPort=8883;WebPort=8080;WebToken=tok;WebAllowNetwork=1",
-            {}, "osc=a:1,b:2 mqtt=broker:8883 web=8080 token=tok net=1");
-        row("invalid stored parts dropped",
-            "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:0;MqttPort=x;WebPort=-5;WebToken=has space;"
-            "WebAllowNetwork=yes",
-            {}, "osc=a:1 mqtt=:1883 web=0 token= net=0");
-        row("mqtt host with its port", "MqttHost=broker:1884;MqttPort=8883", {},
-            "osc= mqtt=broker:1884 web=0 token= net=0");
-        row("command line over stored", "OscTargets=a:1;MqttPort=8883",
-            {"--osc", "desk:9000", "--osc", "[::1]:8000", "--mqtt", "b"},
-            "osc=desk:9000,::1:8000 mqtt=b:1883 web=0 token= net=0");
-        row("mqtt with port, web with token", "",
-            {"--mqtt", "10.0.0.2:1884", "--web", "8080", "--web-token", "s3cret-_.~"},
-            "osc= mqtt=10.0.0.2:1884 web=8080 token=s3cret-_.~ net=0");
-        row("osc without port", "", {"--osc", "desk"}, "--osc expects HOST:PORT, not \"desk\"");
-        row("bare v6 osc", "", {"--osc", "::1:9000"}, "--osc expects HOST:PORT, not \"::1:9000\"");
-        row("mqtt bad port", "", {"--mqtt", "broker:70000"},
-            "--mqtt expects HOST[:PORT], not \"broker:70000\"");
-        row("web port 0", "", {"--web", "0"}, "--web expects a port 1..65535, not \"0\"");
-        row("token with a quote", "", {"--web", "1", "--web-token", "a\"b"},
-            "--web-token takes letters, digits and . _ ~ - only");
-    }
-    void options()
-    {
-        QFETCH(QString, stored);
-        QFETCH(QStringList, args);
-        MemorySettingsStore store;
-        for (const QString &pair : stored.split(QLatin1Char(';'), Qt::SkipEmptyParts))
-            store.save(kAppName, kFeedSection, pair.section('=', 0, 0), pair.section('=', 1));
-        QCommandLineParser parser;
-        parser.addOptions(feedCommandLineOptions());
-        QVERIFY(parser.parse(QStringList{"zunoria"} + args));
-        QString error;
-        const auto options = applyFeedArguments(parser, loadFeedOptions(store, kAppName), &error);
-        QTEST(options ? describe(*options) : error, "expected");
     }
 
     void oscReachesAReceiver()

@@ -7,10 +7,8 @@
 #include "receivers/frequency.h"
 #include "support/testbed.h"
 
-#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QLabel>
@@ -235,7 +233,6 @@ private slots:
     void keepsOffTheLastScan()
     {
         QFETCH(double, thresholdDbm);
-        QFETCH(bool, keptOff);
         Line line({1, 2});
         const int low = lineCarriers(line.ctx.bus.table().found()).front().bandLowKHz;
         constexpr int kPoints = 41; // the band's lowest MHz
@@ -249,7 +246,7 @@ private slots:
         line.settle();
         const std::vector<int> plan = line.window->proposed();
         const int lowest = *std::min_element(plan.begin(), plan.end());
-        QCOMPARE(lowest >= low + (kPoints - 1) * kRasterKHz + Guards{}.carrier, keptOff);
+        QTEST(lowest >= low + (kPoints - 1) * kRasterKHz + Guards{}.carrier, "keptOff");
     }
 
     // A frequency the receiver refuses, and one it never hears.

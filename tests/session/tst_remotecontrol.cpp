@@ -2,7 +2,6 @@
 // Home Assistant discovery messages, against the program as it is assembled:
 // what the simulated line hears is compared with what the window makes it
 // hear for the same action.
-#include "core/options.h"
 #include "detail/detailwindow.h"
 #include "detail/settingstab.h"
 #include "feeds/controlrequest.h"
@@ -12,7 +11,6 @@
 #include "support/netsupport.h"
 #include "support/testbed.h"
 
-#include <QCommandLineParser>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QLineEdit>
@@ -136,53 +134,6 @@ private slots:
     {
         m_port = freeLoopbackPort();
         QVERIFY(startServer(m_broker, "mosquitto", {"-p", QString::number(m_port)}, m_port));
-    }
-
-    // Both are off unless asked for, from the store or the command line, and
-    // neither makes sense without a broker.
-    void optionsFromTheStoreAndTheCommandLine_data()
-    {
-        QTest::addColumn<QString>("stored"); // key=value;...
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("expected"); // "control discovery prefix", or the error
-        QTest::newRow("nothing") << "MqttHost=b" << QStringList() << "0 0 homeassistant";
-        QTest::newRow("stored") << "MqttHost=b;MqttControl=1;MqttDiscovery=1;MqttDiscoveryPrefix=ha/venue"
-                                << QStringList() << "1 1 ha/venue";
-        QTest::newRow("stored, malformed") << "MqttHost=b;MqttControl=yes;MqttDiscoveryPrefix=ha/+/x"
-                                           << QStringList() << "0 0 homeassistant";
-        QTest::newRow("command line")
-            << ""
-            << QStringList{"--mqtt", "b", "--mqtt-control", "--mqtt-discovery", "--mqtt-discovery-prefix",
-                           "hass"}
-            << "1 1 hass";
-        QTest::newRow("without a broker")
-            << "" << QStringList{"--mqtt-control"}
-            << "--mqtt-control and --mqtt-discovery need a broker: --mqtt HOST[:PORT]";
-        QTest::newRow("prefix with a wildcard")
-            << "MqttHost=b" << QStringList{"--mqtt-discovery-prefix", "ha/#"}
-            << "--mqtt-discovery-prefix expects topic levels without '+', '#' or blanks, not \"ha/#\"";
-        QTest::newRow("prefix with an empty level")
-            << "MqttHost=b" << QStringList{"--mqtt-discovery-prefix", "ha//x"}
-            << "--mqtt-discovery-prefix expects topic levels without '+', '#' or blanks, not \"ha//x\"";
-    }
-    void optionsFromTheStoreAndTheCommandLine()
-    {
-        QFETCH(QString, stored);
-        QFETCH(QStringList, arguments);
-        MemorySettingsStore store;
-        for (const QString &pair : stored.split(';', Qt::SkipEmptyParts))
-            store.save(kAppName, kFeedSection, pair.section('=', 0, 0), pair.section('=', 1));
-        QCommandLineParser parser;
-        parser.addOptions(sessionCommandLineOptions());
-        QVERIFY(parser.parse(QStringList{"zunoria"} + arguments));
-        QString error;
-        const auto options = readSessionOptions(parser, store, &error);
-        const QString got = options ? QStringLiteral("%1 %2 %3")
-                                          .arg(options->feeds.mqttControl)
-                                          .arg(options->feeds.mqttDiscovery)
-                                          .arg(options->feeds.mqttDiscoveryPrefix)
-                                    : error;
-        QTEST(got, "expected");
     }
 
     void requestsOverTheBroker_data()

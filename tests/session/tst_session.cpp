@@ -20,6 +20,40 @@ using namespace zun;
 
 namespace {
 
+// Every option that differs from its default.
+QString describe(const SessionOptions &o)
+{
+    const FeedOptions &f = o.feeds, d;
+    QStringList out, osc;
+    for (const OscTarget &t : f.oscTargets)
+        osc << QStringLiteral("%1:%2").arg(t.host).arg(t.port);
+    if (!osc.isEmpty())
+        out << "osc=" + osc.join(',');
+    if (f.mqttHost != d.mqttHost || f.mqttPort != d.mqttPort)
+        out << QStringLiteral("mqtt=%1:%2").arg(f.mqttHost).arg(f.mqttPort);
+    if (f.webPort != d.webPort)
+        out << QStringLiteral("web=%1").arg(f.webPort);
+    if (f.webToken != d.webToken)
+        out << "token=" + f.webToken;
+    for (const auto &[on, name] :
+         {std::pair{f.webAllowNetwork, "net"}, {f.mqttControl, "control"}, {f.mqttDiscovery, "discovery"}})
+        if (on)
+            out << name;
+    if (f.mqttDiscoveryPrefix != d.mqttDiscoveryPrefix)
+        out << "prefix=" + f.mqttDiscoveryPrefix;
+    if (f.mqttUser != d.mqttUser || f.mqttPassword != d.mqttPassword || f.mqttCaFile != d.mqttCaFile)
+        out << "credentials";
+    if (!o.lineName.isEmpty())
+        out << "line=" + o.lineName;
+    for (const auto &[on, name] : {std::pair{o.autoRecover, "recover"},
+                                   {o.headless, "headless"},
+                                   {o.fleet, "fleet"},
+                                   {!o.showLogFile.isEmpty(), "log"}})
+        if (on)
+            out << name;
+    return out.join(' ');
+}
+
 // Runs passes of the program's loop, each after the given virtual time.
 void passes(TestBed &bed, int count, int millisBetween = 0)
 {
@@ -60,69 +94,87 @@ class TestSession : public QObject
 {
     Q_OBJECT
 private slots:
+    // What the store holds ("Key=Value;…", in section Feeds unless named) with
+    // the command line laid over it: every option that differs from its
+    // default, or the error. A malformed stored value is dropped silently.
     void optionsComeFromTheCommandLineOverTheStore_data()
     {
+        QTest::addColumn<QString>("stored");
         QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("storedLine");
-        QTest::addColumn<QString>("storedRecover");
-        QTest::addColumn<QString>("line"); // "!" when the options are refused
-        QTest::addColumn<bool>("recover");
-        QTest::newRow("nothing given") << QStringList() << ""
-                                       << ""
-                                       << "" << false;
-        QTest::newRow("stored line") << QStringList() << "stageA"
-                                     << "1"
-                                     << "stageA" << true;
-        QTest::newRow("command line wins") << QStringList{"--line", "rack-2"} << "stageA"
-                                           << ""
-                                           << "rack-2" << false;
-        QTest::newRow("stored line with a blank") << QStringList() << "stage A"
-                                                  << "01"
-                                                  << "" << false;
-        QTest::newRow("slash refused") << QStringList{"--line", "a/b"} << ""
-                                       << ""
-                                       << "!" << false;
-        QTest::newRow("wildcard refused") << QStringList{"--line", "a+"} << ""
-                                          << ""
-                                          << "!" << false;
-        QTest::newRow("empty refused") << QStringList{"--line="} << ""
-                                       << ""
-                                       << "!" << false;
-        QTest::newRow("headless recovers") << QStringList{"--headless"} << ""
-                                           << ""
-                                           << "" << true;
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char *tag, const char *stored, const QStringList &arguments,
+                            const char *expected) {
+            QTest::newRow(tag) << QString(stored) << arguments << QString(expected);
+        };
+        row("nothing: all off", "", {}, "");
+        row("feeds stored",
+            "OscTargets=a:1, b:2;MqttHost=broker;MqttPort=8883;WebPort=8080;WebToken=tok;WebAllowNetwork=1",
+            {}, "osc=a:1,b:2 mqtt=broker:8883 web=8080 token=tok net");
+        row("invalid stored feeds dropped",
+            "OscTargets=a:1,nonsense,b:99999;MqttHost=broker:0;MqttPort=x;WebPort=-5;WebToken=has space;"
+            "WebAllowNetwork=yes",
+            {}, "osc=a:1");
+        row("mqtt host with its port", "MqttHost=broker:1884;MqttPort=8883", {}, "mqtt=broker:1884");
+        row("command line over stored", "OscTargets=a:1;MqttPort=8883",
+            {"--osc", "desk:9000", "--osc", "[::1]:8000", "--mqtt", "b"},
+            "osc=desk:9000,::1:8000 mqtt=b:1883");
+        row("mqtt with port, web with token", "",
+            {"--mqtt", "10.0.0.2:1884", "--web", "8080", "--web-token", "s3cret-_.~"},
+            "mqtt=10.0.0.2:1884 web=8080 token=s3cret-_.~");
+        row("osc without port", "", {"--osc", "desk"}, "--osc expects HOST:PORT, not \"desk\"");
+        row("bare v6 osc", "", {"--osc", "::1:9000"}, "--osc expects HOST:PORT, not \"::1:9000\"");
+        row("mqtt bad port", "", {"--mqtt", "broker:70000"},
+            "--mqtt expects HOST[:PORT], not \"broker:70000\"");
+        row("web port 0", "", {"--web", "0"}, "--web expects a port 1..65535, not \"0\"");
+        row("token with a quote", "", {"--web", "1", "--web-token", "a\"b"},
+            "--web-token takes letters, digits and . _ ~ - only");
+        row("control and discovery stored",
+            "MqttHost=b;MqttControl=1;MqttDiscovery=1;MqttDiscoveryPrefix=ha/venue", {},
+            "mqtt=b:1883 control discovery prefix=ha/venue");
+        row("control and discovery malformed", "MqttHost=b;MqttControl=yes;MqttDiscoveryPrefix=ha/+/x", {},
+            "mqtt=b:1883");
+        row("control and discovery given", "",
+            {"--mqtt", "b", "--mqtt-control", "--mqtt-discovery", "--mqtt-discovery-prefix", "hass"},
+            "mqtt=b:1883 control discovery prefix=hass");
+        row("control without a broker", "", {"--mqtt-control"},
+            "--mqtt-control and --mqtt-discovery need a broker: --mqtt HOST[:PORT]");
+        const char *prefixRule = "--mqtt-discovery-prefix expects topic levels without '+', '#' or blanks, ";
+        row("prefix with a wildcard", "MqttHost=b", {"--mqtt-discovery-prefix", "ha/#"},
+            qPrintable(prefixRule + QString("not \"ha/#\"")));
+        row("prefix with an empty level", "MqttHost=b", {"--mqtt-discovery-prefix", "ha//x"},
+            qPrintable(prefixRule + QString("not \"ha//x\"")));
+        row("stored line", "Line=stageA;Monitor/AutoRecover=1", {}, "line=stageA recover");
+        row("command line wins", "Line=stageA", {"--line", "rack-2"}, "line=rack-2");
+        row("stored line with a blank", "Line=stage A;Monitor/AutoRecover=01", {}, "");
+        const char *lineRule = "--line expects 1 to 64 characters without blanks, '/', '+' or '#', ";
+        row("slash refused", "", {"--line", "a/b"}, qPrintable(lineRule + QString("not \"a/b\"")));
+        row("wildcard refused", "", {"--line", "a+"}, qPrintable(lineRule + QString("not \"a+\"")));
+        row("empty refused", "", {"--line="}, qPrintable(lineRule + QString("not \"\"")));
+        row("headless recovers", "", {"--headless"}, "recover headless");
     }
     void optionsComeFromTheCommandLineOverTheStore()
     {
+        QFETCH(QString, stored);
         QFETCH(QStringList, arguments);
-        QFETCH(QString, storedLine);
-        QFETCH(QString, storedRecover);
         MemorySettingsStore store;
-        store.save(kAppName, kFeedSection, kLineKey, storedLine);
-        store.save(kAppName, kMonitorSection, kAutoRecoverKey, storedRecover);
+        for (const QString &pair : stored.split(';', Qt::SkipEmptyParts)) {
+            const QStringList key = pair.section('=', 0, 0).split('/'); // [section/]key
+            store.save(kAppName, key.size() > 1 ? key[0] : kFeedSection, key.last(), pair.section('=', 1));
+        }
         QCommandLineParser parser;
         parser.addOptions(sessionCommandLineOptions());
         QVERIFY(parser.parse(QStringList{"zunoria"} + arguments));
         QString error;
         const auto options = readSessionOptions(parser, store, &error);
-        QFETCH(QString, line);
-        QCOMPARE(!options, line == "!");
-        if (!options) {
-            QVERIFY(error.startsWith("--line"));
-            return;
-        }
-        QCOMPARE(options->lineName, line);
-        QTEST(options->autoRecover, "recover");
+        QTEST(options ? describe(*options) : error, "expected");
     }
 
     void theLineIsNamedForThePortTheReceiversWereFoundOn_data()
     {
         QTest::addColumn<QString>("given");
         QTest::addColumn<QString>("named");
-        QTest::newRow("the port") << ""
-                                  << "COM3";
-        QTest::newRow("--line") << "stageA"
-                                << "stageA";
+        QTest::newRow("the port") << QString() << QString("COM3");
+        QTest::newRow("--line") << QString("stageA") << QString("stageA");
     }
     void theLineIsNamedForThePortTheReceiversWereFoundOn()
     {
@@ -254,9 +306,8 @@ private slots:
     void feedsMarkTheLinePausedWhileNothingIsPolled_data()
     {
         QTest::addColumn<QString>("pause");
-        QTest::newRow("dialog") << "dialog";
-        QTest::newRow("KOB wait") << "kob";
-        QTest::newRow("lost line") << "lost";
+        for (const char *pause : {"dialog", "kob", "lost"}) // the KOB wait, a lost line
+            QTest::newRow(pause) << QString(pause);
     }
     void feedsMarkTheLinePausedWhileNothingIsPolled()
     {
