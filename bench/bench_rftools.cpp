@@ -53,9 +53,7 @@ public:
     {
         return formatHex(static_cast<int>(std::nearbyint((mhz * 1000 - 65750) / 25)), 4);
     }
-    void showFrequencyText(const QString &) override {}
-    void showOffPreset() override {}
-    void showTvChannel(double) override {}
+    void rfTuned(const RfTuning &) override {}
     void showMeters(const LevelReading &reading) override { tools->meterReading(reading); }
     void recorderRead() override
     {

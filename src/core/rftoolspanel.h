@@ -13,6 +13,22 @@ struct Context;
 struct LevelReading;
 struct Receiver;
 
+// Where the RF tools moved the receiver's frequency. The host alone decides
+// how its own controls show that.
+struct RfTuning
+{
+    enum class Kind {
+        // A scan point was measured here: the receiver now sits off its
+        // presets, and its record says so.
+        OffPresets,
+        // The scan cursor points here and the receiver was asked to follow
+        // it, whether or not it answered.
+        Cursor,
+    };
+    Kind kind = Kind::Cursor;
+    double mhz = 0;
+};
+
 // What the RF tools need from the detail window that hosts them. The detail
 // window implements it; tests implement it with doubles.
 class RfToolsHost
@@ -21,20 +37,15 @@ public:
     virtual ~RfToolsHost() = default;
 
     // The open receiver's record in the receiver table.
-    virtual const Receiver &record() const = 0;
-    // The number shown in txtBandStart, MHz.
-    virtual double bandStart() const = 0;
+    [[nodiscard]] virtual const Receiver &record() const = 0;
+    // The receiver's band start, MHz to the kHz: the scan's point 0.
+    [[nodiscard]] virtual double bandStart() const = 0;
     // Frequency (MHz) to the receiver's four-digit frequency code.
-    virtual QString codeFromMhz(double mhz) const = 0;
+    [[nodiscard]] virtual QString codeFromMhz(double mhz) const = 0;
 
-    // txtFreq shows this text ("000.000").
-    virtual void showFrequencyText(const QString &text) = 0;
-    // txtGroup and txtChannel show "**": the receiver is off its presets.
-    virtual void showOffPreset() = 0;
-    // The TV-channel read-out follows this frequency (MHz).
-    virtual void showTvChannel(double mhz) = 0;
+    virtual void rfTuned(const RfTuning &tuning) = 0;
 
-    // The settings tab's meter update for one reading. The host's version must
+    // The meters' update for one reading. The host's version must
     // call RfTools::meterReading with it, which keeps the shared reading and
     // shows the drop counts.
     virtual void showMeters(const LevelReading &reading) = 0;

@@ -16,9 +16,9 @@ public:
     // Reads the record into the window.
     virtual void load() = 0;
     // The window's work-loop steps: level read, scan point, recorder sample.
-    virtual bool readDetailLevels() = 0;
-    virtual bool scanStep() = 0;
-    virtual bool recorderStep() = 0;
+    [[nodiscard]] virtual bool readDetailLevels() = 0;
+    [[nodiscard]] virtual bool scanStep() = 0;
+    [[nodiscard]] virtual bool recorderStep() = 0;
 };
 
 } // namespace zun

@@ -9,6 +9,6 @@ namespace zun {
 
 // The battery label's background for a battery text; nothing for the plain
 // button face.
-std::optional<QColor> batteryColour(const QString &text);
+[[nodiscard]] std::optional<QColor> batteryColour(const QString &text);
 
 } // namespace zun

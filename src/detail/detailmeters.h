@@ -45,8 +45,8 @@ public:
     void setSquelchLevel(int level);
     int squelchLevel() const { return m_level; }
     // The drawn bar in hundredths of the width, after pushing it inside 0..99.
-    int barStart() const;
-    int barEnd() const;
+    [[nodiscard]] int barStart() const;
+    [[nodiscard]] int barEnd() const;
 
     QSize sizeHint() const override { return {220, 20}; }
     QSize minimumSizeHint() const override { return {120, 16}; }

@@ -25,6 +25,7 @@
 #include "windowing/widgetname.h"
 #include <algorithm>
 #include <initializer_list>
+#include <utility>
 
 namespace zun {
 
@@ -154,6 +155,10 @@ void DetailWindow::connectControls()
     connect(s.nameEdit, &QLineEdit::textEdited, this, &DetailWindow::nameEdited);
     connect(s.nameEdit, &QLineEdit::textChanged, this,
             [this] { m_nameBefore = m_settings->nameEdit->text(); });
+    // The one place typed text becomes a frequency; what the window shows
+    // there itself arrives as a value.
+    connect(s.frequencyEdit, &QLineEdit::textEdited, this,
+            [this](const QString &text) { m_frequency = typedFrequency(text); });
 
     for (QObject *watched : std::initializer_list<QObject *>{s.addressEdit, s.nameEdit, s.frequencyEdit,
                                                              s.squelchDownButton, s.squelchUpButton})
@@ -178,15 +183,17 @@ void DetailWindow::load()
 
     s.addressEdit->setText(QString::number(r.address));
     s.nameEdit->setText(r.name);
+    m_offPreset = r.manualFreq;
     s.groupEdit->setText(r.manualFreq ? QStringLiteral("**") : QString::number(r.group));
     s.channelEdit->setText(r.manualFreq ? QStringLiteral("**") : QString::number(r.channel));
-    // Both codes are converted every time, manual first: the TV box keeps the
-    // last conversion.
+    // All three codes are converted every time, manual first and band start
+    // last: the TV box keeps the last conversion.
     const double manual = mhzFromCode(r.manualFreqCode);
     const double preset = mhzFromCode(r.channelFreqCode);
-    s.frequencyEdit->setText(formatFreq(r.manualFreq ? manual : preset));
-    s.bandStartEdit->setText(formatFreq(mhzFromCode(r.bandStartCode)));
-    s.bandStopEdit->setText(formatFreq(leadingValue(s.bandStartEdit->text()) + r.bandWidth * 0.025));
+    showFrequency(r.manualFreq ? manual : preset);
+    m_band = bandFrom(mhzFromCode(r.bandStartCode), r.bandWidth);
+    s.bandStartEdit->setText(formatFreq(m_band.startMhz));
+    s.bandStopEdit->setText(formatFreq(m_band.stopMhz));
 
     showSquelch();
     showBattery(m_host.panelBatteryText(m_index));
@@ -201,7 +208,7 @@ void DetailWindow::load()
 
 double DetailWindow::bandStart() const
 {
-    return leadingValue(m_settings->bandStartEdit->text());
+    return m_band.startMhz;
 }
 
 QString DetailWindow::codeFromMhz(double mhz) const
@@ -209,18 +216,30 @@ QString DetailWindow::codeFromMhz(double mhz) const
     return zun::codeFromMhz(mhz);
 }
 
-void DetailWindow::showFrequencyText(const QString &text)
+void DetailWindow::rfTuned(const RfTuning &tuning)
 {
-    m_settings->frequencyEdit->setText(text);
+    if (tuning.kind == RfTuning::Kind::OffPresets)
+        showOffPreset();
+    showFrequency(tuning.mhz);
+    // The cursor's tunes have always left the TV box where it was.
+    if (tuning.kind == RfTuning::Kind::OffPresets)
+        showTvChannel(tuning.mhz);
+}
+
+void DetailWindow::showFrequency(double mhz)
+{
+    m_frequency = shownFrequency(mhz);
+    m_settings->frequencyEdit->setText(formatFreq(mhz));
 }
 
 void DetailWindow::showOffPreset()
 {
-    // Called for every scan point; a line edit lays its text out again even
-    // when it is unchanged.
-    for (QLineEdit *box : {m_settings->groupEdit, m_settings->channelEdit})
-        if (box->text() != QLatin1String("**"))
-            box->setText(QStringLiteral("**"));
+    // A scan comes here for every point, and a line edit lays its text out
+    // again even when it is unchanged.
+    if (std::exchange(m_offPreset, true))
+        return;
+    m_settings->groupEdit->setText(QStringLiteral("**"));
+    m_settings->channelEdit->setText(QStringLiteral("**"));
 }
 
 void DetailWindow::showTvChannel(double mhz)
@@ -237,7 +256,7 @@ void DetailWindow::unloadForm()
 double DetailWindow::mhzFromCode(QStringView code)
 {
     const double mhz = zun::mhzFromCode(code);
-    m_settings->tvChannelEdit->setText(tvChannelName(m_ctx.state.tvRegion, mhz));
+    showTvChannel(mhz);
     return mhz;
 }
 

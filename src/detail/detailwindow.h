@@ -2,6 +2,7 @@
 
 #include "core/rftoolspanel.h"
 #include "detail/abstractdetailwindow.h"
+#include "detail/freqstep.h"
 #include "receivers/detailsession.h"
 #include "receivers/presets.h"
 #include "receivers/receiver.h"
@@ -38,9 +39,9 @@ public:
 
     // One level read of the receiver for the meters. True when it sent
     // something; a silent receiver closes the window after one message.
-    bool readDetailLevels() override;
-    bool scanStep() override;
-    bool recorderStep() override;
+    [[nodiscard]] bool readDetailLevels() override;
+    [[nodiscard]] bool scanStep() override;
+    [[nodiscard]] bool recorderStep() override;
     void recorderRead() override;
 
     // Meter update from one level reading.
@@ -49,7 +50,7 @@ public:
     void showSquelch();
 
     // Code text to MHz; the TV box follows every conversion made here.
-    double mhzFromCode(QStringView code);
+    [[nodiscard]] double mhzFromCode(QStringView code);
 
     // --- for the RF tools -------------------------------------------------
     QWidget *spectrumTab() const { return m_spectrumTab; }
@@ -61,12 +62,10 @@ public:
     RfToolsPanel &tools() const { return *m_tools; }
 
     // What the RF tools ask of this window.
-    const Receiver &record() const override;
-    double bandStart() const override;
-    QString codeFromMhz(double mhz) const override;
-    void showFrequencyText(const QString &text) override;
-    void showOffPreset() override;
-    void showTvChannel(double mhz) override;
+    [[nodiscard]] const Receiver &record() const override;
+    [[nodiscard]] double bandStart() const override;
+    [[nodiscard]] QString codeFromMhz(double mhz) const override;
+    void rfTuned(const RfTuning &tuning) override;
     void unloadForm() override;
     const PresetTable &presetTable() const { return m_presets; }
 
@@ -84,6 +83,9 @@ private:
     void setKobLock(bool locked);
     void showKobPhase(KobPhase phase);
     void showPanelName();
+    void showFrequency(double mhz);
+    void showOffPreset();
+    void showTvChannel(double mhz);
 
     // Tuning.
     void stepPreset(bool groupButton, Preset next);
@@ -131,6 +133,14 @@ private:
     QPushButton *m_cmdPrev = nullptr;
 
     PresetTable m_presets;
+    // The band as load() found it in the record; the band boxes show it.
+    Band m_band;
+    // Group and channel show "**" and the preset buttons do nothing until the
+    // window is opened again on a receiver that reports a preset.
+    bool m_offPreset = false;
+    // What the frequency box stands for: the frequency the window showed
+    // there last, or what the user typed since.
+    FrequencyEntry m_frequency;
     // Set by a left mouse press on a squelch button until its pressed() starts the hold.
     bool m_squelchArmed = false;
     bool m_squelchHeld = false;

@@ -2,7 +2,6 @@
 #include "detail/detailwindow.h"
 
 #include "core/context.h"
-#include "core/options.h"
 #include "detail/freqstep.h"
 #include "detail/settingstab.h"
 #include "receivers/frequency.h"
@@ -10,10 +9,6 @@
 #include <QLineEdit>
 
 namespace zun {
-
-namespace {
-const QString kManual = QStringLiteral("**");
-}
 
 void DetailWindow::stepPreset(bool groupButton, Preset next)
 {
@@ -27,7 +22,7 @@ void DetailWindow::stepPreset(bool groupButton, Preset next)
         s.channelEdit->setText(QString::number(next.channel));
         if (groupButton)
             s.groupEdit->setText(QString::number(next.group));
-        s.frequencyEdit->setText(formatFreq(mhzFromCode(*code)));
+        showFrequency(mhzFromCode(*code));
     } else {
         noResponse();
     }
@@ -35,84 +30,70 @@ void DetailWindow::stepPreset(bool groupButton, Preset next)
 
 void DetailWindow::channelUpPressed()
 {
-    if (m_settings->channelEdit->text() == kManual)
+    if (m_offPreset)
         return;
     stepPreset(false, channelUp(m_presets, Preset{record().group, record().channel}));
 }
 
 void DetailWindow::channelDownPressed()
 {
-    if (m_settings->channelEdit->text() == kManual)
+    if (m_offPreset)
         return;
     stepPreset(false, channelDown(m_presets, Preset{record().group, record().channel}));
 }
 
 void DetailWindow::groupUpPressed()
 {
-    if (m_settings->groupEdit->text() == kManual)
+    if (m_offPreset)
         return;
     stepPreset(true, groupUp(m_presets, Preset{record().group, record().channel}));
 }
 
 void DetailWindow::groupDownPressed()
 {
-    if (m_settings->groupEdit->text() == kManual)
+    if (m_offPreset)
         return;
     stepPreset(true, groupDown(m_presets, Preset{record().group, record().channel}));
 }
 
 void DetailWindow::tuneManual(const QString &code, int settleMillis)
 {
-    SettingsTab &s = *m_settings;
-    s.groupEdit->setText(kManual);
-    s.channelEdit->setText(kManual);
+    showOffPreset();
     // Shown as the receiver will tune: on the 25 kHz raster.
-    s.frequencyEdit->setText(formatFreq(mhzFromCode(code)));
+    showFrequency(mhzFromCode(code));
     if (!m_ctx.detail.tuneManual(code, settleMillis))
         noResponse();
 }
 
 void DetailWindow::frequencyUpPressed()
 {
-    SettingsTab &s = *m_settings;
-    if (s.frequencyEdit->text().isEmpty())
+    if (m_frequency.empty)
         return;
-    const QString next = stepFrequencyUp(s.frequencyEdit->text(), m_stepMultiplier, s.bandStartEdit->text(),
-                                         s.bandStopEdit->text());
-    s.frequencyEdit->setText(formatFreq(leadingValue(next)));
-    tuneManual(codeFromMhz(leadingValue(next)), 50);
+    tuneManual(codeFromMhz(stepFrequencyUp(m_frequency.mhz, m_stepMultiplier, m_band)), 50);
 }
 
 void DetailWindow::frequencyDownPressed()
 {
-    SettingsTab &s = *m_settings;
-    if (s.frequencyEdit->text().isEmpty())
+    if (m_frequency.empty)
         return;
-    const QString next = stepFrequencyDown(s.frequencyEdit->text(), m_stepMultiplier, s.bandStartEdit->text(),
-                                           s.bandStopEdit->text());
-    s.frequencyEdit->setText(formatFreq(leadingValue(next)));
-    tuneManual(codeFromMhz(leadingValue(next)), 50);
+    tuneManual(codeFromMhz(stepFrequencyDown(m_frequency.mhz, m_stepMultiplier, m_band)), 50);
 }
 
 void DetailWindow::frequencyKeyPressed(int keyAscii)
 {
-    SettingsTab &s = *m_settings;
-    if (keyAscii != 13)
+    if (keyAscii != 13 || m_frequency.empty)
         return;
-    const QString text = s.frequencyEdit->text();
-    if (text.isEmpty())
-        return;
-    if (!isNumericText(text)) {
+    if (!m_frequency.numeric) {
         m_ctx.platform.dialogs.message(QStringLiteral("Please input numeric data!"));
-        s.frequencyEdit->setText(formatFreq(mhzFromCode(record().channelFreqCode)));
+        showFrequency(mhzFromCode(record().channelFreqCode));
         return;
     }
-    if (frequencyInBand(text, s.bandStartEdit->text(), s.bandStopEdit->text())) {
-        tuneManual(codeFromMhz(leadingValue(text)));
+    if (frequencyInBand(m_frequency.mhz, m_band)) {
+        tuneManual(codeFromMhz(m_frequency.mhz));
         return;
     }
     m_ctx.platform.dialogs.message(QStringLiteral("Frequency out of range!"));
-    s.frequencyEdit->setText(formatFreq(mhzFromCode(record().channelFreqCode)));
+    showFrequency(mhzFromCode(record().channelFreqCode));
 }
 
 } // namespace zun

@@ -8,7 +8,7 @@ namespace zun {
 
 // hours:minutes:seconds:tenths. Hours wrap at 60, and the tenths are rounded
 // on their own (halves to even), so 0.25 s shows 00:00:00:2.
-QString formatElapsed(double seconds);
+[[nodiscard]] QString formatElapsed(double seconds);
 
 // Run time of a tool that can be stopped and resumed. Times are kept in whole
 // tenths of a second so that differences of clock readings stay exact.

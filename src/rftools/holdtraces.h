@@ -25,7 +25,7 @@ public:
     void clear();
 
     const std::vector<std::int16_t> &trace(Kind kind) const { return m_traces[kind]; }
-    bool holdsAny(Kind kind) const;
+    [[nodiscard]] bool holdsAny(Kind kind) const;
 
 private:
     std::vector<std::int16_t> m_traces[2];

@@ -19,12 +19,12 @@ public:
     PlotCanvas(const QString &name, const QSize &size, int verticalDivisions, QWidget *parent = nullptr);
 
     QColor backColor() const { return m_backColor; }
-    PlotGeometry plotGeometry() const { return PlotGeometry::forScale(width(), height()); }
+    [[nodiscard]] PlotGeometry plotGeometry() const { return PlotGeometry::forScale(width(), height()); }
 
     // The picture back to its empty background.
     virtual void clearPicture();
     // What the picture shows now, in device pixels.
-    QImage pictureImage();
+    [[nodiscard]] QImage pictureImage();
 
 signals:
     // The images were rebuilt; whatever was drawn must be drawn again.
@@ -40,8 +40,8 @@ protected:
     // is shown or handed out.
     virtual void composePending() {}
     // Widget pixels to image pixels.
-    QPoint toDevice(int x, int y) const;
-    int toDevice(int length) const;
+    [[nodiscard]] QPoint toDevice(int x, int y) const;
+    [[nodiscard]] int toDevice(int length) const;
 
     QImage m_background;
     QImage m_shown;

@@ -35,7 +35,7 @@ struct RecorderState
     RunTimer timer;
 
     // One sample of both antennas on a picture width columns wide.
-    RecorderSegment step(int rfA, int rfB, int width, const PlotGeometry &geometry);
+    [[nodiscard]] RecorderSegment step(int rfA, int rfB, int width, const PlotGeometry &geometry);
     // Clear: pen home at the base line, time reset.
     void clear(const PlotGeometry &geometry);
 };

@@ -25,7 +25,7 @@ public:
 
     // One sample: read, show the read-outs, draw, time. Returns true (the
     // step always used the line).
-    bool recorderStep();
+    [[nodiscard]] bool recorderStep();
 
     void startRecorder();
     void stopRecorder();

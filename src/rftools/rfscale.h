@@ -16,11 +16,11 @@ struct PlotGeometry
     int plotHeight = 0; // pixels from level 0 to level 99
     int xOrigin = 0;
 
-    static PlotGeometry forScale(int scaleWidth, int scaleHeight);
+    [[nodiscard]] static PlotGeometry forScale(int scaleWidth, int scaleHeight);
 
     // Level 0..99 to a pixel row; rounding down keeps the trace on the pixel
     // grid the receiver's own display uses.
-    int levelY(int level) const;
+    [[nodiscard]] int levelY(int level) const;
 };
 
 // The receivers' level scale (levelDbm) spans three decades of 1..1000 uV,
@@ -28,19 +28,19 @@ struct PlotGeometry
 
 // The scan cursor's read-out: the decade follows the cursor's level, the
 // mantissa follows antenna A of the last reading (99 and 99 give 964 uV).
-double cursorMicrovolts(int cursorLevel, int rfA);
+[[nodiscard]] double cursorMicrovolts(int cursorLevel, int rfA);
 
 // The recorder's read-out: the mantissa is made whole before scaling, so the
 // top of the scale reads 1000 uV here.
-double recorderMicrovolts(int level);
+[[nodiscard]] double recorderMicrovolts(int level);
 
 // "000.000" (MHz without unit), "0.0dBm", "0uV".
-QString formatMHz(double mhz);
-QString formatDbm(double dbm);
-QString formatMicrovolts(double microvolts);
+[[nodiscard]] QString formatMHz(double mhz);
+[[nodiscard]] QString formatDbm(double dbm);
+[[nodiscard]] QString formatMicrovolts(double microvolts);
 
 // Frequency of scan point i: band start plus i raster steps of 25 kHz.
-inline double pointFrequency(double bandStart, int index)
+[[nodiscard]] inline double pointFrequency(double bandStart, int index)
 {
     return bandStart + index * 0.025;
 }

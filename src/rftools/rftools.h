@@ -26,7 +26,7 @@ class SpectrumTab;
 // The window creates one per opening, puts spectrumTab() and recorderTab()
 // into its tab control as "Spectrum" and "RF-Monitor", places
 // dropCounterPanel() on its settings tab, calls load() once its own load has
-// filled the band boxes, and hands the work loop scanStep (mode 3) and
+// read the receiver's band, and hands the work loop scanStep (mode 3) and
 // recorderStep (mode 4).
 class RfTools : public QObject, public RfToolsPanel
 {
@@ -49,8 +49,8 @@ public:
     void load() override;
 
     // Work-loop steps; both return true because they always use the line.
-    bool scanStep() override;
-    bool recorderStep() override;
+    [[nodiscard]] bool scanStep() override;
+    [[nodiscard]] bool recorderStep() override;
 
     // The share of the window's showMeters that belongs here: keeps the
     // reading for the tools and shows the drop counts.

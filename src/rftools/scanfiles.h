@@ -35,7 +35,7 @@ public:
     std::vector<ScanPoint> tracePoints(int trace) const;
 
 private:
-    double bandStop() const;
+    [[nodiscard]] double bandStop() const;
 
     Context &m_ctx;
     RfToolsHost &m_host;

@@ -57,13 +57,13 @@ struct ScanState
     // Picture size in pixels; x scale follows N.
     void setGeometry(int scaleWidth, int scaleHeight);
 
-    int xOf(int index) const;
-    int yOf(int lvl) const { return geometry.levelY(lvl); }
+    [[nodiscard]] int xOf(int index) const;
+    [[nodiscard]] int yOf(int lvl) const { return geometry.levelY(lvl); }
 
     // Level of the reading just taken, kept at the scan index (floor 1).
     void storeLevel();
     // The two reasons a sweep stops by itself, tested in this order.
-    bool stopReached(SweepMode mode) const;
+    [[nodiscard]] bool stopReached(SweepMode mode) const;
     // To the next multiple of the step, setting every point passed (and the
     // next one to measure) to the floor; past N back to point 0.
     void advance();
@@ -74,7 +74,7 @@ struct ScanState
     // The cursor on a point: its column and stored level.
     void moveCursorTo(int index);
     void notePointer(double x, int pictureWidth);
-    int pointUnderPointer() const;
+    [[nodiscard]] int pointUnderPointer() const;
 
     // Peak: sorts when the list is stale, then goes to the strongest point.
     // Returns true when it had to sort.

@@ -72,14 +72,12 @@ bool SpectrumScan::scanStep()
         return true;
     }
 
-    m_host.showOffPreset();
-    m_host.showFrequencyText(formatMHz(f));
+    m_host.rfTuned({RfTuning::Kind::OffPresets, f});
     m_host.showMeters(point->levels);
 
     m_state.storeLevel();
     redrawTrace();
     showScanCursor();
-    m_host.showTvChannel(f);
     m_tab.plot()->present();
 
     m_state.timer.update(m_ctx.platform.clock.secondsSinceMidnight());
@@ -153,7 +151,7 @@ void SpectrumScan::tuneToStrongestPeak()
     m_state.goToStrongest();
     showScanCursor();
     tune(300);
-    m_host.showFrequencyText(formatMHz(cursorFrequency()));
+    m_host.rfTuned({RfTuning::Kind::Cursor, cursorFrequency()});
     updateRunCaption();
 }
 
@@ -163,7 +161,7 @@ void SpectrumScan::tuneToNextPeak()
         return;
     showScanCursor();
     tune(300);
-    m_host.showFrequencyText(formatMHz(cursorFrequency()));
+    m_host.rfTuned({RfTuning::Kind::Cursor, cursorFrequency()});
     updateRunCaption();
 }
 
@@ -182,7 +180,7 @@ void SpectrumScan::pictureClicked()
     m_state.moveCursorTo(m_state.pointUnderPointer());
     showScanCursor();
     tune(300);
-    m_host.showFrequencyText(formatMHz(cursorFrequency()));
+    m_host.rfTuned({RfTuning::Kind::Cursor, cursorFrequency()});
 }
 
 void SpectrumScan::stepChosen(int points)
@@ -201,7 +199,7 @@ void SpectrumScan::nextPressed()
     m_state.markerNext();
     showScanCursor();
     tune(250);
-    m_host.showFrequencyText(formatMHz(cursorFrequency()));
+    m_host.rfTuned({RfTuning::Kind::Cursor, cursorFrequency()});
 }
 
 void SpectrumScan::previousPressed()
@@ -209,7 +207,7 @@ void SpectrumScan::previousPressed()
     m_state.markerPrevious();
     showScanCursor();
     tune(250);
-    m_host.showFrequencyText(formatMHz(cursorFrequency()));
+    m_host.rfTuned({RfTuning::Kind::Cursor, cursorFrequency()});
 }
 
 void SpectrumScan::placeSquelchLine()

@@ -23,7 +23,7 @@ public:
 
     // One point: tune and read with "E", redraw, time, stop tests, advance.
     // Returns true (the step always used the line).
-    bool scanStep();
+    [[nodiscard]] bool scanStep();
     // Marker and the three read-outs for the scan index; stores the point's
     // frequency code as the receiver's next "K" argument.
     void showScanCursor();
@@ -50,7 +50,7 @@ private:
     void redrawTrace();
     // "K" for the current frequency code; on failure only the message.
     void tune(int timeoutMillis);
-    double cursorFrequency() const;
+    [[nodiscard]] double cursorFrequency() const;
 
     Context &m_ctx;
     RfToolsHost &m_host;

@@ -48,9 +48,9 @@ public:
     QCheckBox *maxHoldBox() const { return m_maxHold; }
     QCheckBox *minHoldBox() const { return m_minHold; }
 
-    SweepMode sweepMode() const;
+    [[nodiscard]] SweepMode sweepMode() const;
     // Points per advance of the checked step option (1, 2, 4, 5).
-    int checkedStep() const;
+    [[nodiscard]] int checkedStep() const;
 
 signals:
     // A step option was clicked: 1, 2, 4 or 5 points.

@@ -10,6 +10,7 @@
 #include "receivers/frequency.h"
 #include "support/testbed.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QClipboard>
 #include <QGroupBox>
@@ -313,13 +314,77 @@ private slots:
                 rig.form->tabs()->setCurrentIndex(step.back().digitValue());
             } else if (step == "silent step") {
                 rig.bus.receiver(5)->powered = false;
-                rig.form->scanStep();
+                QVERIFY(rig.form->scanStep());
             } else {
                 rig.widget<QPushButton>(qPrintable(step))->click();
             }
             captions << run->text();
         }
         QTEST(captions, "captions");
+    }
+
+    // Whether the receiver sits off its presets, and the frequency a step
+    // starts from, follow what was done, not what a box was last given.
+    // The default receiver: band 800..900 MHz, preset 1/1 at 801.000.
+    void tuning_data()
+    {
+        QTest::addColumn<bool>("offAtOpen"); // the receiver reports 847.000, no preset
+        // "click name", "type text" (no Enter), "enter", "scan" one point
+        QTest::addColumn<QStringList>("steps");
+        QTest::addColumn<QString>("boxes"); // group, channel, frequency
+        QTest::addColumn<QString>("sent");
+        QTest::addColumn<QStringList>("messages");
+        const auto row = [](const char *name, bool offAtOpen, const QStringList &steps, const char *boxes,
+                            const char *sent, const QStringList &messages = {}) {
+            QTest::newRow(name) << offAtOpen << steps << QString(boxes) << QString(sent) << messages;
+        };
+        row("a scan point leaves the presets", false,
+            {"click SP_Run", "scan", "click cmdChanUp", "click cmdGroupDown"}, "** ** 800.000", "#05E72BA");
+        row("a cursor tune keeps them", false, {"click PB_Spec", "click cmdChanUp"}, "1 2 801.400",
+            "#05K72BA#05D12");
+        row("off the presets at opening", true, {"click cmdGroupUp", "click cmdFreqUp", "click cmdChanDown"},
+            "** ** 847.025", "#05K7A13");
+        row("a step starts from typed text", false, {"type 850.01", "click cmdFreqUp"}, "** ** 850.025",
+            "#05K7A8B");
+        // Compared as text, "98.975" sorts above "900.000".
+        row("two digits step down to the band start", false, {"type 99", "click cmdFreqDown"},
+            "** ** 800.000", "#05K72BA");
+        row("refused entry, then a step from what is shown", false,
+            {"type 12abc", "enter", "click cmdFreqUp"}, "** ** 801.025", "#05K72E3",
+            {"Please input numeric data!"});
+        row("beyond the band stop", false, {"type 900.02", "enter", "click cmdChanUp"}, "1 2 801.400",
+            "#05D12", {"Frequency out of range!"});
+    }
+    void tuning()
+    {
+        QFETCH(bool, offAtOpen);
+        QFETCH(QStringList, steps);
+        DetailRig rig;
+        SimReceiver &receiver = rig.bus.addReceiver(5);
+        receiver.manual = offAtOpen;
+        receiver.manualCode = 0x7A12;
+        rig.open();
+        QLineEdit *frequency = rig.tab().frequencyEdit;
+        for (const QString &step : steps) {
+            const QString arg = step.section(' ', 1);
+            if (step == "click PB_Spec") {
+                QTest::mouseClick(rig.widget("PB_Spec"), Qt::LeftButton, {}, QPoint(0, 10));
+            } else if (step.startsWith("click ")) {
+                rig.widget<QAbstractButton>(qPrintable(arg))->click();
+            } else if (step.startsWith("type ")) {
+                frequency->selectAll();
+                QTest::keyClicks(frequency, arg);
+            } else if (step == "enter") {
+                QTest::keyClick(frequency, Qt::Key_Return);
+            } else {
+                QVERIFY(rig.form->scanStep());
+            }
+        }
+        const SettingsTab &tab = rig.tab();
+        QTEST(QStringList({tab.groupEdit->text(), tab.channelEdit->text(), frequency->text()}).join(' '),
+              "boxes");
+        QTEST(rig.frames(), "sent");
+        QTEST(rig.dialogs.messages(), "messages");
     }
 
     void tvRegion_data()
@@ -354,7 +419,8 @@ private slots:
         for (int region = 0; region < 6; ++region)
             QCOMPARE(items[region]->isChecked(), region == 1);
         for (const auto &[typed, channel] : {std::pair{"580", ""}, std::pair{"606", "25"}}) {
-            rig.tab().frequencyEdit->setText(typed);
+            rig.tab().frequencyEdit->selectAll();
+            QTest::keyClicks(rig.tab().frequencyEdit, typed);
             QTest::keyClick(rig.tab().frequencyEdit, Qt::Key_Return);
             QCOMPARE(rig.tab().tvChannelEdit->text(), channel);
         }

@@ -38,19 +38,17 @@ public:
     explicit FakeHost(Context &ctx) : m_ctx(ctx) {}
 
     RfTools *tools = nullptr;
-    QString frequencyEdit;
-    QString groupEdit = QStringLiteral("3");
-    QString channelEdit = QStringLiteral("4");
-    double tvFrequency = 0;
+    QStringList tunings; // "off presets 800.000", "cursor 800.025"
     int meterCalls = 0;
     int unloads = 0;
 
     const Receiver &record() const override { return m_ctx.bus.table().at(0); }
     double bandStart() const override { return mhzFromCode(record().bandStartCode); }
     QString codeFromMhz(double mhz) const override { return zun::codeFromMhz(mhz); }
-    void showFrequencyText(const QString &text) override { frequencyEdit = text; }
-    void showOffPreset() override { groupEdit = channelEdit = QStringLiteral("**"); }
-    void showTvChannel(double mhz) override { tvFrequency = mhz; }
+    void rfTuned(const RfTuning &t) override
+    {
+        tunings << (t.kind == RfTuning::Kind::OffPresets ? "off presets " : "cursor ") + formatFreq(t.mhz);
+    }
     void showMeters(const LevelReading &reading) override
     {
         ++meterCalls;
@@ -176,9 +174,7 @@ private slots:
         QTEST((QList<int>{s.rfA, s.rfB, s.levels[0]}), "levels");
         QCOMPARE(s.scanIndex, 1);
         QCOMPARE(b.host.meterCalls, 1);
-        QCOMPARE(b.host.frequencyEdit, "800.000");
-        QCOMPARE(b.host.groupEdit + b.host.channelEdit, "****");
-        QCOMPARE(b.host.tvFrequency, 800.0);
+        QCOMPARE(b.host.tunings, QStringList{"off presets 800.000"});
         QCOMPARE(b.tools.spectrumTab()->frequencyReadout()->text(), QStringLiteral("800.000MHz"));
         QCOMPARE(b.tools.spectrumTab()->runButton()->text(), QStringLiteral("Stop"));
     }
@@ -188,7 +184,7 @@ private slots:
         RfBench b;
         b.receiver.powered = false;
         b.ctx.bus.setWorkMode(WorkMode(3));
-        b.tools.scanStep();
+        QVERIFY(b.tools.scanStep());
         QCOMPARE(b.dialogs.messages(), QStringList{QStringLiteral("RCV01  no response!, address= 5\r\n")});
         QCOMPARE(b.ctx.bus.workMode(), WorkMode(1));
         QCOMPARE(b.host.unloads, 1);
@@ -205,7 +201,7 @@ private slots:
         b.tools.spectrumTab()->runButton()->click();
         int steps = 0;
         while (b.ctx.bus.workMode() == WorkMode(3) && steps < 40) {
-            b.tools.scanStep();
+            QVERIFY(b.tools.scanStep());
             ++steps;
         }
         QCOMPARE(steps, 7);
@@ -221,13 +217,13 @@ private slots:
         SpectrumTab *tab = b.tools.spectrumTab();
         tab->runButton()->click();
         b.clock.advanceMillis(1000);
-        b.tools.scanStep(); // a few ms on the line: just past 0.5 s after midnight
+        QVERIFY(b.tools.scanStep()); // a few ms on the line: just past 0.5 s after midnight
         QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:01:0"));
         tab->runButton()->click(); // stop keeps what was shown
         b.clock.advanceMillis(60000);
         tab->runButton()->click();
         b.clock.advanceMillis(2300);
-        b.tools.scanStep();
+        QVERIFY(b.tools.scanStep());
         QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:03:3"));
         tab->clearButton()->click();
         QCOMPARE(tab->elapsedLabel()->text(), QStringLiteral(" 00:00:00:0"));
@@ -239,12 +235,14 @@ private slots:
         b.tools.spectrum().pointerMoved(63.4, Qt::LeftButton);
         QCOMPARE(b.tools.scanState().scanIndex, 10);
         QVERIFY(b.written().isEmpty());
+        QVERIFY(b.host.tunings.isEmpty());
         QCOMPARE(b.tools.spectrumTab()->frequencyReadout()->text(), QStringLiteral("800.250MHz"));
         b.tools.spectrum().pointerMoved(900, Qt::NoButton); // remembered, clamped to the width
         QCOMPARE(b.tools.scanState().scanIndex, 10);
         b.ctx.bus.setWorkMode(WorkMode(3));
         b.tools.spectrum().pictureClicked();
         QCOMPARE(b.written(), QStringList{kCommand(b.codeOfPoint(100))});
+        QCOMPARE(b.host.tunings, QStringList{"cursor 802.500"});
         // A running scan carries on from there.
         QCOMPARE(b.tools.scanState().scanIndex, 100);
         QCOMPARE(b.ctx.bus.workMode(), WorkMode(3));
@@ -261,7 +259,7 @@ private slots:
             b.rawByCode[b.codeOfPoint(odd)] = {0xFF, 0xFF};
         b.ctx.bus.setWorkMode(WorkMode::Scan);
         for (int k = 0; k < 5; ++k)
-            b.tools.scanStep();
+            QVERIFY(b.tools.scanStep());
         const ScanState &s = b.tools.scanState();
         const PlotGeometry &g = s.geometry;
         const int even = g.levelY(s.levels[0]);
@@ -289,7 +287,7 @@ private slots:
         tab->runButton()->click();
         QCOMPARE(int(b.ctx.bus.workMode()), 4); // the recorder took over the line
         for (int k = 0; k < 400; ++k)
-            b.tools.recorderStep();
+            QVERIFY(b.tools.recorderStep());
         QCOMPARE(tab->dbmReadoutA()->text() + ' ' + tab->microvoltReadoutA()->text() + ' ' +
                      tab->microvoltReadoutB()->text(),
                  "-47.0dBm 1000uV 1uV");
@@ -324,7 +322,7 @@ private slots:
         b.rawElsewhere = {0x00, 0xFF};
         b.host.recorderRead();
         b.rawByCode[b.codeOfPoint(0)] = {0xFF, 0x00};
-        b.tools.scanStep(); // the scan's readings are counted as well
+        QVERIFY(b.tools.scanStep()); // the scan's readings are counted as well
         QCOMPARE(panel->countA()->text(), QStringLiteral("1"));
         QCOMPARE(panel->countB()->text(), QStringLiteral("1"));
         panel->clearButton()->click();
@@ -406,7 +404,7 @@ private slots:
         for (int sweep = 0; sweep < 2; ++sweep) {
             b.rawByCode[b.codeOfPoint(2)] = sweep == 0 ? std::pair{0xC0, 0x10} : std::pair{0x20, 0x10};
             for (int i = 0; i < 3; ++i)
-                b.tools.scanStep();
+                QVERIFY(b.tools.scanStep());
         }
         const ScanState &s = b.tools.scanState();
         QVERIFY(s.holds.trace(HoldTraces::Max)[2] > s.levels[2]);
