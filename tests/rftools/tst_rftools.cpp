@@ -1,6 +1,4 @@
-// The RF tools in their tabs on the simulated line: scan, recorder, drop
-// counter, and the files they write and read. The simulator's readings fade
-// and drift, so the one receiver at address 5 has its RF readings pinned.
+// The RF tools in their tabs on the simulated line; receiver 5's drifting RF readings are pinned.
 #include "coordination/scancsv.h"
 #include "core/context.h"
 #include "core/rftoolspanel.h"
@@ -83,9 +81,11 @@ struct RfBench
     RfTools tools{ctx, host, &window};
 
     // The clock keeps its time of day through the detection.
-    explicit RfBench(int bandWidth = 12, int squelch = 20)
-        : receiver(sim.addReceiver(receiverAt5(bandWidth, squelch)))
+    explicit RfBench(int bandWidth = 12, int squelch = 20) : receiver(sim.addReceiver(5))
     {
+        receiver.name = "RCV01 ";
+        receiver.bandWidth = bandWidth;
+        receiver.squelch = squelch;
         sim.pinLevels([this](const SimReceiver &, int code) {
             const auto it = rawByCode.find(code);
             const auto [a, b] = it == rawByCode.end() ? rawElsewhere : it->second;
@@ -105,15 +105,6 @@ struct RfBench
         line.clearWritten();
         tools.load();
     }
-    static SimReceiver receiverAt5(int bandWidth, int squelch)
-    {
-        SimReceiver r;
-        r.address = 5;
-        r.name = "RCV01 ";
-        r.bandWidth = bandWidth;
-        r.squelch = squelch;
-        return r;
-    }
     int codeOfPoint(int i) const { return parseHex(host.record().bandStartCode) + i; }
     QStringList written() const
     {
@@ -123,11 +114,6 @@ struct RfBench
         return frames;
     }
 };
-
-QString kCommand(int code)
-{
-    return QStringLiteral("#05K") + formatHex(code, 4) + QLatin1Char('\r');
-}
 
 QString readText(const QString &path)
 {
@@ -241,7 +227,7 @@ private slots:
         QCOMPARE(b.tools.scanState().scanIndex, 10);
         b.ctx.bus.setWorkMode(WorkMode(3));
         b.tools.spectrum().pictureClicked();
-        QCOMPARE(b.written(), QStringList{kCommand(b.codeOfPoint(100))});
+        QCOMPARE(b.written(), QStringList{"#05K" + formatHex(b.codeOfPoint(100), 4) + "\r"});
         QCOMPARE(b.host.tunings, QStringList{"cursor 802.500"});
         // A running scan carries on from there.
         QCOMPARE(b.tools.scanState().scanIndex, 100);
@@ -314,7 +300,7 @@ private slots:
 
     void dropsCountedThroughMeters()
     {
-        RfBench b; // squelch 20
+        RfBench b;
         QCOMPARE(b.tools.spectrumTab()->plot()->squelchLine()->row(),
                  b.tools.scanState().yOf(b.tools.scanState().squelchLevel));
         DropCounterPanel *panel = b.tools.dropCounterPanel();
@@ -373,15 +359,17 @@ private slots:
     {
         HoldTraces h;
         h.resize(2);
-        h.setEnabled(HoldTraces::Max, true);
-        h.setEnabled(HoldTraces::Min, true);
+        for (auto kind : {HoldTraces::Max, HoldTraces::Min})
+            h.setEnabled(kind, true);
         for (const QList<int> &sweep : {QList<int>{10, -1, 3}, {30, -1, 3}, {20, -1, 1}})
             for (int i = 0; i < sweep.size(); ++i)
                 if (sweep[i] >= 0)
                     h.record(i, sweep[i]);
-        auto asList = [](const std::vector<std::int16_t> &v) { return QList<int>(v.begin(), v.end()); };
-        QCOMPARE(asList(h.trace(HoldTraces::Max)), (QList<int>{30, -1, 3}));
-        QCOMPARE(asList(h.trace(HoldTraces::Min)), (QList<int>{10, -1, 1}));
+        const auto trace = [&h](HoldTraces::Kind k) {
+            return QList<int>(h.trace(k).begin(), h.trace(k).end());
+        };
+        QCOMPARE(trace(HoldTraces::Max), (QList<int>{30, -1, 3}));
+        QCOMPARE(trace(HoldTraces::Min), (QList<int>{10, -1, 1}));
         h.setEnabled(HoldTraces::Min, false);
         h.record(0, 99);
         QVERIFY(!h.holdsAny(HoldTraces::Min));
@@ -425,12 +413,10 @@ private slots:
         QVERIFY(readText(sheet).startsWith(QStringLiteral("Frequency (MHz);Level (dBm)\n800,000;")));
         QCOMPARE(readText(sheet).count(QLatin1Char('\n')), 4);
 
-        const QString bad = dir.filePath(QStringLiteral("bad.csv"));
-        QFile badFile(bad);
-        QVERIFY(badFile.open(QIODevice::WriteOnly));
-        QVERIFY(badFile.write("800.000,-90.0\n950.000,-80.0\n") > 0);
-        badFile.close();
-        b.dialogs.queueFileName(bad);
+        QFile bad(dir.filePath(QStringLiteral("bad.csv")));
+        QVERIFY(bad.open(QIODevice::WriteOnly) && bad.write("800.000,-90.0\n950.000,-80.0\n") > 0);
+        bad.close();
+        b.dialogs.queueFileName(bad.fileName());
         tab->importButton()->click();
         QVERIFY(b.dialogs.messages().last().contains(QStringLiteral("Line 2:")));
         QVERIFY(s.reference.empty());
