@@ -60,6 +60,7 @@ struct DetailRig : TestBed
     }
 
     SimBus &bus = attachReceivers(1, {});
+    SimReceiver &receiver = bus.addReceiver(5);
     MainWindow *main = nullptr;
     QPointer<DetailWindow> form;
 };
@@ -110,7 +111,6 @@ private slots:
         QFETCH(QString, shown);
         QFETCH(QString, sent);
         DetailRig rig;
-        rig.bus.addReceiver(5);
         rig.open();
         QLineEdit *box = rig.tab().nameEdit;
         box->clear();
@@ -180,7 +180,7 @@ private slots:
         QFETCH(QString, presses);
         DetailRig rig;
         QFETCH(int, squelch);
-        rig.bus.addReceiver(5).squelch = squelch;
+        rig.receiver.squelch = squelch;
         rig.open();
         auto *b = rig.widget<QPushButton>(qPrintable(button));
         const QPointF at = b->rect().center();
@@ -215,7 +215,7 @@ private slots:
         QFETCH(int, end);
         QFETCH(double, seconds);
         DetailRig rig;
-        rig.bus.addReceiver(5).squelch = start;
+        rig.receiver.squelch = start;
         rig.open();
         auto *b = rig.widget<QPushButton>(qPrintable(button));
         const QPointF at = b->rect().center();
@@ -258,7 +258,6 @@ private slots:
         QFETCH(QString, meanwhile);
         DetailRig rig;
         rig.settings.save("KESTA_ZUN", "Function", "MainKOB", "1");
-        rig.bus.addReceiver(5);
         rig.bus.addReceiver(6);
         rig.open();
         QWidget *frame1 = rig.widget("Frame1");
@@ -304,7 +303,6 @@ private slots:
     {
         QFETCH(QStringList, steps);
         DetailRig rig;
-        rig.bus.addReceiver(5);
         rig.open();
         rig.form->tabs()->setCurrentIndex(1);
         QPointer<QPushButton> run = rig.widget<QPushButton>("SP_Run");
@@ -360,9 +358,8 @@ private slots:
         QFETCH(bool, offAtOpen);
         QFETCH(QStringList, steps);
         DetailRig rig;
-        SimReceiver &receiver = rig.bus.addReceiver(5);
-        receiver.manual = offAtOpen;
-        receiver.manualCode = 0x7A12;
+        rig.receiver.manual = offAtOpen;
+        rig.receiver.manualCode = 0x7A12;
         rig.open();
         QLineEdit *frequency = rig.tab().frequencyEdit;
         for (const QString &step : steps) {
@@ -410,9 +407,8 @@ private slots:
         QCOMPARE(saved(), QString::number(checked));
 
         // A choice from the menu is saved at once and followed by the TV box.
-        SimReceiver &receiver = rig.bus.addReceiver(5);
-        receiver.bandStartCode = 0x3C0A; // 450..650 MHz
-        receiver.bandWidth = 8000;
+        rig.receiver.bandStartCode = 0x3C0A; // 450..650 MHz
+        rig.receiver.bandWidth = 8000;
         rig.open();
         option.findChild<QAction *>("mnuTV_China")->trigger();
         QCOMPARE(saved(), "1");
