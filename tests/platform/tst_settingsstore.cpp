@@ -63,9 +63,11 @@ private slots:
         QCOMPARE(store.get(kApp, "MSComm", "Missing"), QString());
     }
 
-    // Garbage reads as empty (values of every kind are covered at start-up), and a save over it lands.
-    void damagedFile()
+    // Garbage reads as empty (values of every kind are covered at start-up), and a save over it lands;
+    // a save into a missing folder says why.
+    void damagedFileOrFolder()
     {
+        QVERIFY(!saveSettingsFile(m_config.filePath("missing/rack.zun"), "x").isEmpty());
         QVERIFY(QDir().mkpath(m_config.filePath("ZunDamaged")));
         QFile f(storeFile("ZunDamaged"));
         QVERIFY(f.open(QIODevice::WriteOnly));
@@ -158,11 +160,6 @@ private slots:
                 QVERIFY(bed.ctx.bus.programReceiver(line));
             QCOMPARE(bed.framesSent(), writes);
         }
-    }
-
-    void savingIntoAMissingFolderSaysWhy()
-    {
-        QVERIFY(!saveSettingsFile(m_config.filePath("missing/rack.zun"), "x").isEmpty());
     }
 
 private:
