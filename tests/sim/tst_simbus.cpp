@@ -89,7 +89,8 @@ private slots:
         QVERIFY2(a.count('x') < 215, qPrintable(QString::number(a.count('x'))));
     }
 
-    // The reply's timing on the line is pinned by the wire transcripts; these are the port's states.
+    // The reply's timing on the line is pinned by the wire transcripts; these are the port's states,
+    // and the written history a demo running for hours keeps: only the latest frames.
     void linePortsOpenOnlyWhereABusIs()
     {
         VirtualClock clock;
@@ -114,13 +115,7 @@ private slots:
         QCOMPARE(line.readAll(), QByteArray("$05\r"));
         line.close();
         QVERIFY(!line.write("%05L\r"));
-    }
 
-    // The demo runs for hours: the line remembers only its latest frames.
-    void writtenHistoryIsBounded()
-    {
-        VirtualClock clock;
-        SimSerialLine line(clock);
         line.attachBus(1, nullptr);
         QVERIFY(line.open());
         line.setWrittenLimit(10);
