@@ -119,33 +119,29 @@ private slots:
     // A single sweep stops only on the last point, which a step may jump over.
     void stopReached_data()
     {
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<int>("index");
-        QTest::addColumn<int>("level");
-        QTest::addColumn<int>("squelchLevel");
+        QTest::addColumn<SweepMode>("mode");
+        QTest::addColumn<QList<int>>("state"); // index, level, squelch level
         QTest::addColumn<bool>("stops");
         using M = SweepMode;
-        QTest::newRow("halt: floor, squelch 0") << int(M::Halt) << 0 << 1 << 0 << false;
-        QTest::newRow("halt: above floor and squelch") << int(M::Halt) << 0 << 2 << 1 << true;
-        QTest::newRow("halt: equal to squelch") << int(M::Halt) << 0 << 40 << 40 << false;
-        QTest::newRow("halt: one above squelch") << int(M::Halt) << 0 << 41 << 40 << true;
-        QTest::newRow("single: on the last point") << int(M::Single) << 10 << 1 << 0 << true;
-        QTest::newRow("single: short of it") << int(M::Single) << 9 << 99 << 0 << false;
-        QTest::newRow("continuous never") << int(M::Continuous) << 10 << 99 << 0 << false;
+        QTest::newRow("halt: floor, squelch 0") << M::Halt << QList<int>{0, 1, 0} << false;
+        QTest::newRow("halt: above floor and squelch") << M::Halt << QList<int>{0, 2, 1} << true;
+        QTest::newRow("halt: equal to squelch") << M::Halt << QList<int>{0, 40, 40} << false;
+        QTest::newRow("halt: one above squelch") << M::Halt << QList<int>{0, 41, 40} << true;
+        QTest::newRow("single: on the last point") << M::Single << QList<int>{10, 1, 0} << true;
+        QTest::newRow("single: short of it") << M::Single << QList<int>{9, 99, 0} << false;
+        QTest::newRow("continuous never") << M::Continuous << QList<int>{10, 99, 0} << false;
     }
     void stopReached()
     {
-        QFETCH(int, mode);
-        QFETCH(int, index);
-        QFETCH(int, level);
+        QFETCH(SweepMode, mode);
+        QFETCH(QList<int>, state);
         ScanState s = scanOf(10, 1);
-        s.scanIndex = index;
-        QFETCH(int, squelchLevel);
-        s.squelchLevel = squelchLevel;
-        s.rfA = level;
+        s.scanIndex = state[0];
+        s.rfA = state[1];
         s.rfB = 0;
+        s.squelchLevel = state[2];
         s.storeLevel();
-        QTEST(s.stopReached(SweepMode(mode)), "stops");
+        QTEST(s.stopReached(mode), "stops");
     }
 
     void peakWalkOnEqualLevels_data()
