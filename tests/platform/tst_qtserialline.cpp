@@ -85,28 +85,33 @@ private slots:
             ::close(m_master);
     }
 
-    void settingsTakeEffectAtOpen()
+    // Settings take effect at open and at once on the open port, input left from before is discarded,
+    // and the pty opens though it refuses RTS.
+    void openLine()
     {
         QVERIFY(m_line->applySettings("9600,E,7,2"));
         QVERIFY(!m_line->applySettings("9600,N,9,1")); // a bad text leaves the last good one
+        QCOMPARE(::write(m_master, "$01 left over from before\n", 26), 26);
+        m_line->setTextMode();
+        m_line->setRequestToSend(true);
         QVERIFY(m_line->open());
+        QVERIFY(m_line->isOpen());
         // The master reports its slave's settings; a pty forces 8 data bits and no parity.
         termios tio{};
         QCOMPARE(::tcgetattr(m_master, &tio), 0);
         QCOMPARE(::cfgetospeed(&tio), speed_t(B9600));
         QVERIFY(tio.c_cflag & CSTOPB);
-        QVERIFY(m_line->applySettings("115200,N,8,1")); // applied to the open port at once
+        QVERIFY(m_line->applySettings("115200,N,8,1"));
         QCOMPARE(::tcgetattr(m_master, &tio), 0);
         QCOMPARE(::cfgetospeed(&tio), speed_t(B115200));
         QVERIFY(!(tio.c_cflag & CSTOPB));
-    }
 
-    void opensPtyThoughRequestToSendFails()
-    {
-        m_line->setTextMode();
-        m_line->setRequestToSend(true);
-        QVERIFY(m_line->open());
-        QVERIFY(m_line->isOpen());
+        receive(m_master, 50); // echo of the canonical-mode terminal before it went raw
+        QCOMPARE(m_line->bytesWaiting(), 0);
+        QCOMPARE(::write(m_master, "$01", 3), 3);
+        QTRY_COMPARE(m_line->bytesWaiting(), 3);
+        QCOMPARE(m_line->readAll(), QByteArray("$01"));
+
         m_line->selectPort(5); // the open port keeps its number
         QCOMPARE(m_line->portNumber(), 3);
         m_line->setRequestToSend(true);
@@ -118,17 +123,6 @@ private slots:
         m_line->close();
         QVERIFY(!m_line->isOpen());
         QVERIFY(!m_line->write("x"));
-    }
-
-    void staleInputIsDiscardedAtOpen()
-    {
-        QCOMPARE(::write(m_master, "$01 left over from before\n", 26), 26);
-        QVERIFY(m_line->open());
-        receive(m_master, 50); // echo of the canonical-mode terminal before it went raw
-        QCOMPARE(m_line->bytesWaiting(), 0);
-        QCOMPARE(::write(m_master, "$01", 3), 3);
-        QTRY_COMPARE(m_line->bytesWaiting(), 3);
-        QCOMPARE(m_line->readAll(), QByteArray("$01"));
     }
 
     // A device that sends without end holds no more than the longest reply;
