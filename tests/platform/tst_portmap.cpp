@@ -86,28 +86,23 @@ private slots:
     {
         QFETCH(QStringList, enumerated);
         QFETCH(QString, console);
-
         MemorySettingsStore store;
-        const QString consoleFile = m_dir.filePath("console-active");
-        QFile file(consoleFile);
+        QFile file(m_dir.filePath("console-active"));
         QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(console.toLatin1());
+        QCOMPARE(file.write(console.toLatin1()), console.size());
         file.close();
         if (console.isEmpty())
             QVERIFY(file.remove());
         int calls = 0;
-        PortMap map(
-            store,
-            [&] {
-                ++calls;
-                return enumerated;
-            },
-            consoleFile);
+        const PortMap::Enumerator counted = [&] {
+            ++calls;
+            return enumerated;
+        };
+        PortMap map(store, counted, file.fileName());
         QStringList mapped;
-        for (int n = 1; n <= PortMap::kPortCount; ++n) {
+        for (int n = 1; n <= PortMap::kPortCount; ++n)
             if (!map.devicePath(n).isEmpty())
                 mapped.append(map.devicePath(n));
-        }
         QTEST(mapped, "expected");
         QCOMPARE(calls, 1); // numbers stay put for the whole run
     }
