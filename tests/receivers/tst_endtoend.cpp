@@ -109,22 +109,30 @@ private slots:
         QTRY_COMPARE(topics.field("zunoria/COM3/info", "receivers"), "64");
         QCOMPARE(topics.field("zunoria/COM3/info", "port"), "COM3");
 
-        // A second program claiming the same line on the broker says so and
-        // leaves the first one's topics alone.
+        // A second program, zunoria --headless with no display at all, claiming the same line on the
+        // broker says so and leaves the first one's topics alone; it polls, and SIGTERM ends it as Exit does.
         {
             Child otherSim, other;
-            const QString otherDevice = startSimulator(otherSim, {"--count", "64"});
+            const QString otherLog = dir.filePath("frames.log");
+            const QString otherDevice = startSimulator(otherSim, {"--count", "64", "--log", otherLog});
             const int statusCount = topics.counts.value("zunoria/COM3/status");
             const QString owner = topics.field("zunoria/COM3/info", "pid");
             const QByteArray said =
                 startHeadless(other, dir.filePath("other"), otherDevice,
                               {"--line", "COM3", "--mqtt", QStringLiteral("127.0.0.1:%1").arg(mqttPort)});
+            QVERIFY2(said.contains("zunoria: COM3: 64 receivers found"), said.constData());
             QVERIFY(QTest::qWaitFor(
                 [&] { return (said + other.process.readAllStandardError()).contains("already used"); },
                 5000));
             QCOMPARE(topics.field("zunoria/COM3/info", "pid"), owner);
             QCOMPARE(topics.counts.value("zunoria/COM3/status"), statusCount);
             QCOMPARE(topics.latest.value("zunoria/COM3/status"), "online");
+            QTRY_VERIFY(framesInLog(otherLog, "%03N") > 5);
+            ::kill(static_cast<pid_t>(other.process.processId()), SIGTERM);
+            QVERIFY(other.process.waitForFinished(5000));
+            QCOMPARE(other.process.exitStatus(), QProcess::NormalExit);
+            QCOMPARE(other.process.exitCode(), 0);
+            QTRY_COMPARE(framesInLog(otherLog, "#00A0"), 3);
         }
         QWebSocket page(QStringLiteral("http://127.0.0.1:%1").arg(options.feeds.webPort));
         QString dashboard;
@@ -186,26 +194,6 @@ private slots:
         QVERIFY2(offline > 0, text.constData());
         QVERIFY2(text.indexOf(",back,7,", offline) > offline, text.constData());
         QTRY_COMPARE(topics.latest.value("zunoria/COM3/status"), "offline");
-    }
-
-    // zunoria --headless with no display at all: it finds the receivers,
-    // reports in lines, and SIGTERM ends it as Exit does.
-    void headlessRunsWithoutADisplayAndEndsOnSigterm()
-    {
-        QTemporaryDir dir;
-        Child sim;
-        const QString logPath = dir.filePath("frames.log");
-        const QString device = startSimulator(sim, {"--count", "64", "--log", logPath});
-        QVERIFY2(!device.isEmpty(), "zunoria-sim not built beside the tests");
-        Child program;
-        const QByteArray output = startHeadless(program, dir.path(), device, {"--line", "stageA"});
-        QVERIFY2(output.contains("zunoria: stageA: 64 receivers found"), output.constData());
-        QTRY_VERIFY(framesInLog(logPath, "%03N") > 5); // polling
-        ::kill(static_cast<pid_t>(program.process.processId()), SIGTERM);
-        QVERIFY(program.process.waitForFinished(5000));
-        QCOMPARE(program.process.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(program.process.exitCode(), 0);
-        QTRY_COMPARE(framesInLog(logPath, "#00A0"), 3);
     }
 
     // The adapter is pulled under the running program (the simulator dies and
