@@ -203,11 +203,7 @@ private slots:
         const double rate = 0.05 / 7;
         bus.setFaultRates({rate, rate, rate, rate, rate, rate, rate});
         const std::uint64_t pollsBefore = line.pollTransactions;
-        std::uint64_t offline = 0;
-        std::uint64_t clicks = 0;
-        std::uint64_t recoveries = 0;
-        std::uint64_t wrongfulOffline = 0;
-        std::uint64_t refusedComebacks = 0;
+        std::uint64_t offline = 0, clicks = 0, recoveries = 0, wrongfulOffline = 0, refusedComebacks = 0;
         std::size_t heapAtHalf = 0;
         const std::uint64_t target = 100000;
         while (line.pollTransactions - pollsBefore < target) {
