@@ -1,7 +1,4 @@
-// The detail window's controls as the user meets them: the name box, the
-// squelch buttons, the KOB lock, the scan's Run/Stop caption and the TV region
-// menu; and the rules it shows with: frequency codes, the "000.000" form and
-// the TV channel plans.
+// The detail window's controls as the user meets them, and the frequency and TV channel rules it shows.
 #include "detail/detailwindow.h"
 #include "detail/settingstab.h"
 #include "mainscreen/imagesign.h"
