@@ -127,10 +127,7 @@ private slots:
             std::vector<int> all(64);
             std::iota(all.begin(), all.end(), 1);
             bed.attachReceivers(1, all);
-            bed.ctx.bus.options().port = 1;
-            QVERIFY(bed.ctx.bus.openLine());
-            bed.ctx.bus.table().resize(64);
-            bed.ctx.bus.detectReceivers(PortSearch::CurrentPort);
+            QVERIFY(bed.startHeadless());
             bed.ctx.bus.options().retries = 0; // a receiver may refuse odd bytes; one frame each
             bed.line.clearWritten();
             QList<Receiver> records;
