@@ -43,28 +43,6 @@ struct DetailRig : TestBed
     }
 
     SettingsTab &tab() { return form->settings(); }
-    // "click <name>", "tab <n>", "type <text>" into the frequency box (no Enter), "enter" there,
-    // "scan" one point, or "silent step": one point with the receiver gone.
-    void play(const QString &step)
-    {
-        const QString arg = step.section(' ', 1);
-        QLineEdit *frequency = tab().frequencyEdit;
-        if (step == "click PB_Spec") {
-            QTest::mouseClick(widget("PB_Spec"), Qt::LeftButton, {}, QPoint(0, 10));
-        } else if (step.startsWith("click ")) {
-            widget<QAbstractButton>(qPrintable(arg))->click();
-        } else if (step.startsWith("tab ")) {
-            form->tabs()->setCurrentIndex(arg.toInt());
-        } else if (step.startsWith("type ")) {
-            frequency->selectAll();
-            QTest::keyClicks(frequency, arg);
-        } else if (step == "enter") {
-            QTest::keyClick(frequency, Qt::Key_Return);
-        } else {
-            receiver.powered = step != "silent step";
-            QVERIFY(form->scanStep());
-        }
-    }
     template <typename W = QWidget> W *widget(const char *name) { return form->findChild<W *>(name); }
     // Frames written since the window opened, carriage returns dropped.
     QString frames() const { return framesSent().join(QString()).remove(QLatin1Char('\r')); }
@@ -292,13 +270,11 @@ private slots:
     // tab control say so, not with every change of the work mode.
     void runCaption_data()
     {
-        QTest::addColumn<QStringList>("steps"); // as DetailRig::play takes them
+        QTest::addColumn<QStringList>("steps"); // a widget clicked, "tab n", or "silent step"
         QTest::addColumn<QStringList>("captions");
-        QTest::newRow("recorder takes over")
-            << QStringList{"click SP_Run", "tab 2", "click RF_Run", "tab 1", "tab 0"}
-            << QStringList{"Stop", "Stop", "Stop", "Stop", "Run"};
-        QTest::newRow("no response") << QStringList{"click SP_Run", "silent step"}
-                                     << QStringList{"Stop", "Stop"};
+        QTest::newRow("recorder takes over") << QStringList{"SP_Run", "tab 2", "RF_Run", "tab 1", "tab 0"}
+                                             << QStringList{"Stop", "Stop", "Stop", "Stop", "Run"};
+        QTest::newRow("no response") << QStringList{"SP_Run", "silent step"} << QStringList{"Stop", "Stop"};
     }
     void runCaption()
     {
@@ -309,7 +285,14 @@ private slots:
         QPointer<QPushButton> run = rig.widget<QPushButton>("SP_Run");
         QStringList captions;
         for (const QString &step : steps) {
-            rig.play(step);
+            if (step.startsWith("tab ")) {
+                rig.form->tabs()->setCurrentIndex(step.back().digitValue());
+            } else if (step == "silent step") {
+                rig.bus.receiver(5)->powered = false;
+                QVERIFY(rig.form->scanStep());
+            } else {
+                rig.widget<QPushButton>(qPrintable(step))->click();
+            }
             captions << run->text();
         }
         QTEST(captions, "captions");
@@ -320,9 +303,10 @@ private slots:
     // The default receiver: band 800..900 MHz, preset 1/1 at 801.000.
     void tuning_data()
     {
-        QTest::addColumn<bool>("offAtOpen");    // the receiver reports 847.000, no preset
-        QTest::addColumn<QStringList>("steps"); // as DetailRig::play takes them
-        QTest::addColumn<QString>("boxes");     // group, channel, frequency
+        QTest::addColumn<bool>("offAtOpen"); // the receiver reports 847.000, no preset
+        // "click name", "type text" (no Enter), "enter", "scan" one point
+        QTest::addColumn<QStringList>("steps");
+        QTest::addColumn<QString>("boxes"); // group, channel, frequency
         QTest::addColumn<QString>("sent");
         QTest::addColumn<QStringList>("messages");
         const auto row = [](const char *name, bool offAtOpen, const QStringList &steps, const char *boxes,
@@ -354,11 +338,24 @@ private slots:
         rig.receiver.manual = offAtOpen;
         rig.receiver.manualCode = 0x7A12;
         rig.open();
-        for (const QString &step : steps)
-            rig.play(step);
+        QLineEdit *frequency = rig.tab().frequencyEdit;
+        for (const QString &step : steps) {
+            const QString arg = step.section(' ', 1);
+            if (step == "click PB_Spec") {
+                QTest::mouseClick(rig.widget("PB_Spec"), Qt::LeftButton, {}, QPoint(0, 10));
+            } else if (step.startsWith("click ")) {
+                rig.widget<QAbstractButton>(qPrintable(arg))->click();
+            } else if (step.startsWith("type ")) {
+                frequency->selectAll();
+                QTest::keyClicks(frequency, arg);
+            } else if (step == "enter") {
+                QTest::keyClick(frequency, Qt::Key_Return);
+            } else {
+                QVERIFY(rig.form->scanStep());
+            }
+        }
         const SettingsTab &tab = rig.tab();
-        QTEST(QStringList({tab.groupEdit->text(), tab.channelEdit->text(), tab.frequencyEdit->text()})
-                  .join(' '),
+        QTEST(QStringList({tab.groupEdit->text(), tab.channelEdit->text(), frequency->text()}).join(' '),
               "boxes");
         QTEST(rig.frames(), "sent");
         QTEST(rig.dialogs.messages(), "messages");
