@@ -30,11 +30,6 @@ int measureAndAdvance(ScanState &s)
     s.advance();
     return measured;
 }
-
-QList<int> asList(const IndexArray &a)
-{
-    return QList<int>(a.begin(), a.end());
-}
 } // namespace
 
 class TstRfState : public QObject
@@ -164,7 +159,7 @@ private slots:
         ScanState s = scanOf(n, 1);
         s.levels.assign(levels.begin(), levels.end());
         QVERIFY(s.goToStrongest());
-        QTEST(asList(s.peakOrder), "order");
+        QTEST(QList<int>(s.peakOrder.begin(), s.peakOrder.end()), "order");
         QList<int> visited{s.scanIndex};
         while (visited.size() < walk.size()) {
             QVERIFY(s.goToNextPeak());
