@@ -28,7 +28,6 @@ struct Rig
         bed.line.clearWritten();
         log.clear();
     }
-    QStringList frames() const { return bed.framesSent(); }
 
     TestBed bed;
     SimBus *sim = nullptr;
@@ -164,7 +163,7 @@ private slots:
         QCOMPARE(phases.first(), KobPhase::Started);
         QCOMPARE(int(phases.at(phases.size() - 2)), outcome);
         QCOMPARE(phases.last(), KobPhase::Ended);
-        QCOMPARE(rig.frames().first(), "%05O\r");
+        QCOMPARE(rig.bed.framesSent().first(), "%05O\r");
         QCOMPARE(rig.bed.framesSent("#05A1").isEmpty(), userStops);
         QVERIFY(rig.bed.virtualSeconds() > (userStops ? 1.8 : 2.5));
     }
@@ -202,7 +201,7 @@ private slots:
         const auto point = rig.detail.scanStep(4, 800.1);
         QVERIFY(point);
         QVERIFY(point->code == "72BE");
-        QCOMPARE(rig.frames(), QStringList{"#05E72BE\r"});
+        QCOMPARE(rig.bed.framesSent(), QStringList{"#05E72BE\r"});
         QVERIFY(rig.bus.table().at(0).manualFreq);
         QCOMPARE(rig.bus.table().at(0).manualFreqCode, "72BE");
         QCOMPARE(points.size(), 1);
