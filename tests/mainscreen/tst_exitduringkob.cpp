@@ -35,8 +35,7 @@ private slots:
         VirtualClock &clock = bed.clock;
         const auto &written = bed.line.written();
 
-        std::uint64_t askedAt = 0;
-        std::uint64_t endedAt = 0;
+        std::uint64_t askedAt = 0, endedAt = 0;
         std::size_t framesBefore = 0;
         QStringList framesToEnd;
         bed.ctx.endProgram = [&] {
