@@ -82,27 +82,21 @@ private slots:
 
     void outgoing_data()
     {
-        QTest::addColumn<int>("baud");
-        QTest::addColumn<int>("parity");
-        QTest::addColumn<int>("stopBits");
+        QTest::addColumn<LineSettings>("settings");
         QTest::addColumn<QByteArray>("commands");
         QTest::newRow("38400 even 2")
-            << 38400 << int(QSerialPort::EvenParity) << int(QSerialPort::TwoStop)
+            << LineSettings{38400, QSerialPort::EvenParity, QSerialPort::Data7, QSerialPort::TwoStop}
             << hex("fffa2c0100009600fff0 fffa2c0207fff0 fffa2c0303fff0 fffa2c0402fff0");
         QTest::newRow("0xFF in the speed")
-            << 0x1FFFF << int(QSerialPort::MarkParity) << int(QSerialPort::OneAndHalfStop)
+            << LineSettings{0x1FFFF, QSerialPort::MarkParity, QSerialPort::Data7, QSerialPort::OneAndHalfStop}
             << hex("fffa2c010001fffffffffff0 fffa2c0207fff0 fffa2c0304fff0 fffa2c0403fff0");
     }
     void outgoing()
     {
-        QFETCH(int, baud);
-        QFETCH(int, parity);
-        QFETCH(int, stopBits);
+        QFETCH(LineSettings, settings);
         Rfc2217Session session;
         session.start(k9600, false);
         session.receive(hex("fffd2c"));
-        const LineSettings settings{baud, QSerialPort::Parity(parity), QSerialPort::Data7,
-                                    QSerialPort::StopBits(stopBits)};
         QTEST(session.configure(settings, false), "commands");
         QCOMPARE(Rfc2217Session::escape(hex("41ff42ff")), hex("41ffff42ffff"));
     }
