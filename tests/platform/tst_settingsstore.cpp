@@ -20,9 +20,7 @@ const QString kApp = QStringLiteral("KESTA_ZUN");
 
 ino_t inodeOf(const QString &path)
 {
-    struct stat info
-    {
-    };
+    struct stat info = {};
     return ::stat(QFile::encodeName(path).constData(), &info) == 0 ? info.st_ino : 0;
 }
 } // namespace
