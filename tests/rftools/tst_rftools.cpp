@@ -37,8 +37,7 @@ public:
 
     RfTools *tools = nullptr;
     QStringList tunings; // "off presets 800.000", "cursor 800.025"
-    int meterCalls = 0;
-    int unloads = 0;
+    int meterCalls = 0, unloads = 0;
 
     const Receiver &record() const override { return m_ctx.bus.table().at(0); }
     double bandStart() const override { return mhzFromCode(record().bandStartCode); }
