@@ -1,5 +1,4 @@
 #include "core/options.h"
-#include "link/ports.h"
 #include "mainscreen/mainwindow.h"
 #include "mainscreen/rcvpanel.h"
 #include "mainscreen/splashwindow.h"

@@ -1,6 +1,5 @@
 #include "link/transaction.h"
 #include "platform/clock.h"
-#include "platform/linesettings.h"
 #include "platform/portmap.h"
 #include "platform/qtserialline.h"
 #include "platform/settingsstore.h"

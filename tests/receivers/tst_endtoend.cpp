@@ -12,9 +12,7 @@
 #include <QAbstractEventDispatcher>
 #include <QAction>
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
-#include <QJsonArray>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>

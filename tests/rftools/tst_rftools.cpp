@@ -10,7 +10,6 @@
 #include "rftools/recorderplot.h"
 #include "rftools/recordertab.h"
 #include "rftools/rftools.h"
-#include "rftools/scanfiles.h"
 #include "rftools/scanplot.h"
 #include "rftools/scansweep.h"
 #include "rftools/scantab.h"
