@@ -53,7 +53,7 @@ LevelReading DetailSession::reading(const LevelReply &raw)
         // feeds keep the poll's.
         r->levels = d;
         const int address = r->address;
-        emit m_bus.levelsRead(*r);
+        emit m_bus.levelsRead(Receiver(*r));
         if (m_drops.textA() != dropsA)
             emit m_bus.signalDropped(address, QLatin1Char('A'), m_drops.textA().toInt());
         if (m_drops.textB() != dropsB)

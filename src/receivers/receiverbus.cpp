@@ -74,7 +74,7 @@ bool ReceiverBus::exchange(const Exchange &exchange, QString *replyOut)
 void ReceiverBus::announceChange(int index)
 {
     if (m_table.validIndex(index))
-        emit receiverChanged(m_table.at(index));
+        emit receiverChanged(Receiver(m_table.at(index)));
 }
 
 // --- detection ---------------------------------------------------------------
@@ -128,7 +128,7 @@ bool ReceiverBus::searchCurrentPort()
         if (const auto id = parseIdentification(reply, address)) {
             const int index = m_table.addFound(address, *id);
             if (index >= 0)
-                emit receiverFound(m_table.at(index));
+                emit receiverFound(Receiver(m_table.at(index)));
         }
         processEvents();
         if (m_skip && m_skip())
@@ -200,12 +200,14 @@ bool ReceiverBus::pollAllLevels()
             processEvents();
             continue;
         }
-        r->online = false;
+        // A listener of the exchange may have rebuilt the table meanwhile.
+        if (Receiver *now = m_table.find(i))
+            now->online = false;
         // Something answered, so the receiver is there: a disturbed reply
         // is worth a second look. Silence through every retry means gone.
         if (reply.isEmpty() || !answersAgain(i)) {
             emit panelOffline(i);
-            emit wentOffline(m_table.at(i));
+            emit wentOffline(Receiver(m_table.at(i)));
         }
         processEvents();
     }
@@ -220,7 +222,7 @@ bool ReceiverBus::pollAllLevels()
         const LevelReading reading = readLevels(*raw, r.squelch, m_levelTable, m_table.battery(i));
         m_table.takeLevels(i, reading);
         emit panelLevels(i, reading);
-        emit levelsRead(m_table.at(i));
+        emit levelsRead(Receiver(m_table.at(i)));
     }
     emit passEnded(asked);
     return asked > 0;
@@ -240,7 +242,7 @@ bool ReceiverBus::answersAgain(int index)
         m_table.fill(index, *id);
         // Somebody may have set the receiver by hand meanwhile.
         if (m_table.at(index) != before)
-            emit receiverChanged(m_table.at(index));
+            emit receiverChanged(Receiver(m_table.at(index)));
         return true;
     }
     return false;
@@ -261,7 +263,8 @@ void ReceiverBus::readTextA(int index)
     QString reply;
     exchange(frames::textA(r->address), &reply);
     const auto field = parseTextA(reply);
-    r->textA = field ? field->text : QString();
+    if (Receiver *now = m_table.find(index))
+        now->textA = field ? field->text : QString();
 }
 
 void ReceiverBus::readTextB(int index)
@@ -272,7 +275,8 @@ void ReceiverBus::readTextB(int index)
     QString reply;
     exchange(frames::textB(r->address), &reply);
     const auto field = parseTextB(reply);
-    r->textB = field ? field->text : QStringLiteral("    ");
+    if (Receiver *now = m_table.find(index))
+        now->textB = field ? field->text : QStringLiteral("    ");
 }
 
 void ReceiverBus::readTextFields()
@@ -312,7 +316,7 @@ bool ReceiverBus::bringBack(int index)
     if (!id)
         return false;
     m_table.fill(index, *id);
-    emit cameBack(m_table.at(index));
+    emit cameBack(Receiver(m_table.at(index)));
     return true;
 }
 
@@ -327,7 +331,7 @@ std::optional<Identification> ReceiverBus::readBack(int index)
     if (!id)
         return std::nullopt;
     m_table.fill(index, *id);
-    emit receiverChanged(m_table.at(index));
+    emit receiverChanged(Receiver(m_table.at(index)));
     return id;
 }
 
@@ -379,7 +383,7 @@ std::optional<int> ReceiverBus::programReceiver(const SettingsLine &fields)
         r.manualFreq = fields.manualFreq;
         r.mute = fields.mute;
         exchange(frames::settingsWrite(r));
-        emit receiverChanged(m_table.at(i));
+        emit receiverChanged(Receiver(m_table.at(i)));
         return i;
     }
     return std::nullopt;
@@ -393,7 +397,7 @@ bool ReceiverBus::tuneManual(int index, const QString &code, int settleMillis)
     r->manualFreq = true;
     r->manualFreqCode = code;
     const int address = r->address;
-    emit receiverChanged(m_table.at(index));
+    emit receiverChanged(Receiver(m_table.at(index)));
     const bool ok = exchange(frames::tune(address, code));
     if (settleMillis > 0)
         m_link.delay(settleMillis);
