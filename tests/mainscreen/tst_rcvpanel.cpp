@@ -184,7 +184,8 @@ private slots:
         for (LevelMeter *meter : {panel.meterRfA(), panel.meterRfB(), panel.meterAudio()})
             QVERIFY(meter->isLive());
         QCOMPARE(panel.batteryLabel()->text(), "OFF");
-        QVERIFY(panel.muteButton()->isEnabled() && panel.moreButton()->isEnabled());
+        QVERIFY(panel.muteButton()->isEnabled());
+        QVERIFY(panel.moreButton()->isEnabled());
         QCOMPARE(imageOf(panel.muteButton()), "SpeakerOFF");
         QCOMPARE(imageOf(panel.pilotSign()), "GreenBall");
         for (const char *name :
@@ -198,7 +199,8 @@ private slots:
         panel.setOffline();
         QVERIFY(panel.isEnabled());
         QCOMPARE(panel.nameTextColor().rgb(), rgbOf(bgr::Red));
-        QVERIFY(!panel.muteButton()->isEnabled() && !panel.moreButton()->isEnabled());
+        QVERIFY(!panel.muteButton()->isEnabled());
+        QVERIFY(!panel.moreButton()->isEnabled());
         QCOMPARE(panel.nameText(), "03 VOCAL1");
 
         panel.disableBlank();
@@ -206,7 +208,8 @@ private slots:
         QCOMPARE(panel.nameText() + panel.batteryLabel()->text(), QString());
         for (ImageSign *sign : {panel.rfSign(), panel.pilotSign(), panel.batterySign()})
             QCOMPARE(sign->imageName(), QString());
-        QVERIFY(!panel.meterRfA()->isLive() && !panel.meterAudio()->isLive());
+        QVERIFY(!panel.meterRfA()->isLive());
+        QVERIFY(!panel.meterAudio()->isLive());
         QVERIFY(!panel.nameLabel()->autoFillBackground());
 
         // Enabling again starts from empty meters, not the last levels.
@@ -270,7 +273,8 @@ private slots:
         // A blank panel ignores everything.
         clickAll(grid.panel(42));
         QCOMPARE(name.size() + menu.size() + pilot.size() + mute.size() + more.size(), 0);
-        QVERIFY(!grid.panel(-1) && !grid.panel(64));
+        QVERIFY(!grid.panel(-1));
+        QVERIFY(!grid.panel(64));
         // Each part is found by its name and carries its panel's index.
         for (const char *part : {"RcvPanel", "lbRname", "PB_RFA", "PB_RFB", "PB_AF", "RF_SIGN", "BatV",
                                  "BAT_SIGN", "PILOT_SIGN", "Mute", "More", "lbKOB"}) {
@@ -294,7 +298,9 @@ private slots:
         grid.setPage(5);
         showGrid(grid);
         const RcvPanel *first = grid.panel(32), *sixteenth = grid.panel(47), *secondRow = grid.panel(48);
-        QVERIFY(first->isVisible() && grid.panel(63)->isVisible() && !grid.panel(31)->isVisible());
+        QVERIFY(first->isVisible());
+        QVERIFY(grid.panel(63)->isVisible());
+        QVERIFY(!grid.panel(31)->isVisible());
         QCOMPARE(sixteenth->y(), first->y());
         QVERIFY(sixteenth->x() > first->x());
         QCOMPARE(secondRow->x(), first->x());
@@ -305,7 +311,8 @@ private slots:
         const QRect before = grid.panel(36)->geometry();
         grid.setHideUnused(true, 37);
         QCoreApplication::processEvents();
-        QVERIFY(grid.panel(36)->isVisible() && !grid.panel(37)->isVisible());
+        QVERIFY(grid.panel(36)->isVisible());
+        QVERIFY(!grid.panel(37)->isVisible());
         QCOMPARE(grid.panel(36)->geometry(), before);
         grid.setHideUnused(false, 37);
 
@@ -320,7 +327,9 @@ private slots:
         QVERIFY(grid.panel(48)->y() > grid.panel(32)->y());
         QVERIFY(grid.panel(63)->geometry().bottom() < grid.height());
         grid.setFullView(false);
-        QVERIFY(!grid.panel(0)->isVisible() && grid.panel(32)->isVisible() && !grid.panel(32)->isCompact());
+        QVERIFY(!grid.panel(0)->isVisible());
+        QVERIFY(grid.panel(32)->isVisible());
+        QVERIFY(!grid.panel(32)->isCompact());
     }
 
     // The search window's progress and SKIP, and the About box a click closes.
@@ -344,7 +353,8 @@ private slots:
                 QCOMPARE(bar.pixelColor(int((filled + 1) * dpr), y).rgb(), qRgb(255, 255, 255));
         }
         QTest::mouseClick(view.skipLabel(), Qt::LeftButton);
-        QVERIFY(view.skipRequested() && !view.skipLabel()->isEnabled());
+        QVERIFY(view.skipRequested());
+        QVERIFY(!view.skipLabel()->isEnabled());
         // A new search starts with "SKIP" usable again.
         view.hide();
         view.show();
