@@ -1,7 +1,7 @@
 // A ".zun" settings file as the loader reads it. What it accepts must survive
 // a save and a second load unchanged, and give a well-formed settings write.
 #include "receivers/frames.h"
-#include "receivers/receiverrecord.h"
+#include "receivers/receiver.h"
 #include "receivers/settingsfile.h"
 
 #include <QByteArray>
@@ -11,9 +11,9 @@
 #include <cstdint>
 
 namespace {
-zun::ReceiverRecord recordOf(const zun::SettingsLine &line)
+zun::Receiver recordOf(const zun::SettingsLine &line)
 {
-    zun::ReceiverRecord r;
+    zun::Receiver r;
     r.address = line.address;
     r.name = line.name;
     r.group = line.group;
@@ -42,10 +42,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const zun::SettingsParse parsed = zun::parseSettings(text);
     if (!parsed.error.isEmpty())
         return 0;
-    QList<zun::ReceiverRecord> records;
+    QList<zun::Receiver> records;
     for (const zun::SettingsLine &line : parsed.lines) {
         records.append(recordOf(line));
-        const QString frame = zun::frames::settingsWrite(records.last());
+        const QString frame = zun::frames::settingsWrite(records.last()).frame;
         // "#" + 2 + "M" + 6 + 1 + 1 + 4 + 2 + 2 + 1 + CR, whatever the name held.
         if (frame.size() != 22 || !frame.endsWith(QLatin1Char('\r')))
             __builtin_trap();
