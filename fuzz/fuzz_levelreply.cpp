@@ -31,8 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     // The mean carries over from reading to reading and settles after 20.
     for (int pass = 0; pass < 22; ++pass) {
         const zun::LevelReading r = zun::readLevels(*raw, squelch, table, battery);
-        if (r.rfA < 0 || r.rfA > 99 || r.rfB < 0 || r.rfB > 99 || r.audio < 0 ||
-            r.audio > kFullClip || r.audioClip != (r.audio > zun::kAudioClipLevel))
+        if (r.rfA < 0 || r.rfA > 99 || r.rfB < 0 || r.rfB > 99 || r.audio < 0 || r.audio > kFullClip ||
+            r.audioClip != (r.audio > zun::kAudioClipLevel))
             __builtin_trap();
         if (r.batteryPercent != -1 && r.batteryPercent != 0 && r.batteryPercent != 10 &&
             r.batteryPercent != 40 && r.batteryPercent != 80 && r.batteryPercent != 100)
