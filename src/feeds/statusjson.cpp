@@ -41,8 +41,11 @@ std::optional<Receiver> parseReceiverJson(const QByteArray &json)
     // The feed carries what a listener sees; the receiver's own codes and
     // scales follow from it. Frequencies are on the receivers' 25 kHz raster,
     // and the dBm figures follow from the levels, so both come back exact.
+    // A receiver whose frequency is not known yet publishes 0, which no code stands for.
     status.manualFreq = true;
-    status.manualFreqCode = codeFromMhz(o.value(QStringLiteral("freq")).toDouble());
+    const double mhz = o.value(QStringLiteral("freq")).toDouble();
+    if (mhz >= mhzFromCode(u"0000"))
+        status.manualFreqCode = codeFromMhz(mhz);
     status.levels.rfA = o.value(QStringLiteral("rfa")).toInt();
     status.levels.rfB = o.value(QStringLiteral("rfb")).toInt();
     status.levels.audio = audioMeterFromPercent(o.value(QStringLiteral("af")).toInt());

@@ -3,6 +3,7 @@
 // programs on simulators, the --fleet program, its /api/state, /metrics and
 // its page in headless Chromium.
 #include "feeds/lineexport.h"
+#include "feeds/statusjson.h"
 #include "fleet/fleetmodel.h"
 #include "support/browser.h"
 #include "support/netsupport.h"
@@ -199,6 +200,35 @@ private slots:
     }
 
     // The fleet model from what the broker delivers, junk included.
+    // What a line publishes of a receiver, the fleet reads back as it was:
+    // every audio percentage, a frequency on a preset, and none known yet.
+    void aReceiverReadsBackAsPublished_data()
+    {
+        QTest::addColumn<QString>("code");
+        QTest::newRow("tuned") << "72BE";
+        QTest::newRow("lowest code") << "0000";
+        QTest::newRow("frequency not known yet") << "";
+    }
+    void aReceiverReadsBackAsPublished()
+    {
+        QFETCH(QString, code);
+        Receiver rx;
+        rx.address = 7;
+        rx.name = QStringLiteral("VOX   ");
+        rx.channelFreqCode = code;
+        rx.levels.rfA = 66;
+        rx.levels.rfB = 12;
+        rx.batteryPercent = 40;
+        rx.online = true;
+        for (int percent = 0; percent <= 99; ++percent) {
+            rx.levels.audio = audioMeterFromPercent(percent);
+            QCOMPARE(rx.audioPercent(), percent);
+            const auto back = parseReceiverJson(receiverJsonText(rx));
+            QVERIFY(back);
+            QCOMPARE(receiverJson(*back), receiverJson(rx));
+        }
+    }
+
     void model_data()
     {
         QTest::addColumn<QStringList>("messages");
