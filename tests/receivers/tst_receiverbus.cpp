@@ -104,7 +104,7 @@ private slots:
         if (fault != int(SimFault::None))
             rig.sim->scriptFaults(7, SimFault(fault), 3);
         const auto start = rig.bed.clock.nowMicros();
-        rig.bus.addressAnswers(7);
+        QCOMPARE(rig.bus.addressAnswers(7), result == int(ExchangeRecord::Result::Ok));
         QCOMPARE(rig.log.size(), 1);
         const ExchangeRecord &r = rig.log.first();
         QCOMPARE(r.address, 7);
