@@ -155,9 +155,10 @@ void DetailWindow::connectControls()
     connect(s.nameEdit, &QLineEdit::textEdited, this, &DetailWindow::nameEdited);
     connect(s.nameEdit, &QLineEdit::textChanged, this,
             [this] { m_nameBefore = m_settings->nameEdit->text(); });
-    // The one place typed text becomes a frequency; what the window shows
-    // there itself arrives as a value.
-    connect(s.frequencyEdit, &QLineEdit::textEdited, this,
+    // The one place text in the box becomes a frequency, however it came
+    // (typed, pasted, or set by a screen reader); what the window shows there
+    // itself is taken as the value it came from, see showFrequency.
+    connect(s.frequencyEdit, &QLineEdit::textChanged, this,
             [this](const QString &text) { m_frequency = typedFrequency(text); });
 
     for (QObject *watched : std::initializer_list<QObject *>{s.addressEdit, s.nameEdit, s.frequencyEdit,
@@ -228,8 +229,8 @@ void DetailWindow::rfTuned(const RfTuning &tuning)
 
 void DetailWindow::showFrequency(double mhz)
 {
-    m_frequency = shownFrequency(mhz);
     m_settings->frequencyEdit->setText(formatFreq(mhz));
+    m_frequency = shownFrequency(mhz);
 }
 
 void DetailWindow::showOffPreset()

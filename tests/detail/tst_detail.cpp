@@ -305,7 +305,8 @@ private slots:
     void tuning_data()
     {
         QTest::addColumn<bool>("offAtOpen"); // the receiver reports 847.000, no preset
-        // "click name", "type text" (no Enter), "enter", "scan" one point
+        // "click name", "type text" (no Enter), "set text" as a screen reader
+        // sets it, "enter", "scan" one point
         QTest::addColumn<QStringList>("steps");
         QTest::addColumn<QString>("boxes"); // group, channel, frequency
         QTest::addColumn<QString>("sent");
@@ -328,6 +329,7 @@ private slots:
         row("refused entry, then a step from what is shown", false,
             {"type 12abc", "enter", "click cmdFreqUp"}, "** ** 801.025", "#05K72E3",
             {"Please input numeric data!"});
+        row("text a screen reader set", false, {"set 850.01", "enter"}, "** ** 850.000", "#05K7A8A");
         row("beyond the band stop", false, {"type 900.02", "enter", "click cmdChanUp"}, "1 2 801.400",
             "#05D12", {"Frequency out of range!"});
     }
@@ -349,6 +351,8 @@ private slots:
             } else if (step.startsWith("type ")) {
                 frequency->selectAll();
                 QTest::keyClicks(frequency, arg);
+            } else if (step.startsWith("set ")) {
+                frequency->setText(arg);
             } else if (step == "enter") {
                 QTest::keyClick(frequency, Qt::Key_Return);
             } else {
